@@ -1,0 +1,41 @@
+# kxinfo::platform: what the plug-in is compiled against and linked with.
+
+add_library(kxinfo-platform INTERFACE)
+add_library(kxinfo::platform ALIAS kxinfo-platform)
+
+if(KXINFO_PLATFORM STREQUAL "open")
+  # The interface alone, for implementations of it.
+  add_library(kxinfo-platform-headers INTERFACE)
+  target_include_directories(kxinfo-platform-headers INTERFACE ${PROJECT_SOURCE_DIR}/platform/include)
+
+  add_subdirectory(${PROJECT_SOURCE_DIR}/platform ${PROJECT_BINARY_DIR}/platform)
+  target_link_libraries(kxinfo-platform INTERFACE kxinfo-platform-headers GevApi)
+else()
+  find_path(GIGEV_INCLUDE_DIR gevapi.h
+    PATHS ${GIGEV_DIR} PATH_SUFFIXES include NO_DEFAULT_PATH)
+  find_library(GIGEV_LIBRARY NAMES GevApi libGevApi.so.2
+    PATHS ${GIGEV_DIR} PATH_SUFFIXES lib lib64 NO_DEFAULT_PATH)
+  find_path(GENICAM_INCLUDE_DIR GenApi/GenApi.h
+    PATHS ${GENICAM_DIR} PATH_SUFFIXES library/CPP/include include NO_DEFAULT_PATH)
+  foreach(_found GIGEV_INCLUDE_DIR GIGEV_LIBRARY)
+    if(NOT ${_found})
+      message(FATAL_ERROR "KXINFO_PLATFORM=vendor: no GigE-V Framework in GIGEV_DIR='${GIGEV_DIR}' "
+        "(looked for include/gevapi.h and lib/libGevApi.so). Set GIGEV_DIR to its folder.")
+    endif()
+  endforeach()
+  if(NOT GENICAM_INCLUDE_DIR)
+    message(FATAL_ERROR "KXINFO_PLATFORM=vendor: no GenICam 3.0 in GENICAM_DIR='${GENICAM_DIR}' "
+      "(looked for GenApi/GenApi.h). Set GENICAM_DIR to its folder.")
+  endif()
+  file(GLOB_RECURSE GENICAM_LIBRARIES
+    ${GENICAM_DIR}/bin/*/libGenApi_*v3_0.so ${GENICAM_DIR}/bin/*/libGCBase_*v3_0.so
+    ${GENICAM_DIR}/lib/*/libGenApi_*v3_0.so ${GENICAM_DIR}/lib/*/libGCBase_*v3_0.so
+    ${GENICAM_DIR}/lib/libGenApi_*v3_0.so ${GENICAM_DIR}/lib/libGCBase_*v3_0.so)
+  if(NOT GENICAM_LIBRARIES)
+    message(FATAL_ERROR "KXINFO_PLATFORM=vendor: no libGenApi_*v3_0.so and libGCBase_*v3_0.so below "
+      "GENICAM_DIR='${GENICAM_DIR}'. Set GENICAM_DIR to the GenICam 3.0 folder.")
+  endif()
+  target_include_directories(kxinfo-platform SYSTEM INTERFACE
+    ${GIGEV_INCLUDE_DIR} ${GENICAM_INCLUDE_DIR})
+  target_link_libraries(kxinfo-platform INTERFACE ${GIGEV_LIBRARY} ${GENICAM_LIBRARIES})
+endif()
