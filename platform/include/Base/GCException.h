@@ -1,0 +1,98 @@
+/** The errors that a node map raises. */
+#ifndef KXINFO_PLATFORM_BASE_GCEXCEPTION_H
+#define KXINFO_PLATFORM_BASE_GCEXCEPTION_H
+
+#include <cstdarg>
+#include <cstdio>
+#include <exception>
+#include <string>
+
+namespace GenICam_3_0 {
+
+/** Base of every GenICam error. Texts returned live as long as the exception object. */
+class __attribute__((visibility("default"))) GenericException : public std::exception {
+public:
+    GenericException(const char *description, const char *sourceFileName, unsigned int sourceLine,
+                     const char *exceptionType);
+    GenericException(const GenericException &other);
+    GenericException &operator=(const GenericException &other);
+    ~GenericException() noexcept override;
+
+    /** What went wrong, alone. */
+    const char *GetDescription() const noexcept;
+    /** The source file that raised it. */
+    const char *GetSourceFileName() const noexcept;
+    /** The line in that file. */
+    unsigned int GetSourceLine() const noexcept;
+    /** Description, type, file and line in one text. */
+    const char *what() const noexcept override;
+
+private:
+    std::string description_;
+    std::string sourceFileName_;
+    unsigned int sourceLine_;
+    std::string what_;
+};
+
+#define KX_DECLARE_GENICAM_EXCEPTION(name)                                                         \
+    class __attribute__((visibility("default"))) name : public GenericException {                  \
+    public:                                                                                        \
+        name(const char *description, const char *sourceFileName, unsigned int sourceLine,         \
+             const char *exceptionType);                                                           \
+        name(const name &other);                                                                   \
+        name &operator=(const name &other);                                                        \
+        ~name() noexcept override;                                                                 \
+    }
+
+/** Memory is exhausted. */
+KX_DECLARE_GENICAM_EXCEPTION(BadAllocException);
+/** A text names no entry of the enumeration, or is no number. */
+KX_DECLARE_GENICAM_EXCEPTION(InvalidArgumentException);
+/** A value is outside minimum to maximum, or off the increment. */
+KX_DECLARE_GENICAM_EXCEPTION(OutOfRangeException);
+/** The description lacks what the node needs, or it cannot be evaluated. */
+KX_DECLARE_GENICAM_EXCEPTION(PropertyException);
+/** The camera answered with an error, or is gone. */
+KX_DECLARE_GENICAM_EXCEPTION(RuntimeException);
+/** The caller's logic is wrong. */
+KX_DECLARE_GENICAM_EXCEPTION(LogicalErrorException);
+/** The node's access mode does not allow it. */
+KX_DECLARE_GENICAM_EXCEPTION(AccessException);
+/** The camera did not answer in time. */
+KX_DECLARE_GENICAM_EXCEPTION(TimeoutException);
+/** A node is not of the kind asked for. */
+KX_DECLARE_GENICAM_EXCEPTION(DynamicCastException);
+
+#undef KX_DECLARE_GENICAM_EXCEPTION
+
+/**
+ * Makes an exception of class \p E that names where it was raised:
+ * `throw ExceptionReporter<AccessException>(__FILE__, __LINE__, "AccessException").Report("…")`.
+ */
+template <typename E>
+class ExceptionReporter {
+public:
+    /** The texts must outlive the reporter. */
+    ExceptionReporter(const char *sourceFileName, unsigned int sourceLine,
+                      const char *exceptionType)
+        : sourceFileName_(sourceFileName), sourceLine_(sourceLine), exceptionType_(exceptionType) {}
+
+    /** \param format printf format of the description; cut at 511 characters */
+    __attribute__((format(printf, 2, 3))) E Report(const char *format, ...) const {
+        char description[512];
+        va_list arguments;
+        va_start(arguments, format);
+        std::vsnprintf(description, sizeof description, format, arguments);
+        va_end(arguments);
+        return E(description, sourceFileName_, sourceLine_, exceptionType_);
+    }
+
+private:
+    const char *sourceFileName_;
+    unsigned int sourceLine_;
+    const char *exceptionType_;
+};
+
+} // namespace GenICam_3_0
+
+#endif
