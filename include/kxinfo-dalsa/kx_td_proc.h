@@ -3,9 +3,11 @@
  * user may change.
  *
  * A host calls Vendor__Proc() instead, which finds and opens the camera first. These entries serve
- * programs that have a KxTd::CExCam of their own. The camera object's `info` must be set. Floating
- * values and ranges are as the camera object delivers them; a feature that the camera lacks is
- * shown and published as 0.
+ * programs that have a KxTd::CExCam of their own; its `info` must be set. They publish through the
+ * host's functions (kx_sc.h), which the program must then provide.
+ *
+ * A feature that the camera lacks is shown and published as 0, or, inside a step that handles
+ * several settings in turn, as what the setting before it left.
  */
 #ifndef KXINFO_DALSA_KX_TD_PROC_H
 #define KXINFO_DALSA_KX_TD_PROC_H
