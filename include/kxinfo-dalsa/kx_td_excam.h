@@ -227,7 +227,7 @@ public:
 
 private:
     PropertyEntry entries_[kPropertyCount];
-    int64_t reserved_[2];
+    [[maybe_unused]] int64_t reserved_[2];
 };
 
 } // namespace KxTd
