@@ -1,4 +1,5 @@
 # kxinfo::platform: what the plug-in is compiled against and linked with.
+# KXINFO_PLATFORM_RPATH: where it looks for the platform's libraries.
 
 add_library(kxinfo-platform INTERFACE)
 add_library(kxinfo::platform ALIAS kxinfo-platform)
@@ -10,6 +11,8 @@ if(KXINFO_PLATFORM STREQUAL "open")
 
   add_subdirectory(${PROJECT_SOURCE_DIR}/platform ${PROJECT_BINARY_DIR}/platform)
   target_link_libraries(kxinfo-platform INTERFACE kxinfo-platform-headers GevApi)
+  # A folder of its own beside the plug-in, where no other program looks for the maker's library.
+  set(KXINFO_PLATFORM_RPATH [[$ORIGIN/platform]])
 else()
   find_path(GIGEV_INCLUDE_DIR gevapi.h
     PATHS ${GIGEV_DIR} PATH_SUFFIXES include NO_DEFAULT_PATH)
@@ -38,4 +41,10 @@ else()
   target_include_directories(kxinfo-platform SYSTEM INTERFACE
     ${GIGEV_INCLUDE_DIR} ${GENICAM_INCLUDE_DIR})
   target_link_libraries(kxinfo-platform INTERFACE ${GIGEV_LIBRARY} ${GENICAM_LIBRARIES})
+
+  foreach(_library ${GIGEV_LIBRARY} ${GENICAM_LIBRARIES})
+    cmake_path(GET _library PARENT_PATH _folder)
+    list(APPEND KXINFO_PLATFORM_RPATH ${_folder})
+  endforeach()
+  list(REMOVE_DUPLICATES KXINFO_PLATFORM_RPATH)
 endif()
