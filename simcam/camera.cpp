@@ -1,0 +1,412 @@
+#include "camera.h"
+
+#include "snapshot.h"
+
+#include <algorithm>
+#include <cstdio>
+
+namespace simcam {
+
+// Every packet goes the same way: receive() drops what is no command, answers a retransmission from
+// memory, has carryOut() do the rest, counts and wraps the reply. carryOut() checks the payload's
+// shape and hands it to one function per command; those ask mayRead() and write(), where access to
+// registers is decided.
+
+namespace {
+
+// Where the two forms of the description lie. Registers of a camera description stay below.
+constexpr std::uint32_t kZippedAddress = 0xE0000000;
+constexpr std::uint32_t kPlainAddress = 0xF0000000;
+
+constexpr std::uint32_t kDefaultHeartbeatMs = 3000;
+constexpr std::uint32_t kShortestHeartbeatMs = 500;
+
+// A client gives a command up long before; what comes later with the same number is a new command.
+constexpr std::chrono::seconds kRetransmissionWindow{5};
+
+std::string localUrl(const std::string &file, std::uint32_t address, std::size_t size) {
+    char place[32];
+    std::snprintf(place, sizeof place, ";%X;%zX", address, size);
+    return "Local:" + file + place;
+}
+
+Bytes indexOf(std::size_t done) {
+    Bytes payload;
+    append16(payload, 0);
+    append16(payload, static_cast<std::uint16_t>(done));
+    return payload;
+}
+
+} // namespace
+
+Camera::Camera(Identity identity, std::shared_ptr<const Description> description, FirstUrl firstUrl,
+               Clock::time_point now)
+    : m_identity(std::move(identity)),
+      m_description(std::move(description)),
+      m_now(now),
+      m_timestampStart(now) {
+    mapBootstrap();
+    mapFile(kZippedAddress, m_description->zipped);
+    mapFile(kPlainAddress, m_description->plain);
+    mapRegisters();
+
+    const std::string zipped =
+        localUrl(m_description->name + ".zip", kZippedAddress, m_description->zipped.size());
+    const std::string plain =
+        localUrl(m_description->name + ".xml", kPlainAddress, m_description->plain.size());
+    const bool zippedFirst = firstUrl == FirstUrl::Zipped;
+    using namespace bootstrap;
+    m_memory.pokeText(kFirstUrl, kUrlSize, zippedFirst ? zipped : plain);
+    m_memory.pokeText(kSecondUrl, kUrlSize, zippedFirst ? plain : zipped);
+}
+
+void Camera::mapBootstrap() {
+    using namespace bootstrap;
+    const auto number = [&](std::uint32_t address, std::uint32_t value, Memory::Access access) {
+        m_memory.map(address, 4, access);
+        m_memory.poke32(address, value);
+    };
+    const auto text = [&](std::uint32_t address, std::uint32_t size, const std::string &value,
+                          Memory::Access access) {
+        m_memory.map(address, size, access);
+        m_memory.pokeText(address, size, value);
+    };
+
+    number(kVersion, 0x00010002, Memory::kRead);
+    number(kDeviceMode, 0x80000001, Memory::kRead); // big-endian transmitter, texts are UTF-8
+    number(kMacHigh, 0x0200, Memory::kRead);        // a locally administered MAC address
+    number(kMacLow, m_identity.address, Memory::kRead);
+    number(kSupportedIpConfiguration, 0x00000005, Memory::kRead); // persistent, link-local
+    number(kCurrentIpConfiguration, 0x00000005, Memory::kRead);
+    number(kCurrentIp, m_identity.address, Memory::kRead);
+    number(kCurrentSubnet, 0xFF000000, Memory::kRead);
+    number(kCurrentGateway, 0, Memory::kRead);
+    text(kManufacturerName, 32, m_identity.vendor, Memory::kRead);
+    text(kModelName, 32, m_identity.model, Memory::kRead);
+    text(kDeviceVersion, 32, "1.0", Memory::kRead);
+    text(kManufacturerInfo, 48, "virtual camera", Memory::kRead);
+    text(kSerialNumber, 16, m_identity.serial, Memory::kRead);
+    text(kUserDefinedName, 16, "", Memory::kReadWrite);
+    m_memory.map(kFirstUrl, kUrlSize, Memory::kRead);
+    m_memory.map(kSecondUrl, kUrlSize, Memory::kRead);
+    number(kInterfaceCount, 1, Memory::kRead);
+    number(kPersistentIp, m_identity.address, Memory::kReadWrite);
+    number(kPersistentSubnet, 0xFF000000, Memory::kReadWrite);
+    number(kPersistentGateway, 0, Memory::kReadWrite);
+    number(kMessageChannelCount, 0, Memory::kRead);
+    number(kStreamChannelCount, 1, Memory::kRead);
+    number(kActionSignalCount, 0, Memory::kRead);
+    number(kStreamCapability, 0, Memory::kRead);
+    number(kMessageCapability, 0, Memory::kRead);
+    // User-defined name, serial number, primary application's address; WRITEMEM, concatenation.
+    number(kCommandCapability, 0xC8000003, Memory::kRead);
+    number(kHeartbeatTimeout, kDefaultHeartbeatMs, Memory::kReadWrite);
+    number(kTickFrequencyHigh, 0, Memory::kRead);
+    number(kTickFrequencyLow, 1'000'000'000, Memory::kRead);
+    number(kTimestampControl, 0, Memory::kWrite);
+    number(kTimestampHigh, 0, Memory::kRead);
+    number(kTimestampLow, 0, Memory::kRead);
+    number(kControlPrivilege, 0, Memory::kReadWrite);
+    number(kPrimaryApplicationPort, 0, Memory::kRead);
+    number(kPrimaryApplicationIp, 0, Memory::kRead);
+    number(kStreamHostPort, 0, Memory::kReadWrite);
+    number(kStreamPacketSize, 1500, Memory::kReadWrite);
+    number(kStreamPacketDelay, 0, Memory::kReadWrite);
+    number(kStreamDestination, 0, Memory::kReadWrite);
+    number(kStreamSourcePort, 0, Memory::kRead);
+}
+
+void Camera::mapFile(std::uint32_t address, const Bytes &file) {
+    const auto size = static_cast<std::uint32_t>(file.size());
+    m_memory.map(address, size, Memory::kRead);
+    m_memory.poke(address, file.data(), size);
+}
+
+// A register that the description places where something is mapped already (a bootstrap register, a
+// field of a word that another register has) shares it. What the camera itself has there keeps its
+// access and its value.
+void Camera::mapRegisters() {
+    const Memory own = m_memory;
+    for (const Register &reg : m_description->registers) {
+        for (std::uint32_t cell = 0; cell < reg.cellCount; ++cell) {
+            const std::uint32_t address = reg.address + cell * reg.stride;
+            if (own.isMapped(address))
+                continue;
+            m_memory.map(address, reg.length, reg.access);
+            if (cell >= reg.initial.size())
+                continue;
+            Bytes bytes = m_memory.peek(address, reg.length);
+            for (std::uint32_t i = 0; i < reg.length; ++i)
+                bytes[i] = static_cast<std::uint8_t>(bytes[i] | reg.initial[cell][i]);
+            m_memory.poke(address, bytes.data(), reg.length);
+        }
+    }
+}
+
+std::optional<Bytes> Camera::receive(const std::uint8_t *packet, std::size_t size,
+                                     const Endpoint &sender, Delivery delivery,
+                                     Clock::time_point now) {
+    m_now = now;
+    expireControl();
+    if (m_silentAfter && m_counts.discovery + m_counts.readreg + m_counts.writereg +
+                                 m_counts.readmem + m_counts.writemem + m_counts.other >=
+                             *m_silentAfter)
+        return std::nullopt;
+    if (size < kHeaderSize || packet[0] != kKey)
+        return std::nullopt;
+    if (sender == m_controller)
+        m_lastHeartbeat = now;
+
+    const bool acknowledge = packet[1] & kAcknowledgeRequired;
+    const Request request{load16(packet + 2), packet + kHeaderSize, load16(packet + 4), sender};
+    const std::uint16_t id = load16(packet + 6);
+    const Bytes bytes(packet, packet + size);
+
+    const auto last = m_lastWrites.find(sender);
+    if (last != m_lastWrites.end() && last->second.command == bytes &&
+        now - last->second.when <= kRetransmissionWindow) {
+        ++m_counts.repeated;
+        count(request.command, static_cast<Status>(load16(last->second.answer.data())));
+        return acknowledge ? std::optional(last->second.answer) : std::nullopt;
+    }
+
+    std::optional<Reply> reply;
+    if (request.size != size - kHeaderSize || id == 0) {
+        if (delivery == Delivery::Unicast)
+            reply = Reply{Status::InvalidHeader, {}};
+    } else {
+        reply = carryOut(request, delivery);
+    }
+    if (!reply)
+        return std::nullopt;
+    count(request.command, reply->status);
+
+    Bytes answer;
+    append16(answer, static_cast<std::uint16_t>(reply->status));
+    append16(answer, static_cast<std::uint16_t>(request.command | 1));
+    append16(answer, static_cast<std::uint16_t>(reply->payload.size()));
+    append16(answer, id);
+    answer.insert(answer.end(), reply->payload.begin(), reply->payload.end());
+
+    const auto command = static_cast<Command>(request.command);
+    if (command == Command::WriteReg || command == Command::WriteMem) {
+        for (auto it = m_lastWrites.begin(); it != m_lastWrites.end();)
+            it = now - it->second.when > kRetransmissionWindow ? m_lastWrites.erase(it) : ++it;
+        m_lastWrites[sender] = Answered{bytes, answer, now};
+    } else {
+        m_lastWrites.erase(sender); // a client repeats only its latest command
+    }
+    return acknowledge ? std::optional(answer) : std::nullopt;
+}
+
+std::optional<Camera::Reply> Camera::carryOut(const Request &request, Delivery delivery) {
+    const auto command = static_cast<Command>(request.command);
+    if (command == Command::ForceIp)
+        return forceIp(request);
+    if (command == Command::Discovery)
+        return request.size == 0 ? discover() : Reply{Status::InvalidParameter, {}};
+    if (delivery == Delivery::Broadcast)
+        return std::nullopt;
+    switch (command) {
+    case Command::ReadReg:
+        return readRegisters(request);
+    case Command::WriteReg:
+        return writeRegisters(request);
+    case Command::ReadMem:
+        return readMemory(request);
+    case Command::WriteMem:
+        return writeMemory(request);
+    default:
+        return Reply{Status::NotImplemented, {}};
+    }
+}
+
+Camera::Reply Camera::discover() const {
+    return {Status::Success, m_memory.peek(bootstrap::kVersion, bootstrap::kDiscoveryEnd)};
+}
+
+// A camera's address is the socket's: it is confirmed, or left to DHCP and the like, not changed.
+// The command is broadcast, and meant for the camera whose MAC address it names.
+std::optional<Camera::Reply> Camera::forceIp(const Request &request) const {
+    if (request.size != 56)
+        return Reply{Status::InvalidParameter, {}};
+    if (load16(request.payload + 2) != m_memory.peek32(bootstrap::kMacHigh) ||
+        load32(request.payload + 4) != m_memory.peek32(bootstrap::kMacLow))
+        return std::nullopt;
+    if (m_controller)
+        return Reply{Status::AccessDenied, {}};
+    const std::uint32_t address = load32(request.payload + 20);
+    if (address != 0 && address != m_identity.address)
+        return Reply{Status::NotImplemented, {}};
+    return Reply{};
+}
+
+Camera::Reply Camera::readRegisters(const Request &request) const {
+    if (request.size == 0 || request.size % 4 != 0 || request.size > kMaxPayload)
+        return {Status::InvalidParameter, {}};
+    Reply reply;
+    for (std::size_t at = 0; at < request.size; at += 4) {
+        const std::uint32_t address = load32(request.payload + at);
+        reply.status = mayRead(address, 4, request.sender);
+        if (reply.status != Status::Success)
+            break; // the values read so far are part of the answer
+        append32(reply.payload, m_memory.peek32(address));
+    }
+    return reply;
+}
+
+Camera::Reply Camera::writeRegisters(const Request &request) {
+    if (request.size == 0 || request.size % 8 != 0 || request.size > kMaxPayload)
+        return {Status::InvalidParameter, {}};
+    std::size_t done = 0;
+    Status status = Status::Success;
+    for (std::size_t at = 0; at < request.size; at += 8) {
+        const std::uint8_t *pair = request.payload + at;
+        status = write(load32(pair), pair + 4, 4, request.sender);
+        if (status != Status::Success)
+            break; // the writes before it stay done
+        ++done;
+    }
+    return {status, indexOf(done)};
+}
+
+Camera::Reply Camera::readMemory(const Request &request) const {
+    if (request.size != 8)
+        return {Status::InvalidParameter, {}};
+    const std::uint32_t address = load32(request.payload);
+    const std::uint32_t size = load16(request.payload + 6);
+    if (size == 0 || size > kMaxMemoryBlock)
+        return {Status::InvalidParameter, {}};
+    const Status status = mayRead(address, size, request.sender);
+    if (status != Status::Success)
+        return {status, {}};
+    Reply reply;
+    append32(reply.payload, address);
+    const Bytes bytes = m_memory.peek(address, size);
+    reply.payload.insert(reply.payload.end(), bytes.begin(), bytes.end());
+    return reply;
+}
+
+Camera::Reply Camera::writeMemory(const Request &request) {
+    if (request.size < 8 || request.size > 4 + kMaxMemoryBlock)
+        return {Status::InvalidParameter, {}};
+    const auto size = static_cast<std::uint32_t>(request.size - 4);
+    const Status status = write(load32(request.payload), request.payload + 4, size, request.sender);
+    return {status, indexOf(status == Status::Success ? size : 0)};
+}
+
+// Everybody may see who controls the camera; the rest is the controller's alone while it has
+// exclusive access.
+Status Camera::mayRead(std::uint32_t address, std::uint32_t size, const Endpoint &sender) const {
+    if (address % 4 != 0 || size % 4 != 0)
+        return Status::BadAlignment;
+    const bool exclusive = m_memory.peek32(bootstrap::kControlPrivilege) & kExclusiveAccess;
+    const bool asksForControl = address == bootstrap::kControlPrivilege && size == 4;
+    if (exclusive && !asksForControl && !(sender == m_controller))
+        return Status::AccessDenied;
+    return m_memory.canRead(address, size);
+}
+
+// All of it or nothing.
+Status Camera::write(std::uint32_t address, const std::uint8_t *bytes, std::uint32_t size,
+                     const Endpoint &sender) {
+    if (address % 4 != 0 || size % 4 != 0)
+        return Status::BadAlignment;
+    if (address == bootstrap::kControlPrivilege && size == 4)
+        return writeControlPrivilege(load32(bytes), sender);
+    if (!(sender == m_controller))
+        return Status::AccessDenied;
+    const Status status = m_memory.canWrite(address, size);
+    if (status != Status::Success)
+        return status;
+    m_memory.poke(address, bytes, size);
+
+    if (address == bootstrap::kTimestampControl)
+        writeTimestampControl(load32(bytes));
+    if (address == bootstrap::kHeartbeatTimeout)
+        m_memory.poke32(address, std::max(load32(bytes), kShortestHeartbeatMs));
+    return Status::Success;
+}
+
+Status Camera::writeControlPrivilege(std::uint32_t value, const Endpoint &sender) {
+    if (m_controller && !(sender == m_controller))
+        return Status::AccessDenied;
+    if (value & ~(kExclusiveAccess | kControlAccess))
+        return Status::InvalidParameter;
+    if (value == 0) {
+        releaseControl();
+        return Status::Success;
+    }
+    m_controller = sender;
+    m_lastHeartbeat = m_now;
+    m_memory.poke32(bootstrap::kControlPrivilege, value);
+    m_memory.poke32(bootstrap::kPrimaryApplicationIp, sender.address);
+    m_memory.poke32(bootstrap::kPrimaryApplicationPort, sender.port);
+    return Status::Success;
+}
+
+void Camera::writeTimestampControl(std::uint32_t value) {
+    constexpr std::uint32_t kReset = 0x1;
+    constexpr std::uint32_t kLatch = 0x2;
+    if (value & kLatch) {
+        const auto ticks = static_cast<std::uint64_t>(
+            std::chrono::duration_cast<std::chrono::nanoseconds>(m_now - m_timestampStart).count());
+        m_memory.poke32(bootstrap::kTimestampHigh, static_cast<std::uint32_t>(ticks >> 32));
+        m_memory.poke32(bootstrap::kTimestampLow, static_cast<std::uint32_t>(ticks & 0xFFFFFFFF));
+    }
+    if (value & kReset)
+        m_timestampStart = m_now;
+}
+
+// A client that has gone without a word loses control, and its retransmissions are forgotten: the
+// next client may come from the same port and count from the same number.
+void Camera::expireControl() {
+    const std::chrono::milliseconds timeout{m_memory.peek32(bootstrap::kHeartbeatTimeout)};
+    if (!m_controller || m_now - m_lastHeartbeat <= timeout)
+        return;
+    m_lastWrites.erase(*m_controller);
+    releaseControl();
+}
+
+// Streaming ends with the control.
+void Camera::releaseControl() {
+    m_controller.reset();
+    for (const std::uint32_t address :
+         {bootstrap::kControlPrivilege, bootstrap::kPrimaryApplicationIp,
+          bootstrap::kPrimaryApplicationPort, bootstrap::kStreamHostPort})
+        m_memory.poke32(address, 0);
+}
+
+void Camera::count(std::uint16_t command, Status status) {
+    std::uint64_t *kind = &m_counts.other;
+    switch (static_cast<Command>(command)) {
+    case Command::Discovery:
+        kind = &m_counts.discovery;
+        break;
+    case Command::ReadReg:
+        kind = &m_counts.readreg;
+        break;
+    case Command::WriteReg:
+        kind = &m_counts.writereg;
+        break;
+    case Command::ReadMem:
+        kind = &m_counts.readmem;
+        break;
+    case Command::WriteMem:
+        kind = &m_counts.writemem;
+        break;
+    case Command::ForceIp:
+        break;
+    }
+    ++*kind;
+    if (status != Status::Success)
+        ++m_counts.refused;
+}
+
+std::string Camera::snapshot(Clock::time_point now) {
+    m_now = now;
+    expireControl();
+    return describe(m_description->registers, m_memory);
+}
+
+} // namespace simcam

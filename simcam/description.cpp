@@ -1,0 +1,358 @@
+#include "description.h"
+
+#include "archive.h"
+
+#include <pugixml.hpp>
+
+#include <algorithm>
+#include <cctype>
+#include <cerrno>
+#include <cmath>
+#include <cstdlib>
+#include <cstring>
+#include <fstream>
+#include <iterator>
+#include <limits>
+#include <optional>
+#include <stdexcept>
+
+namespace simcam {
+
+// Made by the build from dalsa-1936x1216.xml.
+extern const unsigned char kBuiltInDescription[];
+extern const std::size_t kBuiltInDescriptionSize;
+
+namespace {
+
+// From an XML file to registers in three steps: nodes are collected by name; each register node
+// becomes a Register; then the nodes that users see (an Enumeration, a Float, ...) lend their names
+// and their entries to the registers that their <pValue> names.
+
+// More than any camera has; a file that asks for more is a mistake, not a reason to fill memory.
+constexpr std::uint64_t kMaxRegisterBytes = 4u << 20;
+
+using NodesByName = std::map<std::string, pugi::xml_node>;
+
+const char *const kRegisterNodes[] = {"IntReg",    "MaskedIntReg", "FloatReg",
+                                      "StringReg", "Register",     "StructReg"};
+
+bool isRegister(const pugi::xml_node &node) {
+    return std::any_of(std::begin(kRegisterNodes), std::end(kRegisterNodes),
+                       [&](const char *name) { return std::strcmp(name, node.name()) == 0; });
+}
+
+std::string textOf(const pugi::xml_node &node) {
+    const std::string text = node.text().get();
+    const auto isSpace = [](unsigned char c) { return std::isspace(c) != 0; };
+    const auto begin = std::find_if_not(text.begin(), text.end(), isSpace);
+    const auto end = std::find_if_not(text.rbegin(), std::make_reverse_iterator(begin), isSpace);
+    return std::string(begin, end.base());
+}
+
+// Decimal or 0x...; the whole text must be the number. Hexadecimal uses all 64 bits.
+std::optional<std::int64_t> toInteger(const std::string &text) {
+    if (text.empty())
+        return std::nullopt;
+    const bool hexadecimal = text.size() > 2 && text[0] == '0' && std::tolower(text[1]) == 'x';
+    char *end = nullptr;
+    errno = 0;
+    const std::int64_t value =
+        hexadecimal ? static_cast<std::int64_t>(std::strtoull(text.c_str(), &end, 16))
+                    : std::strtoll(text.c_str(), &end, 10);
+    if (errno != 0 || *end != '\0')
+        return std::nullopt;
+    return value;
+}
+
+std::optional<double> toFloat(const std::string &text) {
+    char *end = nullptr;
+    const double value = std::strtod(text.c_str(), &end);
+    if (text.empty() || *end != '\0')
+        return std::nullopt;
+    return value;
+}
+
+// Integers of a register node that must be plain numbers.
+std::int64_t numberOf(const pugi::xml_node &node) {
+    const std::optional<std::int64_t> value = toInteger(textOf(node));
+    if (!value)
+        throw std::runtime_error("register '" +
+                                 std::string(node.parent().attribute("Name").value()) + "': <" +
+                                 node.name() + "> is '" + textOf(node) + "', expected a number");
+    return *value;
+}
+
+std::map<std::int64_t, std::string> entriesOf(const pugi::xml_node &enumeration) {
+    std::map<std::int64_t, std::string> entries;
+    for (const pugi::xml_node &entry : enumeration.children("EnumEntry")) {
+        if (const auto value = toInteger(textOf(entry.child("Value"))))
+            entries[*value] = entry.attribute("Name").value();
+    }
+    return entries;
+}
+
+Bytes encodeNumber(std::uint64_t value, std::uint32_t length, bool littleEndian) {
+    Bytes bytes(length);
+    for (std::uint32_t i = 0; i < length; ++i) {
+        const std::uint32_t place = littleEndian ? i : length - 1 - i;
+        bytes[place] = static_cast<std::uint8_t>(i < 8 ? value >> (8 * i) & 0xFF : 0);
+    }
+    return bytes;
+}
+
+Bytes encodeFloat(double value, std::uint32_t length, bool littleEndian) {
+    std::uint64_t bits = 0;
+    if (length == 8) {
+        std::memcpy(&bits, &value, 8);
+    } else {
+        const auto single = static_cast<float>(value);
+        std::uint32_t half = 0;
+        std::memcpy(&half, &single, 4);
+        bits = half;
+    }
+    return encodeNumber(bits, length, littleEndian);
+}
+
+bool fits(std::int64_t value, unsigned bits, bool isSigned) {
+    if (bits >= 64)
+        return true;
+    if (isSigned)
+        return value >= -(std::int64_t{1} << (bits - 1)) && value < std::int64_t{1} << (bits - 1);
+    return value >= 0 && value < std::int64_t{1} << bits;
+}
+
+Bytes encode(const Register &reg, const std::string &text) {
+    const auto refuse = [&](const std::string &expected) {
+        return std::runtime_error("register '" + reg.name + "': initial value '" + text +
+                                  "', expected " + expected);
+    };
+    switch (reg.kind) {
+    case Register::Kind::Integer: {
+        const auto value = toInteger(text);
+        if (!value || !fits(*value, reg.width, reg.isSigned))
+            throw refuse("an integer of " + std::to_string(reg.width) + " bits");
+        return encodeNumber(static_cast<std::uint64_t>(*value) << reg.shift, reg.length,
+                            reg.littleEndian);
+    }
+    case Register::Kind::Float: {
+        const auto value = toFloat(text);
+        if (!value)
+            throw refuse("a number");
+        return encodeFloat(*value, reg.length, reg.littleEndian);
+    }
+    case Register::Kind::Text: {
+        if (text.size() > reg.length)
+            throw refuse("at most " + std::to_string(reg.length) + " characters");
+        Bytes bytes(text.begin(), text.end());
+        bytes.resize(reg.length);
+        return bytes;
+    }
+    case Register::Kind::Block:
+        break;
+    }
+    throw refuse("none: a block of bytes starts as zeros");
+}
+
+// <LSB>, <MSB> and <Bit> count from the most significant bit in big-endian registers.
+void setField(Register &reg, const pugi::xml_node &node) {
+    const unsigned bits = 8 * std::min<std::uint32_t>(reg.length, 8);
+    reg.width = bits;
+    pugi::xml_node low = node.child("LSB");
+    pugi::xml_node high = node.child("MSB");
+    if (!low || !high)
+        low = high = node.child("Bit");
+    if (!low)
+        return;
+    std::int64_t first = numberOf(low);
+    std::int64_t last = numberOf(high);
+    if (!reg.littleEndian) {
+        first = bits - 1 - first;
+        last = bits - 1 - last;
+    }
+    if (first > last)
+        std::swap(first, last);
+    if (first < 0 || last >= bits)
+        throw std::runtime_error("register '" + reg.name + "': its bits lie outside of it");
+    reg.shift = static_cast<unsigned>(first);
+    reg.width = static_cast<unsigned>(last - first + 1);
+}
+
+Register::Kind kindOf(const pugi::xml_node &node) {
+    const std::string name = node.name();
+    if (name == "IntReg" || name == "MaskedIntReg" || name == "StructReg")
+        return Register::Kind::Integer;
+    if (name == "FloatReg")
+        return Register::Kind::Float;
+    return name == "StringReg" ? Register::Kind::Text : Register::Kind::Block;
+}
+
+Memory::Access accessOf(const pugi::xml_node &node) {
+    const std::string mode = textOf(node.child("AccessMode"));
+    if (mode == "RW")
+        return Memory::kReadWrite;
+    return mode == "WO" ? Memory::kWrite : Memory::kRead;
+}
+
+void setCells(Register &reg, const pugi::xml_node &extension) {
+    for (const pugi::xml_node &value : extension.children("Initial"))
+        reg.initial.push_back(encode(reg, textOf(value)));
+    std::int64_t count = std::max<std::int64_t>(1, static_cast<std::int64_t>(reg.initial.size()));
+    if (const pugi::xml_node cells = extension.child("Cells"))
+        count = std::max(count, numberOf(cells));
+    if (static_cast<std::uint64_t>(count) * reg.stride > kMaxRegisterBytes)
+        throw std::runtime_error("register '" + reg.name + "': more than " +
+                                 std::to_string(kMaxRegisterBytes) + " bytes");
+    reg.cellCount = static_cast<std::uint32_t>(count);
+}
+
+// Nothing for a register whose place or length is computed.
+std::optional<Register> toRegister(const pugi::xml_node &node, const NodesByName &nodes) {
+    if (!node.child("Address") || node.child("pAddress") || node.child("IntSwissKnife") ||
+        node.child("pLength"))
+        return std::nullopt;
+
+    Register reg;
+    reg.name = reg.feature = node.attribute("Name").value();
+    reg.kind = kindOf(node);
+    reg.access = accessOf(node);
+    std::string endianness = textOf(node.child("Endianess"));
+    if (endianness.empty())
+        endianness = textOf(node.child("Endianness"));
+    reg.littleEndian = endianness == "LittleEndian";
+    reg.isSigned = textOf(node.child("Sign")) == "Signed";
+
+    std::int64_t address = 0;
+    for (const pugi::xml_node &part : node.children("Address"))
+        address += numberOf(part);
+    const std::int64_t length = node.child("Length") ? numberOf(node.child("Length")) : 4;
+    if (length <= 0 || static_cast<std::uint64_t>(length) > kMaxRegisterBytes)
+        throw std::runtime_error("register '" + reg.name + "': its length is " +
+                                 std::to_string(length) + " bytes");
+    if (reg.kind == Register::Kind::Float && length != 4 && length != 8)
+        throw std::runtime_error("register '" + reg.name + "': a float has 4 or 8 bytes, not " +
+                                 std::to_string(length));
+    reg.length = static_cast<std::uint32_t>(length);
+    reg.stride = reg.length;
+    if (reg.kind == Register::Kind::Integer)
+        setField(reg, node);
+
+    for (const pugi::xml_node &index : node.children("pIndex")) {
+        const auto stride = toInteger(index.attribute("Offset").value());
+        Register::Index step{
+            stride && *stride > 0 ? static_cast<std::uint32_t>(*stride) : reg.length, {}};
+        // The selector itself, or the register that the selector keeps its entry in.
+        for (const auto &[name, other] : nodes) {
+            if (std::strcmp(other.name(), "Enumeration") == 0 &&
+                (name == textOf(index) || textOf(other.child("pValue")) == textOf(index)))
+                step.entries = entriesOf(other);
+        }
+        reg.indexes.push_back(step);
+    }
+    std::sort(reg.indexes.begin(), reg.indexes.end(),
+              [](const auto &a, const auto &b) { return a.stride > b.stride; });
+    if (!reg.indexes.empty())
+        reg.stride = reg.indexes.back().stride;
+    setCells(reg, node.child("Extension"));
+
+    const std::int64_t size = static_cast<std::int64_t>(reg.stride) * (reg.cellCount - 1) + length;
+    if (address < 0 || address + size > std::int64_t{1} << 32)
+        throw std::runtime_error("register '" + reg.name + "': it lies outside of the 32-bit " +
+                                 "address space");
+    reg.address = static_cast<std::uint32_t>(address);
+    return reg;
+}
+
+void collect(const pugi::xml_node &parent, NodesByName &nodes) {
+    for (const pugi::xml_node &node : parent.children()) {
+        if (std::strcmp(node.name(), "Group") == 0)
+            collect(node, nodes);
+        else if (node.attribute("Name"))
+            nodes[node.attribute("Name").value()] = node;
+    }
+}
+
+std::vector<Register> registersOf(const Bytes &xml) {
+    pugi::xml_document document;
+    const pugi::xml_parse_result parsed = document.load_buffer(xml.data(), xml.size());
+    if (!parsed)
+        throw std::runtime_error("not well-formed XML at byte " + std::to_string(parsed.offset) +
+                                 ": " + parsed.description());
+    const pugi::xml_node root = document.child("RegisterDescription");
+    if (!root)
+        throw std::runtime_error(
+            "no <RegisterDescription>, so it is no GenICam camera description");
+
+    NodesByName nodes;
+    collect(root, nodes);
+    std::vector<Register> registers;
+    std::uint64_t total = 0;
+    for (const auto &[name, node] : nodes) {
+        if (!isRegister(node))
+            continue;
+        if (auto reg = toRegister(node, nodes)) {
+            total += std::uint64_t{reg->stride} * reg->cellCount;
+            registers.push_back(std::move(*reg));
+        }
+    }
+    if (total > kMaxRegisterBytes)
+        throw std::runtime_error("its registers take more than " +
+                                 std::to_string(kMaxRegisterBytes) + " bytes");
+
+    for (const auto &[name, node] : nodes) {
+        const std::string holder = textOf(node.child("pValue"));
+        for (Register &reg : registers) {
+            if (reg.name != holder)
+                continue;
+            reg.feature = name;
+            if (std::strcmp(node.name(), "Enumeration") == 0)
+                reg.entries = entriesOf(node);
+        }
+    }
+    return registers;
+}
+
+// A name that stands in "Local:NAME.zip;ADDRESS;LENGTH".
+std::string urlName(const std::string &path) {
+    std::string name = path.substr(path.find_last_of('/') + 1);
+    name = name.substr(0, std::min(name.find_last_of('.'), std::size_t{64}));
+    for (char &c : name) {
+        if (!std::isalnum(static_cast<unsigned char>(c)) && !std::strchr("-_.", c))
+            c = '_';
+    }
+    return name.empty() ? "camera" : name;
+}
+
+} // namespace
+
+std::shared_ptr<const Description> Description::builtIn() {
+    auto description = std::make_shared<Description>();
+    description->name = "dalsa-1936x1216";
+    description->plain.assign(kBuiltInDescription, kBuiltInDescription + kBuiltInDescriptionSize);
+    description->zipped = zip(description->name + ".xml", description->plain);
+    description->registers = registersOf(description->plain);
+    return description;
+}
+
+std::shared_ptr<const Description> Description::load(const std::string &path) {
+    std::ifstream file(path, std::ios::binary);
+    Bytes content{std::istreambuf_iterator<char>(file), {}};
+    if (!file.is_open() || file.bad())
+        throw std::runtime_error("description '" + path + "': it cannot be read");
+    try {
+        auto description = std::make_shared<Description>();
+        description->name = urlName(path);
+        if (isZip(content)) {
+            description->plain = unzip(content);
+            description->zipped = std::move(content);
+        } else {
+            description->plain = std::move(content);
+            description->zipped = zip(description->name + ".xml", description->plain);
+        }
+        description->registers = registersOf(description->plain);
+        return description;
+    } catch (const std::runtime_error &error) {
+        throw std::runtime_error("description '" + path + "': " + error.what());
+    }
+}
+
+} // namespace simcam

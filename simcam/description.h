@@ -1,0 +1,67 @@
+#pragma once
+
+#include "memory.h"
+
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace simcam {
+
+/// One register node of a camera description: where it lies and what it holds in a fresh camera.
+struct Register {
+    enum class Kind { Integer, Float, Text, Block };
+
+    /// One <pIndex>: a step of one in the selecting register moves the address by `stride` bytes.
+    struct Index {
+        std::uint32_t stride;
+        std::map<std::int64_t, std::string> entries; // the selector's entries, empty for a number
+    };
+
+    std::string name;    // of the register node
+    std::string feature; // of the node that users see it through; its own name if there is none
+    Kind kind = Kind::Block;
+    std::uint32_t address = 0;
+    std::uint32_t length = 0;    // bytes of one cell
+    std::uint32_t cellCount = 1; // cells follow each other, `stride` bytes apart
+    std::uint32_t stride = 0;
+    Memory::Access access = Memory::kRead;
+    bool littleEndian = false;
+    bool isSigned = false;
+    unsigned shift = 0; // least significant bit and width of a field within an integer
+    unsigned width = 64;
+    std::vector<Index> indexes;                  // widest stride first
+    std::map<std::int64_t, std::string> entries; // of the enumeration kept here
+    std::vector<Bytes> initial;                  // first cells; the others start as zero
+};
+
+/**
+ * A camera model: a GenICam description in the two forms that cameras serve, and its registers.
+ *
+ * A register's initial value stands beside its address, in the <Extension> that the GenICam schema
+ * leaves to whoever writes a description:
+ *
+ *   <Extension><Initial>1.0</Initial><Initial>2.0</Initial><Cells>12</Cells></Extension>
+ *
+ * Each <Initial> is one cell: a register behind a selector has as many as it has <Initial>s, or as
+ * <Cells> says where there are more. Without an <Extension> a register is one cell of zeros.
+ * Addresses must be constant, plus any number of <pIndex>: registers placed by <pAddress> or by a
+ * formula, and those whose length is computed, are left unmapped (INVALID_ADDRESS on the wire).
+ */
+struct Description {
+    std::string name; // of the file, without folder and extension
+    Bytes plain;      // the XML
+    Bytes zipped;     // a zip archive of one entry, NAME.xml
+    std::vector<Register> registers;
+
+    /// The model that comes with the program.
+    static std::shared_ptr<const Description> builtIn();
+
+    /// Any GenICam file, plain or zipped. Throws std::runtime_error with a sentence that names the
+    /// file when it cannot be read or is no description.
+    static std::shared_ptr<const Description> load(const std::string &path);
+};
+
+} // namespace simcam

@@ -1,0 +1,98 @@
+#include "camera.h"
+#include "options.h"
+#include "server.h"
+
+#include <cerrno>
+#include <cinttypes>
+#include <cstdio>
+#include <cstring>
+#include <exception>
+#include <fstream>
+#include <map>
+#include <stdexcept>
+
+namespace {
+
+using namespace simcam;
+
+std::vector<Camera> makeCameras(const Options &options) {
+    std::map<std::string, std::shared_ptr<const Description>> descriptions;
+    std::vector<Camera> cameras;
+    for (const CameraOptions &camera : options.cameras) {
+        auto &description = descriptions[camera.description];
+        if (!description)
+            description = camera.description.empty() ? Description::builtIn()
+                                                     : Description::load(camera.description);
+        cameras.emplace_back(camera.identity, description, options.firstUrl, Clock::now());
+        if (options.silentAfter)
+            cameras.back().silenceAfter(*options.silentAfter);
+    }
+    return cameras;
+}
+
+void sayReady(const std::vector<Camera> &cameras) {
+    std::printf("kxinfo-simcam: ready, %zu camera%s:", cameras.size(),
+                cameras.size() == 1 ? "" : "s");
+    for (const Camera &camera : cameras)
+        std::printf(" %s@%s", camera.identity().serial.c_str(),
+                    dotted(camera.identity().address).c_str());
+    std::printf("\n");
+    std::fflush(stdout);
+}
+
+void sayCounts(const std::vector<Camera> &cameras) {
+    for (const Camera &camera : cameras) {
+        const Counts &counts = camera.counts();
+        std::printf("kxinfo-simcam: %s discovery=%" PRIu64 " readreg=%" PRIu64 " writereg=%" PRIu64
+                    " readmem=%" PRIu64 " writemem=%" PRIu64 " other=%" PRIu64 " refused=%" PRIu64
+                    " repeated=%" PRIu64 "\n",
+                    camera.identity().serial.c_str(), counts.discovery, counts.readreg,
+                    counts.writereg, counts.readmem, counts.writemem, counts.other, counts.refused,
+                    counts.repeated);
+    }
+    std::fflush(stdout);
+}
+
+// Whoever waits for a snapshot sees the whole file or none.
+void writeSnapshots(std::vector<Camera> &cameras, const std::string &folder) {
+    for (Camera &camera : cameras) {
+        const std::string path = folder + "/" + camera.identity().serial + ".txt";
+        const std::string unfinished = path + ".tmp";
+        std::ofstream file(unfinished, std::ios::binary | std::ios::trunc);
+        file << camera.snapshot(Clock::now());
+        file.close();
+        if (!file || std::rename(unfinished.c_str(), path.c_str()) != 0)
+            throw std::runtime_error("snapshot '" + path + "': it cannot be written");
+    }
+}
+
+int serve(const Options &options) {
+    std::vector<Camera> cameras = makeCameras(options);
+    Server server(cameras);
+    sayReady(cameras);
+    for (;;) {
+        const int signal = server.run();
+        if (!options.snapshotFolder.empty())
+            writeSnapshots(cameras, options.snapshotFolder);
+        if (signal != SIGUSR1)
+            break;
+    }
+    sayCounts(cameras);
+    return 0;
+}
+
+} // namespace
+
+int main(int argc, char **argv) {
+    try {
+        const std::optional<Options> options = parseOptions(argc, argv);
+        return options ? serve(*options) : 0;
+    } catch (const WrongUsage &wrong) {
+        std::fprintf(stderr, "kxinfo-simcam: %s\nTry 'kxinfo-simcam --help'.\n",
+                     wrong.sentence.c_str());
+        return 2;
+    } catch (const std::exception &error) {
+        std::fprintf(stderr, "kxinfo-simcam: %s\n", error.what());
+        return 1;
+    }
+}

@@ -1,0 +1,54 @@
+#pragma once
+
+#include "protocol.h"
+
+#include <array>
+#include <cstdint>
+#include <map>
+#include <string>
+
+namespace simcam {
+
+/**
+ * A camera's address space: 32-bit words, each unmapped, readable, writable or both, holding the
+ * bytes that READMEM shows (READREG reads the same bytes as a big-endian number).
+ *
+ * Kept in pages, so that a lookup table or a description far up costs only what is mapped.
+ */
+class Memory {
+public:
+    enum Access : std::uint8_t { kNone = 0, kRead = 1, kWrite = 2, kReadWrite = kRead | kWrite };
+
+    /// Maps the words that hold these bytes, zero where new. Mapping a word again widens its
+    /// access.
+    void map(std::uint32_t address, std::uint32_t size, Access access);
+
+    bool isMapped(std::uint32_t address) const { return access(address) != kNone; }
+
+    /// What a client may do; address and size are in bytes, any alignment is answered.
+    Status canRead(std::uint32_t address, std::uint32_t size) const;
+    Status canWrite(std::uint32_t address, std::uint32_t size) const;
+
+    /// The camera's own access, whatever clients may do. Unmapped bytes read as zero; writing to
+    /// them is not allowed.
+    Bytes peek(std::uint32_t address, std::uint32_t size) const;
+    std::uint32_t peek32(std::uint32_t address) const;
+    void poke(std::uint32_t address, const std::uint8_t *bytes, std::uint32_t size);
+    void poke32(std::uint32_t address, std::uint32_t value);
+    void pokeText(std::uint32_t address, std::uint32_t size, const std::string &text);
+
+private:
+    static constexpr std::uint32_t kPageSize = 4096;
+
+    struct Page {
+        std::array<std::uint8_t, kPageSize> bytes{};
+        std::array<std::uint8_t, kPageSize / 4> access{};
+    };
+
+    std::uint8_t access(std::uint32_t address) const;
+    Status can(std::uint32_t address, std::uint32_t size, Access wanted, Status otherwise) const;
+
+    std::map<std::uint32_t, Page> m_pages; // by address / kPageSize
+};
+
+} // namespace simcam

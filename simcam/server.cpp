@@ -1,0 +1,136 @@
+#include "server.h"
+
+#include <arpa/inet.h>
+#include <netinet/in.h>
+#include <poll.h>
+#include <sys/signalfd.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+#include <stdexcept>
+
+namespace simcam {
+
+namespace {
+
+// Packets that are read from one socket before the others have their turn.
+constexpr int kMaxBurst = 64;
+
+sockaddr_in toSocketAddress(std::uint32_t address, std::uint16_t port) {
+    sockaddr_in to{};
+    to.sin_family = AF_INET;
+    to.sin_addr.s_addr = htonl(address);
+    to.sin_port = htons(port);
+    return to;
+}
+
+Descriptor openSignals() {
+    sigset_t signals;
+    sigemptyset(&signals);
+    for (const int signal : {SIGTERM, SIGINT, SIGUSR1})
+        sigaddset(&signals, signal);
+    sigprocmask(SIG_BLOCK, &signals, nullptr);
+    Descriptor descriptor(signalfd(-1, &signals, SFD_CLOEXEC));
+    if (descriptor.get() < 0)
+        throw std::runtime_error(std::string("signals cannot be received: ") + strerror(errno));
+    return descriptor;
+}
+
+Descriptor openSocket(std::uint32_t address, bool shared, const std::string &purpose) {
+    Descriptor descriptor(socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
+    const int yes = 1;
+    const sockaddr_in at = toSocketAddress(address, kPort);
+    if (descriptor.get() >= 0 &&
+        (!shared ||
+         setsockopt(descriptor.get(), SOL_SOCKET, SO_REUSEADDR, &yes, sizeof yes) == 0) &&
+        bind(descriptor.get(), reinterpret_cast<const sockaddr *>(&at), sizeof at) == 0)
+        return descriptor;
+
+    const std::string where = dotted(address) + " port " + std::to_string(kPort);
+    if (errno == EADDRINUSE)
+        throw std::runtime_error(purpose + ": " + where +
+                                 " is taken by another camera or program. Choose another address.");
+    if (errno == EADDRNOTAVAIL)
+        throw std::runtime_error(purpose + ": no network interface of this host has the address " +
+                                 dotted(address) + ". Choose one that has, or add it to one.");
+    throw std::runtime_error(purpose + ": " + where + ": " + strerror(errno));
+}
+
+std::vector<Descriptor> openSockets(const std::vector<Camera> &cameras) {
+    std::vector<Descriptor> sockets;
+    for (const Camera &camera : cameras)
+        sockets.push_back(openSocket(camera.identity().address, false,
+                                     "camera " + camera.identity().serial + " cannot be served"));
+    return sockets;
+}
+
+} // namespace
+
+Descriptor::~Descriptor() {
+    if (m_fd >= 0)
+        close(m_fd);
+}
+
+std::string dotted(std::uint32_t address) {
+    char text[INET_ADDRSTRLEN];
+    const in_addr binary{htonl(address)};
+    return inet_ntop(AF_INET, &binary, text, sizeof text);
+}
+
+Server::Server(std::vector<Camera> &cameras)
+    : m_cameras(cameras),
+      m_signals(openSignals()),
+      m_broadcasts(openSocket(INADDR_BROADCAST, true, "broadcasts cannot be heard")),
+      m_sockets(openSockets(cameras)) {}
+
+int Server::run() {
+    std::vector<pollfd> polled{{m_signals.get(), POLLIN, 0}, {m_broadcasts.get(), POLLIN, 0}};
+    for (const Descriptor &socket : m_sockets)
+        polled.push_back({socket.get(), POLLIN, 0});
+    for (;;) {
+        if (poll(polled.data(), polled.size(), -1) < 0 && errno != EINTR)
+            throw std::runtime_error(std::string("waiting for packets: ") + strerror(errno));
+        if (polled[0].revents) {
+            signalfd_siginfo signal{};
+            if (read(m_signals.get(), &signal, sizeof signal) == sizeof signal)
+                return static_cast<int>(signal.ssi_signo);
+        }
+        if (polled[1].revents)
+            receive(m_broadcasts, 0, m_cameras.size(), Delivery::Broadcast);
+        for (std::size_t i = 0; i < m_sockets.size(); ++i) {
+            if (polled[i + 2].revents)
+                receive(m_sockets[i], i, i + 1, Delivery::Unicast);
+        }
+    }
+}
+
+void Server::receive(const Descriptor &socket, std::size_t first, std::size_t last,
+                     Delivery delivery) {
+    std::uint8_t packet[65536];
+    for (int i = 0; i < kMaxBurst; ++i) {
+        sockaddr_in from{};
+        socklen_t length = sizeof from;
+        const ssize_t size = recvfrom(socket.get(), packet, sizeof packet, 0,
+                                      reinterpret_cast<sockaddr *>(&from), &length);
+        if (size < 0)
+            return;
+        const Endpoint sender{ntohl(from.sin_addr.s_addr), ntohs(from.sin_port)};
+        for (std::size_t camera = first; camera < last; ++camera) {
+            const auto answer = m_cameras[camera].receive(packet, static_cast<std::size_t>(size),
+                                                          sender, delivery, Clock::now());
+            if (answer)
+                send(camera, *answer, sender);
+        }
+    }
+}
+
+// An answer that cannot be sent is lost, as on any network.
+void Server::send(std::size_t camera, const Bytes &answer, const Endpoint &to) const {
+    const sockaddr_in address = toSocketAddress(to.address, to.port);
+    sendto(m_sockets[camera].get(), answer.data(), answer.size(), 0,
+           reinterpret_cast<const sockaddr *>(&address), sizeof address);
+}
+
+} // namespace simcam
