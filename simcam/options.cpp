@@ -89,6 +89,7 @@ Identity toIdentity(const std::string &text) {
 std::optional<Options> parseOptions(int argc, char **argv) {
     CLI::App app{kAbout, "kxinfo-simcam"};
     app.footer(kFooter);
+    app.allow_extras(); // named one by one below
     app.set_version_flag("--version", "kxinfo-simcam " KXINFO_VERSION);
     app.get_formatter()->column_width(32);
 
@@ -114,7 +115,6 @@ std::optional<Options> parseOptions(int argc, char **argv) {
     CLI::Option *zip =
         app.add_flag("--zip", "The first URL names the zipped description (default)");
     CLI::Option *plain = app.add_flag("--plain", "The first URL names the plain description");
-    zip->excludes(plain);
     CLI::Option *silent = app.add_option("--silent-after", silentAfter,
                                          "Each camera is dead once it has answered N commands")
                               ->type_name("N");
@@ -132,6 +132,11 @@ std::optional<Options> parseOptions(int argc, char **argv) {
         throw WrongUsage{error.what()};
     }
 
+    check(app.remaining().empty(), "there is no argument '" +
+                                       (app.remaining().empty() ? "" : app.remaining().front()) +
+                                       "'.");
+    check(zip->count() == 0 || plain->count() == 0,
+          "--zip and --plain exclude each other: one description comes first.");
     if (plain->count() > 0)
         options.firstUrl = FirstUrl::Plain;
     if (silent->count() > 0) {

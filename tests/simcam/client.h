@@ -1,0 +1,60 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+/**
+ * A client of GigE Vision cameras that sends what it is told to, byte by byte.
+ *
+ * Packets are written as hexadecimal digits; blanks may stand anywhere. Answers come in the same
+ * form, the four 16-bit words of the header first:
+ *
+ *   EXPECT_EQ("0000 0081 0004 0007 00000BB8", client.ask("42 01 0080 0004 0007 00000938"));
+ */
+class Client {
+public:
+    /// A socket of its own on 127.0.0.1, asking the camera at 127.0.0.2.
+    explicit Client(const char *camera = "127.0.0.2");
+    ~Client();
+    Client(const Client &) = delete;
+    Client &operator=(const Client &) = delete;
+
+    std::uint16_t port() const;
+
+    void send(const std::string &packet);
+    void broadcast(const std::string &packet);
+
+    struct Answer {
+        std::string from; // "127.0.0.2:3956"
+        std::string packet;
+    };
+    /// The next packet that comes in, or an empty answer when none has come within five seconds.
+    Answer receive();
+
+    /// send(), then the packet that comes in next; "" when none does.
+    std::string ask(const std::string &packet);
+
+    /// Whether a packet stays without an answer. Cameras answer in the order of commands, so a
+    /// DISCOVERY behind it is answered first if it has none.
+    bool isIgnored(const std::string &packet);
+
+    /// One WRITEREG or READREG, each with a request number of its own.
+    std::string write(std::uint32_t address, std::uint32_t value);
+    std::string read(std::uint32_t address);
+
+    /// The bytes [address, address + size) as READMEM gives them, block by block.
+    std::string memory(std::uint32_t address, std::uint32_t size);
+
+private:
+    void sendTo(const char *address, const std::string &packet);
+
+    int m_socket;
+    std::string m_camera;
+    std::uint16_t m_request = 0x1000;
+};
+
+/// "00 0A" for the number of hexadecimal digits that bytes take.
+std::string hex(std::uint32_t value, int digits);
+
+/// Bytes of a text, filled up with zeros.
+std::string hexText(const std::string &text, std::size_t size);

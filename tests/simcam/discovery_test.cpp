@@ -1,0 +1,110 @@
+#include "camera_test.h"
+
+#include <gmock/gmock.h>
+
+namespace {
+
+using testing::ElementsAre;
+
+using Discovery = Camera;
+
+// The registers 0x0000 to 0x00F7, as every GigE Vision device begins.
+std::string identity(const std::string &address, const std::string &vendor,
+                     const std::string &model, const std::string &serial) {
+    return "00010002"
+           "80000001"
+           "00000200" +
+           address +
+           "00000005"
+           "00000005" +
+           hexText("", 12) + address + hexText("", 12) + "FF000000" + hexText("", 12) + "00000000" +
+           hexText(vendor, 32) + hexText(model, 32) + hexText("1.0", 32) +
+           hexText("virtual camera", 48) + hexText(serial, 16) + hexText("", 16);
+}
+
+TEST_F(Discovery, AnswersWithTheIdentityOfTheCamera) {
+    EXPECT_EQ("0000 0003 00F8 0001 " + identity("7F000002", "Teledyne DALSA", "C1936", "S1"),
+              client.ask("42 01 0002 0000 0001"));
+}
+
+TEST_F(Discovery, ShowsTheUserDefinedNameThatWasGiven) {
+    takeControl();
+    client.ask("42 01 0086 0014 0001 000000E8" + hexText("left door", 16));
+
+    EXPECT_EQ(hexText("left door", 16), client.ask("42 01 0002 0000 0002").substr(20 + 2 * 0xE8));
+}
+
+TEST_F(Discovery, IsAnsweredOutsideOfAnyControl) {
+    takeControl();
+    Client other;
+
+    EXPECT_EQ("0000 0003 00F8 0001", other.ask("42 01 0002 0000 0001").substr(0, 19));
+}
+
+TEST_F(Discovery, AllowingBroadcastAnswersChangesNothing) {
+    EXPECT_EQ("0000 0003 00F8 0001", client.ask("42 11 0002 0000 0001").substr(0, 19));
+}
+
+TEST_F(Discovery, BroadcastIsAnsweredFromTheCamerasOwnAddress) {
+    client.broadcast("42 01 0002 0000 0001");
+
+    EXPECT_EQ("127.0.0.2:3956", client.receive().from);
+}
+
+TEST_F(Discovery, BroadcastReachesEveryCameraOfEveryProgram) {
+    const Simcam others({"--vendor", "Other", "--model", "M9", "--camera", "S2@127.0.0.3",
+                         "--camera", "S3@127.0.0.4"});
+
+    client.broadcast("42 01 0002 0000 0001");
+
+    std::map<std::string, std::string> answers;
+    for (int i = 0; i < 3; ++i) {
+        const Client::Answer answer = client.receive();
+        answers[answer.from] = answer.packet;
+    }
+    const std::string header = "0000 0003 00F8 0001 ";
+    EXPECT_THAT(
+        answers,
+        ElementsAre(
+            std::pair("127.0.0.2:3956",
+                      header + identity("7F000002", "Teledyne DALSA", "C1936", "S1")),
+            std::pair("127.0.0.3:3956", header + identity("7F000003", "Other", "M9", "S2")),
+            std::pair("127.0.0.4:3956", header + identity("7F000004", "Other", "M9", "S3"))));
+}
+
+// Nothing but DISCOVERY and FORCEIP may be broadcast: who would be meant?
+TEST_F(Discovery, OtherCommandsAreNotTakenFromBroadcasts) {
+    client.broadcast("42 01 0080 0004 0001 00000938");
+    client.broadcast("42 01 0082 0008 0002 00000A00 00000002");
+    client.broadcast("42 01 00C0 0000 0003");
+    client.broadcast("42 01 0002 0000 0004");
+
+    EXPECT_EQ("0000 0003 00F8 0004", client.receive().packet.substr(0, 19));
+    EXPECT_EQ("00000000", client.read(kControlPrivilege));
+}
+
+std::string forceIp(const std::string &mac, const std::string &address) {
+    return "42 01 0004 0038 0009 0000" + mac + hexText("", 12) + address + hexText("", 12) +
+           "FF000000" + hexText("", 12) + "00000000";
+}
+
+TEST_F(Discovery, ForceIpForAnotherCameraIsIgnored) {
+    EXPECT_TRUE(client.isIgnored(forceIp("0200 7F000003", "7F000003")));
+}
+
+TEST_F(Discovery, ForceIpMayConfirmTheAddressOrLeaveItToTheCamera) {
+    EXPECT_EQ("0000 0005 0000 0009", client.ask(forceIp("0200 7F000002", "7F000002")));
+    EXPECT_EQ("0000 0005 0000 0009", client.ask(forceIp("0200 7F000002", "00000000")));
+}
+
+TEST_F(Discovery, ForceIpCannotGiveAnotherAddress) {
+    EXPECT_EQ("8001 0005 0000 0009", client.ask(forceIp("0200 7F000002", "7F000009")));
+}
+
+TEST_F(Discovery, ForceIpIsRefusedWhileTheCameraIsControlled) {
+    takeControl();
+
+    EXPECT_EQ("8006 0005 0000 0009", client.ask(forceIp("0200 7F000002", "7F000002")));
+}
+
+} // namespace

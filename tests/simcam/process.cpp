@@ -1,0 +1,143 @@
+#include "process.h"
+
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <poll.h>
+#include <sstream>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace {
+
+constexpr int kPatienceMs = 10'000;
+
+void closePipe(int &fd) {
+    if (fd >= 0)
+        close(fd);
+    fd = -1;
+}
+
+} // namespace
+
+Process::Process(const std::string &program, const std::vector<std::string> &arguments) {
+    int out[2];
+    int err[2];
+    if (pipe(out) != 0 || pipe(err) != 0)
+        throw std::runtime_error("no pipes");
+    std::vector<char *> argv{const_cast<char *>(program.c_str())};
+    for (const std::string &argument : arguments)
+        argv.push_back(const_cast<char *>(argument.c_str()));
+    argv.push_back(nullptr);
+
+    m_pid = fork();
+    if (m_pid == 0) {
+        dup2(out[1], STDOUT_FILENO);
+        dup2(err[1], STDERR_FILENO);
+        for (const int fd : {out[0], out[1], err[0], err[1]})
+            close(fd);
+        execvp(program.c_str(), argv.data());
+        _exit(127);
+    }
+    close(out[1]);
+    close(err[1]);
+    m_out = out[0];
+    m_err = err[0];
+}
+
+Process::~Process() {
+    if (m_pid > 0) {
+        kill(m_pid, SIGKILL);
+        waitpid(m_pid, nullptr, 0);
+    }
+    closePipe(m_out);
+    closePipe(m_err);
+}
+
+bool Process::readMore() {
+    pollfd pipes[] = {{m_out, POLLIN, 0}, {m_err, POLLIN, 0}};
+    if ((m_out < 0 && m_err < 0) || poll(pipes, 2, kPatienceMs) <= 0)
+        return false;
+    const auto drain = [](int &fd, std::string &to) {
+        char buffer[4096];
+        const ssize_t size = read(fd, buffer, sizeof buffer);
+        if (size > 0)
+            to.append(buffer, static_cast<std::size_t>(size));
+        else
+            closePipe(fd);
+    };
+    if (pipes[0].revents)
+        drain(m_out, m_output);
+    if (pipes[1].revents)
+        drain(m_err, m_errors);
+    return true;
+}
+
+std::string Process::nextLine() {
+    while (m_output.find('\n') == std::string::npos) {
+        if (m_out < 0 || !readMore())
+            return "";
+    }
+    const std::size_t end = m_output.find('\n');
+    const std::string line = m_output.substr(0, end);
+    m_output.erase(0, end + 1);
+    return line;
+}
+
+void Process::signal(int number) const {
+    kill(m_pid, number);
+}
+
+Process::End Process::wait() {
+    while (readMore()) {
+    }
+    if (m_out >= 0 || m_err >= 0) // it goes on and on
+        kill(m_pid, SIGKILL);
+    int status = 0;
+    waitpid(m_pid, &status, 0);
+    m_pid = -1;
+    return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, m_output, m_errors};
+}
+
+Simcam::Simcam(const std::vector<std::string> &arguments) : Process(SIMCAM, arguments) {
+    m_readyLine = nextLine();
+    if (m_readyLine.find("kxinfo-simcam: ready") != 0)
+        ADD_FAILURE() << "kxinfo-simcam is not ready: " << m_readyLine << "\n" << wait().errors;
+}
+
+Process::End Simcam::stop() {
+    signal(SIGTERM);
+    return wait();
+}
+
+Process::End runSimcam(const std::vector<std::string> &arguments) {
+    return Process(SIMCAM, arguments).wait();
+}
+
+TemporaryFolder::TemporaryFolder() {
+    std::string path = (std::filesystem::temp_directory_path() / "kxinfo-test-XXXXXX").string();
+    if (!mkdtemp(path.data()))
+        throw std::runtime_error("no temporary folder");
+    m_path = path;
+}
+
+TemporaryFolder::~TemporaryFolder() {
+    std::error_code ignored;
+    std::filesystem::remove_all(m_path, ignored);
+}
+
+std::string TemporaryFolder::file(const std::string &name, const std::string &content) const {
+    const std::string path = m_path + "/" + name;
+    std::ofstream(path, std::ios::binary) << content;
+    return path;
+}
+
+std::string readFile(const std::string &path) {
+    std::ifstream file(path, std::ios::binary);
+    std::ostringstream content;
+    content << file.rdbuf();
+    return content.str();
+}
