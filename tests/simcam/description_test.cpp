@@ -3,7 +3,8 @@
 #include <pugixml.hpp>
 #include <zip.h>
 
-#include <regex>
+#include <cinttypes>
+#include <cstdio>
 
 namespace {
 
@@ -19,13 +20,15 @@ constexpr std::uint32_t kSecondUrl = 0x0400;
 
 Url urlAt(Client &client, std::uint32_t address) {
     const std::string text = client.memory(address, 512).c_str();
-    std::smatch parts;
-    if (!std::regex_match(text, parts, std::regex("Local:([^;]+);([0-9A-F]+);([0-9A-F]+)"))) {
-        ADD_FAILURE() << "no URL: " << text;
-        return {};
-    }
-    return {parts[1], static_cast<std::uint32_t>(std::stoul(parts[2], nullptr, 16)),
-            static_cast<std::uint32_t>(std::stoul(parts[3], nullptr, 16))};
+    char name[64];
+    Url url;
+    int end = 0;
+    const int parts = std::sscanf(text.c_str(), "Local:%63[^;];%8" SCNx32 ";%8" SCNx32 "%n", name,
+                                  &url.address, &url.size, &end);
+    EXPECT_EQ(3, parts) << "no URL: " << text;
+    EXPECT_EQ(text.size(), static_cast<std::size_t>(end)) << "more than a URL: " << text;
+    url.name = parts == 3 ? name : "";
+    return url;
 }
 
 std::string fetch(Client &client, const Url &url) {

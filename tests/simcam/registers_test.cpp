@@ -124,8 +124,8 @@ TEST_F(Writing, AWriteOnlyRegisterTakesTheValue) {
 
 TEST_F(Writing, TakesAsManyRegistersAsAPacketHolds) {
     std::string pairs;
-    for (int i = 0; i < 67; ++i)
-        pairs += hex(0x00020000 + 4u * static_cast<unsigned>(i), 8) + hex(0x100u + i, 8);
+    for (unsigned i = 0; i < 67; ++i)
+        pairs += hex(0x00020000 + 4 * i, 8) + hex(0x100 + i, 8);
     EXPECT_EQ("0000 0083 0004 0007 00000043", client.ask("42 01 0082 0218 0007" + pairs));
     EXPECT_EQ("8002 0083 0000 0008",
               client.ask("42 01 0082 0220 0008" + pairs + "00020000 00000001"));
