@@ -13,9 +13,6 @@ namespace {
 constexpr zip_uint16_t kDate = (2000 - 1980) << 9 | 1 << 5 | 1;
 constexpr zip_uint16_t kTime = 12 << 11;
 
-// A description is some hundred kilobytes; what claims to be far larger is none.
-constexpr zip_uint64_t kMaxFileSize = 64u << 20;
-
 [[noreturn]] void fail(zip_error_t &error) {
     const std::string text = zip_error_strerror(&error);
     zip_error_fini(&error);
@@ -79,14 +76,15 @@ Bytes zip(const std::string &fileName, const Bytes &content) {
     return bytes;
 }
 
-Bytes unzip(const Bytes &archive) {
+Bytes unzip(const Bytes &archive, std::size_t maxSize) {
     const Source source = bufferSource(archive);
     const Archive opened = openArchive(source.get(), ZIP_RDONLY);
     zip_stat_t stat;
     if (zip_stat_index(opened.get(), 0, 0, &stat) != 0)
         throw std::runtime_error("zip archive: it holds no file");
-    if (stat.size > kMaxFileSize)
-        throw std::runtime_error("zip archive: its file is larger than any description");
+    if (stat.size > maxSize)
+        throw std::runtime_error("zip archive: its file is too large, " +
+                                 std::to_string(stat.size) + " bytes");
     const File file(zip_fopen_index(opened.get(), 0, 0));
     if (!file)
         fail(*zip_get_error(opened.get()));

@@ -31,6 +31,9 @@ namespace {
 // More than any camera has; a file that asks for more is a mistake, not a reason to fill memory.
 constexpr std::uint64_t kMaxRegisterBytes = 4u << 20;
 
+// A description is some hundred kilobytes; what is far larger is none.
+constexpr std::size_t kMaxFileSize = 64u << 20;
+
 using NodesByName = std::map<std::string, pugi::xml_node>;
 
 const char *const kRegisterNodes[] = {"IntReg",    "MaskedIntReg", "FloatReg",
@@ -339,10 +342,13 @@ std::shared_ptr<const Description> Description::load(const std::string &path) {
     if (!file.is_open() || file.bad())
         throw std::runtime_error("description '" + path + "': it cannot be read");
     try {
+        if (content.size() > kMaxFileSize)
+            throw std::runtime_error("it is too large, " + std::to_string(content.size()) +
+                                     " bytes");
         auto description = std::make_shared<Description>();
         description->name = urlName(path);
         if (isZip(content)) {
-            description->plain = unzip(content);
+            description->plain = unzip(content, kMaxFileSize);
             description->zipped = std::move(content);
         } else {
             description->plain = std::move(content);

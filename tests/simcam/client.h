@@ -53,8 +53,8 @@ private:
     std::uint16_t m_request = 0x1000;
 };
 
-/// "00 0A" for the number of hexadecimal digits that bytes take.
+/// A number in so many hexadecimal digits: hex(10, 4) is "000A".
 std::string hex(std::uint32_t value, int digits);
 
-/// Bytes of a text, filled up with zeros.
+/// The bytes of a text, filled up with zeros, as hexadecimal digits.
 std::string hexText(const std::string &text, std::size_t size);

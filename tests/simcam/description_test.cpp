@@ -111,8 +111,8 @@ TEST_F(BuiltInDescription, SaysWhatAFreshCameraHolds) {
     EXPECT_EQ("40000000", client.read(0x00010304)); // Gain of SensorAll: 2.0
     EXPECT_EQ("3F800000", client.read(0x00010308)); // Gain of DigitalAll: 1.0
     EXPECT_EQ("00000080", client.read(0x00010408)); // autoBrightnessTarget: 128
-    EXPECT_EQ(hexText("", 8), hexText(client.memory(0x00020000 + 2 * 16384 + 4095 * 4, 4), 4) +
-                                  hexText(client.memory(0x00020000, 4), 4)); // LUTValue: 0
+    EXPECT_EQ("00000000", client.read(0x00020000)); // LUTValue of Red, first
+    EXPECT_EQ("00000000", client.read(0x0002BFFC)); // LUTValue of Blue, last
 }
 
 TEST(PlainDescription, ComesFirstWhenAskedFor) {
@@ -241,6 +241,16 @@ TEST_F(ForeignDescription, RegistersWhosePlaceIsComputedAreLeftOut) {
     EXPECT_EQ("8003", client.read(0x10004));
     EXPECT_EQ("8003", client.read(0x10008));
     EXPECT_EQ("00000000", client.read(0x1000C));
+}
+
+TEST_F(ForeignDescription, MayUseTheLastRegisterAndBlocksWrapNowhere) {
+    const Simcam camera(arguments(description(R"(
+        <IntReg Name="Last"><Extension><Initial>9</Initial></Extension>
+          <Address>0xFFFFFFFC</Address><Length>4</Length></IntReg>)")));
+    Client client;
+
+    EXPECT_EQ("00000009", client.read(0xFFFFFFFC));
+    EXPECT_EQ("8003 0085 0000 0007", client.ask("42 01 0084 0008 0007 FFFFFFFC 0000 0008"));
 }
 
 TEST_F(ForeignDescription, DoesNotChangeTheStandardsRegisters) {
