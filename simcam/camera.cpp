@@ -41,56 +41,56 @@ Bytes indexOf(std::size_t done) {
 
 Camera::Camera(Identity identity, std::shared_ptr<const Description> description, FirstUrl firstUrl,
                Clock::time_point now)
-    : m_identity(std::move(identity)),
-      m_description(std::move(description)),
-      m_now(now),
-      m_timestampStart(now) {
+    : identity_(std::move(identity)),
+      description_(std::move(description)),
+      now_(now),
+      timestampStart_(now) {
     mapBootstrap();
-    mapFile(kZippedAddress, m_description->zipped);
-    mapFile(kPlainAddress, m_description->plain);
+    mapFile(kZippedAddress, description_->zipped);
+    mapFile(kPlainAddress, description_->plain);
     mapRegisters();
 
     const std::string zipped =
-        localUrl(m_description->name + ".zip", kZippedAddress, m_description->zipped.size());
+        localUrl(description_->name + ".zip", kZippedAddress, description_->zipped.size());
     const std::string plain =
-        localUrl(m_description->name + ".xml", kPlainAddress, m_description->plain.size());
+        localUrl(description_->name + ".xml", kPlainAddress, description_->plain.size());
     const bool zippedFirst = firstUrl == FirstUrl::Zipped;
     using namespace bootstrap;
-    m_memory.pokeText(kFirstUrl, kUrlSize, zippedFirst ? zipped : plain);
-    m_memory.pokeText(kSecondUrl, kUrlSize, zippedFirst ? plain : zipped);
+    memory_.pokeText(kFirstUrl, kUrlSize, zippedFirst ? zipped : plain);
+    memory_.pokeText(kSecondUrl, kUrlSize, zippedFirst ? plain : zipped);
 }
 
 void Camera::mapBootstrap() {
     using namespace bootstrap;
     const auto number = [&](std::uint32_t address, std::uint32_t value, Memory::Access access) {
-        m_memory.map(address, 4, access);
-        m_memory.poke32(address, value);
+        memory_.map(address, 4, access);
+        memory_.poke32(address, value);
     };
     const auto text = [&](std::uint32_t address, std::uint32_t size, const std::string &value,
                           Memory::Access access) {
-        m_memory.map(address, size, access);
-        m_memory.pokeText(address, size, value);
+        memory_.map(address, size, access);
+        memory_.pokeText(address, size, value);
     };
 
     number(kVersion, 0x00010002, Memory::kRead);
     number(kDeviceMode, 0x80000001, Memory::kRead); // big-endian transmitter, texts are UTF-8
     number(kMacHigh, 0x0200, Memory::kRead);        // a locally administered MAC address
-    number(kMacLow, m_identity.address, Memory::kRead);
+    number(kMacLow, identity_.address, Memory::kRead);
     number(kSupportedIpConfiguration, 0x00000005, Memory::kRead); // persistent, link-local
     number(kCurrentIpConfiguration, 0x00000005, Memory::kRead);
-    number(kCurrentIp, m_identity.address, Memory::kRead);
+    number(kCurrentIp, identity_.address, Memory::kRead);
     number(kCurrentSubnet, 0xFF000000, Memory::kRead);
     number(kCurrentGateway, 0, Memory::kRead);
-    text(kManufacturerName, 32, m_identity.vendor, Memory::kRead);
-    text(kModelName, 32, m_identity.model, Memory::kRead);
+    text(kManufacturerName, 32, identity_.vendor, Memory::kRead);
+    text(kModelName, 32, identity_.model, Memory::kRead);
     text(kDeviceVersion, 32, "1.0", Memory::kRead);
     text(kManufacturerInfo, 48, "virtual camera", Memory::kRead);
-    text(kSerialNumber, 16, m_identity.serial, Memory::kRead);
+    text(kSerialNumber, 16, identity_.serial, Memory::kRead);
     text(kUserDefinedName, 16, "", Memory::kReadWrite);
-    m_memory.map(kFirstUrl, kUrlSize, Memory::kRead);
-    m_memory.map(kSecondUrl, kUrlSize, Memory::kRead);
+    memory_.map(kFirstUrl, kUrlSize, Memory::kRead);
+    memory_.map(kSecondUrl, kUrlSize, Memory::kRead);
     number(kInterfaceCount, 1, Memory::kRead);
-    number(kPersistentIp, m_identity.address, Memory::kReadWrite);
+    number(kPersistentIp, identity_.address, Memory::kReadWrite);
     number(kPersistentSubnet, 0xFF000000, Memory::kReadWrite);
     number(kPersistentGateway, 0, Memory::kReadWrite);
     number(kMessageChannelCount, 0, Memory::kRead);
@@ -118,27 +118,27 @@ void Camera::mapBootstrap() {
 
 void Camera::mapFile(std::uint32_t address, const Bytes &file) {
     const auto size = static_cast<std::uint32_t>(file.size());
-    m_memory.map(address, size, Memory::kRead);
-    m_memory.poke(address, file.data(), size);
+    memory_.map(address, size, Memory::kRead);
+    memory_.poke(address, file.data(), size);
 }
 
 // A register that the description places where something is mapped already (a bootstrap register, a
 // field of a word that another register has) shares it. What the camera itself has there keeps its
 // access and its value.
 void Camera::mapRegisters() {
-    const Memory own = m_memory;
-    for (const Register &reg : m_description->registers) {
+    const Memory own = memory_;
+    for (const Register &reg : description_->registers) {
         for (std::uint32_t cell = 0; cell < reg.cellCount; ++cell) {
             const std::uint32_t address = reg.address + cell * reg.stride;
             if (own.isMapped(address))
                 continue;
-            m_memory.map(address, reg.length, reg.access);
+            memory_.map(address, reg.length, reg.access);
             if (cell >= reg.initial.size())
                 continue;
-            Bytes bytes = m_memory.peek(address, reg.length);
+            Bytes bytes = memory_.peek(address, reg.length);
             for (std::uint32_t i = 0; i < reg.length; ++i)
                 bytes[i] = static_cast<std::uint8_t>(bytes[i] | reg.initial[cell][i]);
-            m_memory.poke(address, bytes.data(), reg.length);
+            memory_.poke(address, bytes.data(), reg.length);
         }
     }
 }
@@ -146,26 +146,26 @@ void Camera::mapRegisters() {
 std::optional<Bytes> Camera::receive(const std::uint8_t *packet, std::size_t size,
                                      const Endpoint &sender, Delivery delivery,
                                      Clock::time_point now) {
-    m_now = now;
+    now_ = now;
     expireControl();
-    if (m_silentAfter && m_counts.discovery + m_counts.readreg + m_counts.writereg +
-                                 m_counts.readmem + m_counts.writemem + m_counts.other >=
-                             *m_silentAfter)
+    if (silentAfter_ && counts_.discovery + counts_.readreg + counts_.writereg + counts_.readmem +
+                                counts_.writemem + counts_.other >=
+                            *silentAfter_)
         return std::nullopt;
     if (size < kHeaderSize || packet[0] != kKey)
         return std::nullopt;
-    if (sender == m_controller)
-        m_lastHeartbeat = now;
+    if (sender == controller_)
+        lastHeartbeat_ = now;
 
     const bool acknowledge = packet[1] & kAcknowledgeRequired;
     const Request request{load16(packet + 2), packet + kHeaderSize, load16(packet + 4), sender};
     const std::uint16_t id = load16(packet + 6);
     const Bytes bytes(packet, packet + size);
 
-    const auto last = m_lastWrites.find(sender);
-    if (last != m_lastWrites.end() && last->second.command == bytes &&
+    const auto last = lastWrites_.find(sender);
+    if (last != lastWrites_.end() && last->second.command == bytes &&
         now - last->second.when <= kRetransmissionWindow) {
-        ++m_counts.repeated;
+        ++counts_.repeated;
         count(request.command, static_cast<Status>(load16(last->second.answer.data())));
         return acknowledge ? std::optional(last->second.answer) : std::nullopt;
     }
@@ -190,11 +190,11 @@ std::optional<Bytes> Camera::receive(const std::uint8_t *packet, std::size_t siz
 
     const auto command = static_cast<Command>(request.command);
     if (command == Command::WriteReg || command == Command::WriteMem) {
-        for (auto it = m_lastWrites.begin(); it != m_lastWrites.end();)
-            it = now - it->second.when > kRetransmissionWindow ? m_lastWrites.erase(it) : ++it;
-        m_lastWrites[sender] = Answered{bytes, answer, now};
+        for (auto it = lastWrites_.begin(); it != lastWrites_.end();)
+            it = now - it->second.when > kRetransmissionWindow ? lastWrites_.erase(it) : ++it;
+        lastWrites_[sender] = Answered{bytes, answer, now};
     } else {
-        m_lastWrites.erase(sender); // a client repeats only its latest command
+        lastWrites_.erase(sender); // a client repeats only its latest command
     }
     return acknowledge ? std::optional(answer) : std::nullopt;
 }
@@ -222,7 +222,7 @@ std::optional<Camera::Reply> Camera::carryOut(const Request &request, Delivery d
 }
 
 Camera::Reply Camera::discover() const {
-    return {Status::Success, m_memory.peek(bootstrap::kVersion, bootstrap::kDiscoveryEnd)};
+    return {Status::Success, memory_.peek(bootstrap::kVersion, bootstrap::kDiscoveryEnd)};
 }
 
 // A camera's address is the socket's: it is confirmed, or left to DHCP and the like, not changed.
@@ -230,13 +230,13 @@ Camera::Reply Camera::discover() const {
 std::optional<Camera::Reply> Camera::forceIp(const Request &request) const {
     if (request.size != 56)
         return Reply{Status::InvalidParameter, {}};
-    if (load16(request.payload + 2) != m_memory.peek32(bootstrap::kMacHigh) ||
-        load32(request.payload + 4) != m_memory.peek32(bootstrap::kMacLow))
+    if (load16(request.payload + 2) != memory_.peek32(bootstrap::kMacHigh) ||
+        load32(request.payload + 4) != memory_.peek32(bootstrap::kMacLow))
         return std::nullopt;
-    if (m_controller)
+    if (controller_)
         return Reply{Status::AccessDenied, {}};
     const std::uint32_t address = load32(request.payload + 20);
-    if (address != 0 && address != m_identity.address)
+    if (address != 0 && address != identity_.address)
         return Reply{Status::NotImplemented, {}};
     return Reply{};
 }
@@ -250,7 +250,7 @@ Camera::Reply Camera::readRegisters(const Request &request) const {
         reply.status = mayRead(address, 4, request.sender);
         if (reply.status != Status::Success)
             break; // the values read so far are part of the answer
-        append32(reply.payload, m_memory.peek32(address));
+        append32(reply.payload, memory_.peek32(address));
     }
     return reply;
 }
@@ -282,7 +282,7 @@ Camera::Reply Camera::readMemory(const Request &request) const {
         return {status, {}};
     Reply reply;
     append32(reply.payload, address);
-    const Bytes bytes = m_memory.peek(address, size);
+    const Bytes bytes = memory_.peek(address, size);
     reply.payload.insert(reply.payload.end(), bytes.begin(), bytes.end());
     return reply;
 }
@@ -300,11 +300,11 @@ Camera::Reply Camera::writeMemory(const Request &request) {
 Status Camera::mayRead(std::uint32_t address, std::uint32_t size, const Endpoint &sender) const {
     if (address % 4 != 0 || size % 4 != 0)
         return Status::BadAlignment;
-    const bool exclusive = m_memory.peek32(bootstrap::kControlPrivilege) & kExclusiveAccess;
+    const bool exclusive = memory_.peek32(bootstrap::kControlPrivilege) & kExclusiveAccess;
     const bool asksForControl = address == bootstrap::kControlPrivilege && size == 4;
-    if (exclusive && !asksForControl && !(sender == m_controller))
+    if (exclusive && !asksForControl && !(sender == controller_))
         return Status::AccessDenied;
-    return m_memory.canRead(address, size);
+    return memory_.canRead(address, size);
 }
 
 // All of it or nothing.
@@ -314,22 +314,22 @@ Status Camera::write(std::uint32_t address, const std::uint8_t *bytes, std::uint
         return Status::BadAlignment;
     if (address == bootstrap::kControlPrivilege && size == 4)
         return writeControlPrivilege(load32(bytes), sender);
-    if (!(sender == m_controller))
+    if (!(sender == controller_))
         return Status::AccessDenied;
-    const Status status = m_memory.canWrite(address, size);
+    const Status status = memory_.canWrite(address, size);
     if (status != Status::Success)
         return status;
-    m_memory.poke(address, bytes, size);
+    memory_.poke(address, bytes, size);
 
     if (address == bootstrap::kTimestampControl)
         writeTimestampControl(load32(bytes));
     if (address == bootstrap::kHeartbeatTimeout)
-        m_memory.poke32(address, std::max(load32(bytes), kShortestHeartbeatMs));
+        memory_.poke32(address, std::max(load32(bytes), kShortestHeartbeatMs));
     return Status::Success;
 }
 
 Status Camera::writeControlPrivilege(std::uint32_t value, const Endpoint &sender) {
-    if (m_controller && !(sender == m_controller))
+    if (controller_ && !(sender == controller_))
         return Status::AccessDenied;
     if (value & ~(kExclusiveAccess | kControlAccess))
         return Status::InvalidParameter;
@@ -337,11 +337,11 @@ Status Camera::writeControlPrivilege(std::uint32_t value, const Endpoint &sender
         releaseControl();
         return Status::Success;
     }
-    m_controller = sender;
-    m_lastHeartbeat = m_now;
-    m_memory.poke32(bootstrap::kControlPrivilege, value);
-    m_memory.poke32(bootstrap::kPrimaryApplicationIp, sender.address);
-    m_memory.poke32(bootstrap::kPrimaryApplicationPort, sender.port);
+    controller_ = sender;
+    lastHeartbeat_ = now_;
+    memory_.poke32(bootstrap::kControlPrivilege, value);
+    memory_.poke32(bootstrap::kPrimaryApplicationIp, sender.address);
+    memory_.poke32(bootstrap::kPrimaryApplicationPort, sender.port);
     return Status::Success;
 }
 
@@ -350,63 +350,63 @@ void Camera::writeTimestampControl(std::uint32_t value) {
     constexpr std::uint32_t kLatch = 0x2;
     if (value & kLatch) {
         const auto ticks = static_cast<std::uint64_t>(
-            std::chrono::duration_cast<std::chrono::nanoseconds>(m_now - m_timestampStart).count());
-        m_memory.poke32(bootstrap::kTimestampHigh, static_cast<std::uint32_t>(ticks >> 32));
-        m_memory.poke32(bootstrap::kTimestampLow, static_cast<std::uint32_t>(ticks & 0xFFFFFFFF));
+            std::chrono::duration_cast<std::chrono::nanoseconds>(now_ - timestampStart_).count());
+        memory_.poke32(bootstrap::kTimestampHigh, static_cast<std::uint32_t>(ticks >> 32));
+        memory_.poke32(bootstrap::kTimestampLow, static_cast<std::uint32_t>(ticks & 0xFFFFFFFF));
     }
     if (value & kReset)
-        m_timestampStart = m_now;
+        timestampStart_ = now_;
 }
 
 // A client that has gone without a word loses control, and its retransmissions are forgotten: the
 // next client may come from the same port and count from the same number.
 void Camera::expireControl() {
-    const std::chrono::milliseconds timeout{m_memory.peek32(bootstrap::kHeartbeatTimeout)};
-    if (!m_controller || m_now - m_lastHeartbeat <= timeout)
+    const std::chrono::milliseconds timeout{memory_.peek32(bootstrap::kHeartbeatTimeout)};
+    if (!controller_ || now_ - lastHeartbeat_ <= timeout)
         return;
-    m_lastWrites.erase(*m_controller);
+    lastWrites_.erase(*controller_);
     releaseControl();
 }
 
 // Streaming ends with the control.
 void Camera::releaseControl() {
-    m_controller.reset();
+    controller_.reset();
     for (const std::uint32_t address :
          {bootstrap::kControlPrivilege, bootstrap::kPrimaryApplicationIp,
           bootstrap::kPrimaryApplicationPort, bootstrap::kStreamHostPort})
-        m_memory.poke32(address, 0);
+        memory_.poke32(address, 0);
 }
 
 void Camera::count(std::uint16_t command, Status status) {
-    std::uint64_t *kind = &m_counts.other;
+    std::uint64_t *kind = &counts_.other;
     switch (static_cast<Command>(command)) {
     case Command::Discovery:
-        kind = &m_counts.discovery;
+        kind = &counts_.discovery;
         break;
     case Command::ReadReg:
-        kind = &m_counts.readreg;
+        kind = &counts_.readreg;
         break;
     case Command::WriteReg:
-        kind = &m_counts.writereg;
+        kind = &counts_.writereg;
         break;
     case Command::ReadMem:
-        kind = &m_counts.readmem;
+        kind = &counts_.readmem;
         break;
     case Command::WriteMem:
-        kind = &m_counts.writemem;
+        kind = &counts_.writemem;
         break;
     case Command::ForceIp:
         break;
     }
     ++*kind;
     if (status != Status::Success)
-        ++m_counts.refused;
+        ++counts_.refused;
 }
 
 std::string Camera::snapshot(Clock::time_point now) {
-    m_now = now;
+    now_ = now;
     expireControl();
-    return describe(m_description->registers, m_memory);
+    return describe(description_->registers, memory_);
 }
 
 } // namespace simcam

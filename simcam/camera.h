@@ -63,11 +63,11 @@ public:
     Camera(Identity identity, std::shared_ptr<const Description> description, FirstUrl firstUrl,
            Clock::time_point now);
 
-    const Identity &identity() const { return m_identity; }
-    const Counts &counts() const { return m_counts; }
+    const Identity &identity() const { return identity_; }
+    const Counts &counts() const { return counts_; }
 
     /// From the nth answered command on the camera is dead: it neither carries out nor answers.
-    void silenceAfter(std::uint64_t commands) { m_silentAfter = commands; }
+    void silenceAfter(std::uint64_t commands) { silentAfter_ = commands; }
 
     /**
      * The one way in. Returns the packet to send back to the sender, from the camera's own address
@@ -120,19 +120,19 @@ private:
     void releaseControl();
     void count(std::uint16_t command, Status status);
 
-    Identity m_identity;
-    std::shared_ptr<const Description> m_description;
-    Memory m_memory;
-    Counts m_counts;
-    std::optional<std::uint64_t> m_silentAfter;
+    Identity identity_;
+    std::shared_ptr<const Description> description_;
+    Memory memory_;
+    Counts counts_;
+    std::optional<std::uint64_t> silentAfter_;
 
-    Clock::time_point m_now; // of the packet being handled
-    Clock::time_point m_timestampStart;
+    Clock::time_point now_; // of the packet being handled
+    Clock::time_point timestampStart_;
 
-    std::optional<Endpoint> m_controller;
-    Clock::time_point m_lastHeartbeat;
+    std::optional<Endpoint> controller_;
+    Clock::time_point lastHeartbeat_;
 
-    std::map<Endpoint, Answered> m_lastWrites; // by sender, to answer a retransmission
+    std::map<Endpoint, Answered> lastWrites_; // by sender, to answer a retransmission
 };
 
 } // namespace simcam

@@ -11,7 +11,7 @@ constexpr std::uint64_t kAddressSpace = std::uint64_t{1} << 32;
 void Memory::map(std::uint32_t address, std::uint32_t size, Access access) {
     const std::uint64_t end = std::uint64_t{address} + size;
     for (std::uint64_t at = address & ~3u; at < end; at += 4) {
-        Page &page = m_pages[static_cast<std::uint32_t>(at / kPageSize)];
+        Page &page = pages_[static_cast<std::uint32_t>(at / kPageSize)];
         std::uint8_t &word = page.access[at % kPageSize / 4];
         word = static_cast<std::uint8_t>(word | access);
     }
@@ -28,8 +28,8 @@ Status Memory::canWrite(std::uint32_t address, std::uint32_t size) const {
 Bytes Memory::peek(std::uint32_t address, std::uint32_t size) const {
     Bytes bytes(size);
     for (std::uint32_t i = 0; i < size; ++i) {
-        const auto page = m_pages.find((address + i) / kPageSize);
-        if (page != m_pages.end())
+        const auto page = pages_.find((address + i) / kPageSize);
+        if (page != pages_.end())
             bytes[i] = page->second.bytes[(address + i) % kPageSize];
     }
     return bytes;
@@ -41,7 +41,7 @@ std::uint32_t Memory::peek32(std::uint32_t address) const {
 
 void Memory::poke(std::uint32_t address, const std::uint8_t *bytes, std::uint32_t size) {
     for (std::uint32_t i = 0; i < size; ++i)
-        m_pages.at((address + i) / kPageSize).bytes[(address + i) % kPageSize] = bytes[i];
+        pages_.at((address + i) / kPageSize).bytes[(address + i) % kPageSize] = bytes[i];
 }
 
 void Memory::poke32(std::uint32_t address, std::uint32_t value) {
@@ -57,9 +57,9 @@ void Memory::pokeText(std::uint32_t address, std::uint32_t size, const std::stri
 }
 
 std::uint8_t Memory::access(std::uint32_t address) const {
-    const auto page = m_pages.find(address / kPageSize);
-    return page == m_pages.end() ? std::uint8_t{kNone}
-                                 : page->second.access[address % kPageSize / 4];
+    const auto page = pages_.find(address / kPageSize);
+    return page == pages_.end() ? std::uint8_t{kNone}
+                                : page->second.access[address % kPageSize / 4];
 }
 
 Status Memory::can(std::uint32_t address, std::uint32_t size, Access wanted,

@@ -48,7 +48,7 @@ private:
     std::uint8_t access(std::uint32_t address) const;
     Status can(std::uint32_t address, std::uint32_t size, Access wanted, Status otherwise) const;
 
-    std::map<std::uint32_t, Page> m_pages; // by address / kPageSize
+    std::map<std::uint32_t, Page> pages_; // by address / kPageSize
 };
 
 } // namespace simcam

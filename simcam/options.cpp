@@ -106,8 +106,8 @@ std::optional<Options> parseOptions(int argc, char **argv) {
     };
     CLI::Option *camera =
         repeatable("--camera", cameras, "SERIAL@ADDRESS", "Serve a camera (at least one)");
-    CLI::Option *vendor = repeatable("--vendor", vendors, "TEXT",
-                                     "Manufacturer's name [Teledyne DALSA], at most 31 bytes");
+    CLI::Option *vendor =
+        repeatable("--vendor", vendors, "TEXT", "Manufacturer's name [Dalsa], at most 31 bytes");
     CLI::Option *model =
         repeatable("--model", models, "TEXT", "Model name [C1936], at most 31 bytes");
     CLI::Option *description = repeatable("--description", descriptions, "FILE",
@@ -152,7 +152,7 @@ std::optional<Options> parseOptions(int argc, char **argv) {
     }
 
     // As typed, from left to right.
-    std::string currentVendor = "Teledyne DALSA", currentModel = "C1936", currentDescription;
+    std::string currentVendor = "Dalsa", currentModel = "C1936", currentDescription;
     std::map<const CLI::Option *, std::size_t> used;
     for (const CLI::Option *option : app.parse_order()) {
         const auto next = [&](const std::vector<std::string> &values) {

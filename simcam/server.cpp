@@ -69,8 +69,8 @@ std::vector<Descriptor> openSockets(const std::vector<Camera> &cameras) {
 } // namespace
 
 Descriptor::~Descriptor() {
-    if (m_fd >= 0)
-        close(m_fd);
+    if (fd_ >= 0)
+        close(fd_);
 }
 
 std::string dotted(std::uint32_t address) {
@@ -80,28 +80,28 @@ std::string dotted(std::uint32_t address) {
 }
 
 Server::Server(std::vector<Camera> &cameras)
-    : m_cameras(cameras),
-      m_signals(openSignals()),
-      m_broadcasts(openSocket(INADDR_BROADCAST, true, "broadcasts cannot be heard")),
-      m_sockets(openSockets(cameras)) {}
+    : cameras_(cameras),
+      signals_(openSignals()),
+      broadcasts_(openSocket(INADDR_BROADCAST, true, "broadcasts cannot be heard")),
+      sockets_(openSockets(cameras)) {}
 
 int Server::run() {
-    std::vector<pollfd> polled{{m_signals.get(), POLLIN, 0}, {m_broadcasts.get(), POLLIN, 0}};
-    for (const Descriptor &socket : m_sockets)
+    std::vector<pollfd> polled{{signals_.get(), POLLIN, 0}, {broadcasts_.get(), POLLIN, 0}};
+    for (const Descriptor &socket : sockets_)
         polled.push_back({socket.get(), POLLIN, 0});
     for (;;) {
         if (poll(polled.data(), polled.size(), -1) < 0 && errno != EINTR)
             throw std::runtime_error(std::string("waiting for packets: ") + strerror(errno));
         if (polled[0].revents) {
             signalfd_siginfo signal{};
-            if (read(m_signals.get(), &signal, sizeof signal) == sizeof signal)
+            if (read(signals_.get(), &signal, sizeof signal) == sizeof signal)
                 return static_cast<int>(signal.ssi_signo);
         }
         if (polled[1].revents)
-            receive(m_broadcasts, 0, m_cameras.size(), Delivery::Broadcast);
-        for (std::size_t i = 0; i < m_sockets.size(); ++i) {
+            receive(broadcasts_, 0, cameras_.size(), Delivery::Broadcast);
+        for (std::size_t i = 0; i < sockets_.size(); ++i) {
             if (polled[i + 2].revents)
-                receive(m_sockets[i], i, i + 1, Delivery::Unicast);
+                receive(sockets_[i], i, i + 1, Delivery::Unicast);
         }
     }
 }
@@ -118,8 +118,8 @@ void Server::receive(const Descriptor &socket, std::size_t first, std::size_t la
             return;
         const Endpoint sender{ntohl(from.sin_addr.s_addr), ntohs(from.sin_port)};
         for (std::size_t camera = first; camera < last; ++camera) {
-            const auto answer = m_cameras[camera].receive(packet, static_cast<std::size_t>(size),
-                                                          sender, delivery, Clock::now());
+            const auto answer = cameras_[camera].receive(packet, static_cast<std::size_t>(size),
+                                                         sender, delivery, Clock::now());
             if (answer)
                 send(camera, *answer, sender);
         }
@@ -129,7 +129,7 @@ void Server::receive(const Descriptor &socket, std::size_t first, std::size_t la
 // An answer that cannot be sent is lost, as on any network.
 void Server::send(std::size_t camera, const Bytes &answer, const Endpoint &to) const {
     const sockaddr_in address = toSocketAddress(to.address, to.port);
-    sendto(m_sockets[camera].get(), answer.data(), answer.size(), 0,
+    sendto(sockets_[camera].get(), answer.data(), answer.size(), 0,
            reinterpret_cast<const sockaddr *>(&address), sizeof address);
 }
 

@@ -11,17 +11,17 @@ namespace simcam {
 /// A file descriptor that is closed with its owner.
 class Descriptor {
 public:
-    explicit Descriptor(int fd) : m_fd(fd) {}
+    explicit Descriptor(int fd) : fd_(fd) {}
     ~Descriptor();
-    Descriptor(Descriptor &&other) noexcept : m_fd(other.m_fd) { other.m_fd = -1; }
+    Descriptor(Descriptor &&other) noexcept : fd_(other.fd_) { other.fd_ = -1; }
     Descriptor(const Descriptor &) = delete;
     Descriptor &operator=(const Descriptor &) = delete;
     Descriptor &operator=(Descriptor &&) = delete;
 
-    int get() const { return m_fd; }
+    int get() const { return fd_; }
 
 private:
-    int m_fd;
+    int fd_;
 };
 
 /// "127.0.0.2" for an address in host byte order.
@@ -45,10 +45,10 @@ private:
     void receive(const Descriptor &socket, std::size_t first, std::size_t last, Delivery delivery);
     void send(std::size_t camera, const Bytes &answer, const Endpoint &to) const;
 
-    std::vector<Camera> &m_cameras;
-    Descriptor m_signals;
-    Descriptor m_broadcasts;
-    std::vector<Descriptor> m_sockets; // as m_cameras
+    std::vector<Camera> &cameras_;
+    Descriptor signals_;
+    Descriptor broadcasts_;
+    std::vector<Descriptor> sockets_; // as cameras_
 };
 
 } // namespace simcam

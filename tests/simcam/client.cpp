@@ -62,35 +62,35 @@ std::string hexText(const std::string &text, std::size_t size) {
     return digits;
 }
 
-Client::Client(const char *camera) : m_socket(socket(AF_INET, SOCK_DGRAM, 0)), m_camera(camera) {
+Client::Client(const char *camera) : socket_(socket(AF_INET, SOCK_DGRAM, 0)), camera_(camera) {
     const int yes = 1;
     const sockaddr_in own = at("127.0.0.1", 0);
-    if (setsockopt(m_socket, SOL_SOCKET, SO_BROADCAST, &yes, sizeof yes) != 0 ||
-        bind(m_socket, reinterpret_cast<const sockaddr *>(&own), sizeof own) != 0)
+    if (setsockopt(socket_, SOL_SOCKET, SO_BROADCAST, &yes, sizeof yes) != 0 ||
+        bind(socket_, reinterpret_cast<const sockaddr *>(&own), sizeof own) != 0)
         throw std::runtime_error("no socket for a client");
 }
 
 Client::~Client() {
-    close(m_socket);
+    close(socket_);
 }
 
 std::uint16_t Client::port() const {
     sockaddr_in own{};
     socklen_t length = sizeof own;
-    getsockname(m_socket, reinterpret_cast<sockaddr *>(&own), &length);
+    getsockname(socket_, reinterpret_cast<sockaddr *>(&own), &length);
     return ntohs(own.sin_port);
 }
 
 void Client::sendTo(const char *address, const std::string &packet) {
     const std::string bytes = bytesOf(packet);
     const sockaddr_in to = at(address, kCameraPort);
-    if (sendto(m_socket, bytes.data(), bytes.size(), 0, reinterpret_cast<const sockaddr *>(&to),
+    if (sendto(socket_, bytes.data(), bytes.size(), 0, reinterpret_cast<const sockaddr *>(&to),
                sizeof to) != static_cast<ssize_t>(bytes.size()))
         throw std::runtime_error("a packet could not be sent");
 }
 
 void Client::send(const std::string &packet) {
-    sendTo(m_camera.c_str(), packet);
+    sendTo(camera_.c_str(), packet);
 }
 
 void Client::broadcast(const std::string &packet) {
@@ -98,14 +98,14 @@ void Client::broadcast(const std::string &packet) {
 }
 
 Client::Answer Client::receive() {
-    pollfd waiting{m_socket, POLLIN, 0};
+    pollfd waiting{socket_, POLLIN, 0};
     if (poll(&waiting, 1, kPatienceMs) != 1)
         return {};
     char buffer[2048];
     sockaddr_in from{};
     socklen_t length = sizeof from;
     const ssize_t size =
-        recvfrom(m_socket, buffer, sizeof buffer, 0, reinterpret_cast<sockaddr *>(&from), &length);
+        recvfrom(socket_, buffer, sizeof buffer, 0, reinterpret_cast<sockaddr *>(&from), &length);
     if (size < 0)
         return {};
     char address[INET_ADDRSTRLEN];
@@ -125,14 +125,14 @@ bool Client::isIgnored(const std::string &packet) {
 }
 
 std::string Client::write(std::uint32_t address, std::uint32_t value) {
-    const std::string request = hex(++m_request, 4);
+    const std::string request = hex(++request_, 4);
     const std::string answer = ask("42 01 0082 0008" + request + hex(address, 8) + hex(value, 8));
     EXPECT_EQ(request, answer.size() < 19 ? answer : answer.substr(15, 4));
     return answer.substr(0, 4);
 }
 
 std::string Client::read(std::uint32_t address) {
-    const std::string request = hex(++m_request, 4);
+    const std::string request = hex(++request_, 4);
     const std::string answer = ask("42 01 0080 0004" + request + hex(address, 8));
     EXPECT_EQ(request, answer.size() < 19 ? answer : answer.substr(15, 4));
     return answer.size() > 20 ? answer.substr(20) : answer.substr(0, 4);
@@ -142,7 +142,7 @@ std::string Client::memory(std::uint32_t address, std::uint32_t size) {
     std::string digits;
     for (std::uint32_t done = 0; done < size; done += kBlock) {
         const std::uint32_t block = (std::min(kBlock, size - done) + 3) & ~3u;
-        const std::string request = hex(++m_request, 4);
+        const std::string request = hex(++request_, 4);
         const std::string header = "0000 0085 " + hex(block + 4, 4) + " " + request + " ";
         const std::string answer =
             ask("42 01 0084 0008" + request + hex(address + done, 8) + hex(block, 8));

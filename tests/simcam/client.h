@@ -48,9 +48,9 @@ public:
 private:
     void sendTo(const char *address, const std::string &packet);
 
-    int m_socket;
-    std::string m_camera;
-    std::uint16_t m_request = 0x1000;
+    int socket_;
+    std::string camera_;
+    std::uint16_t request_ = 0x1000;
 };
 
 /// A number in so many hexadecimal digits: hex(10, 4) is "000A".

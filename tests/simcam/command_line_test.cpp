@@ -127,7 +127,7 @@ DeviceTemperatureSelector = MainBoard
 DeviceTemperature[Internal] = 41.5
 DeviceTemperature[MainBoard] = 36.25
 DeviceUserID = ""
-DeviceVendorName = "Teledyne DALSA"
+DeviceVendorName = "Dalsa"
 DeviceVersion = "1.0"
 ExposureAuto = Off
 ExposureMode = Timed
@@ -268,7 +268,7 @@ TEST(Options, VendorModelAndDescriptionHoldForTheCamerasThatFollow) {
                client.memory(0x68, 32).c_str() + "/" + client.read(0x10110);
     };
 
-    EXPECT_EQ("Teledyne DALSA/C1936/00000790", names("127.0.0.2"));
+    EXPECT_EQ("Dalsa/C1936/00000790", names("127.0.0.2"));
     EXPECT_EQ("V2/C1936/00000790", names("127.0.0.3"));
     EXPECT_EQ("V3/M3/8003", names("127.0.0.4"));
 }

@@ -23,7 +23,7 @@ std::string identity(const std::string &address, const std::string &vendor,
 }
 
 TEST_F(Discovery, AnswersWithTheIdentityOfTheCamera) {
-    EXPECT_EQ("0000 0003 00F8 0001 " + identity("7F000002", "Teledyne DALSA", "C1936", "S1"),
+    EXPECT_EQ("0000 0003 00F8 0001 " + identity("7F000002", "Dalsa", "C1936", "S1"),
               client.ask("42 01 0002 0000 0001"));
 }
 
@@ -66,8 +66,7 @@ TEST_F(Discovery, BroadcastReachesEveryCameraOfEveryProgram) {
     EXPECT_THAT(
         answers,
         ElementsAre(
-            std::pair("127.0.0.2:3956",
-                      header + identity("7F000002", "Teledyne DALSA", "C1936", "S1")),
+            std::pair("127.0.0.2:3956", header + identity("7F000002", "Dalsa", "C1936", "S1")),
             std::pair("127.0.0.3:3956", header + identity("7F000003", "Other", "M9", "S2")),
             std::pair("127.0.0.4:3956", header + identity("7F000004", "Other", "M9", "S3"))));
 }

@@ -33,8 +33,8 @@ Process::Process(const std::string &program, const std::vector<std::string> &arg
         argv.push_back(const_cast<char *>(argument.c_str()));
     argv.push_back(nullptr);
 
-    m_pid = fork();
-    if (m_pid == 0) {
+    pid_ = fork();
+    if (pid_ == 0) {
         dup2(out[1], STDOUT_FILENO);
         dup2(err[1], STDERR_FILENO);
         for (const int fd : {out[0], out[1], err[0], err[1]})
@@ -44,22 +44,22 @@ Process::Process(const std::string &program, const std::vector<std::string> &arg
     }
     close(out[1]);
     close(err[1]);
-    m_out = out[0];
-    m_err = err[0];
+    out_ = out[0];
+    err_ = err[0];
 }
 
 Process::~Process() {
-    if (m_pid > 0) {
-        kill(m_pid, SIGKILL);
-        waitpid(m_pid, nullptr, 0);
+    if (pid_ > 0) {
+        kill(pid_, SIGKILL);
+        waitpid(pid_, nullptr, 0);
     }
-    closePipe(m_out);
-    closePipe(m_err);
+    closePipe(out_);
+    closePipe(err_);
 }
 
 bool Process::readMore() {
-    pollfd pipes[] = {{m_out, POLLIN, 0}, {m_err, POLLIN, 0}};
-    if ((m_out < 0 && m_err < 0) || poll(pipes, 2, kPatienceMs) <= 0)
+    pollfd pipes[] = {{out_, POLLIN, 0}, {err_, POLLIN, 0}};
+    if ((out_ < 0 && err_ < 0) || poll(pipes, 2, kPatienceMs) <= 0)
         return false;
     const auto drain = [](int &fd, std::string &to) {
         char buffer[4096];
@@ -70,42 +70,42 @@ bool Process::readMore() {
             closePipe(fd);
     };
     if (pipes[0].revents)
-        drain(m_out, m_output);
+        drain(out_, output_);
     if (pipes[1].revents)
-        drain(m_err, m_errors);
+        drain(err_, errors_);
     return true;
 }
 
 std::string Process::nextLine() {
-    while (m_output.find('\n') == std::string::npos) {
-        if (m_out < 0 || !readMore())
+    while (output_.find('\n') == std::string::npos) {
+        if (out_ < 0 || !readMore())
             return "";
     }
-    const std::size_t end = m_output.find('\n');
-    const std::string line = m_output.substr(0, end);
-    m_output.erase(0, end + 1);
+    const std::size_t end = output_.find('\n');
+    const std::string line = output_.substr(0, end);
+    output_.erase(0, end + 1);
     return line;
 }
 
 void Process::signal(int number) const {
-    kill(m_pid, number);
+    kill(pid_, number);
 }
 
 Process::End Process::wait() {
     while (readMore()) {
     }
-    if (m_out >= 0 || m_err >= 0) // it goes on and on
-        kill(m_pid, SIGKILL);
+    if (out_ >= 0 || err_ >= 0) // it goes on and on
+        kill(pid_, SIGKILL);
     int status = 0;
-    waitpid(m_pid, &status, 0);
-    m_pid = -1;
-    return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, m_output, m_errors};
+    waitpid(pid_, &status, 0);
+    pid_ = -1;
+    return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, output_, errors_};
 }
 
 Simcam::Simcam(const std::vector<std::string> &arguments) : Process(SIMCAM, arguments) {
-    m_readyLine = nextLine();
-    if (m_readyLine.find("kxinfo-simcam: ready") != 0)
-        ADD_FAILURE() << "kxinfo-simcam is not ready: " << m_readyLine << "\n" << wait().errors;
+    readyLine_ = nextLine();
+    if (readyLine_.find("kxinfo-simcam: ready") != 0)
+        ADD_FAILURE() << "kxinfo-simcam is not ready: " << readyLine_ << "\n" << wait().errors;
 }
 
 Process::End Simcam::stop() {
@@ -121,16 +121,16 @@ TemporaryFolder::TemporaryFolder() {
     std::string path = (std::filesystem::temp_directory_path() / "kxinfo-test-XXXXXX").string();
     if (!mkdtemp(path.data()))
         throw std::runtime_error("no temporary folder");
-    m_path = path;
+    path_ = path;
 }
 
 TemporaryFolder::~TemporaryFolder() {
     std::error_code ignored;
-    std::filesystem::remove_all(m_path, ignored);
+    std::filesystem::remove_all(path_, ignored);
 }
 
 std::string TemporaryFolder::file(const std::string &name, const std::string &content) const {
-    const std::string path = m_path + "/" + name;
+    const std::string path = path_ + "/" + name;
     std::ofstream(path, std::ios::binary) << content;
     return path;
 }

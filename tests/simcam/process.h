@@ -30,11 +30,11 @@ public:
 private:
     bool readMore(); // false: both outputs have ended or nothing has come for ten seconds
 
-    pid_t m_pid = -1;
-    int m_out = -1;
-    int m_err = -1;
-    std::string m_output;
-    std::string m_errors;
+    pid_t pid_ = -1;
+    int out_ = -1;
+    int err_ = -1;
+    std::string output_;
+    std::string errors_;
 };
 
 /// kxinfo-simcam, ready to be asked. An outcome other than being ready is a failure of the test.
@@ -42,13 +42,13 @@ class Simcam : public Process {
 public:
     explicit Simcam(const std::vector<std::string> &arguments);
 
-    const std::string &readyLine() const { return m_readyLine; }
+    const std::string &readyLine() const { return readyLine_; }
 
     /// Tells it to stop; what it has said since it was ready.
     End stop();
 
 private:
-    std::string m_readyLine;
+    std::string readyLine_;
 };
 
 /// The program run to its end, for command lines that do not serve.
@@ -62,13 +62,13 @@ public:
     TemporaryFolder(const TemporaryFolder &) = delete;
     TemporaryFolder &operator=(const TemporaryFolder &) = delete;
 
-    const std::string &path() const { return m_path; }
+    const std::string &path() const { return path_; }
 
     /// Makes a file in the folder; returns its path.
     std::string file(const std::string &name, const std::string &content) const;
 
 private:
-    std::string m_path;
+    std::string path_;
 };
 
 std::string readFile(const std::string &path);
