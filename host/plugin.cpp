@@ -1,0 +1,82 @@
+#include "plugin.h"
+
+#include <dlfcn.h>
+
+#include <filesystem>
+#include <system_error>
+#include <vector>
+
+namespace kxinfo {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+// Where the plug-in is, seen from the folder of this program: in the build tree, and installed.
+const char *const kPlaces[] = {
+    "../lib/libkxinfo-dalsa.so",
+    "../lib/kxinfo/libkxinfo-dalsa.so",
+#ifdef KXINFO_ARCHITECTURE
+    "../lib/" KXINFO_ARCHITECTURE "/kxinfo/libkxinfo-dalsa.so",
+    "../lib/" KXINFO_ARCHITECTURE "/libkxinfo-dalsa.so",
+#endif
+};
+
+std::string findOwnPlugin() {
+    const fs::path folder = fs::read_symlink("/proc/self/exe").parent_path();
+    std::string looked;
+    for (const char *place : kPlaces) {
+        const std::string file = (folder / place).lexically_normal();
+        std::error_code ignored;
+        if (fs::exists(file, ignored))
+            return file;
+        looked += "\n  " + file;
+    }
+    throw PluginError("the plug-in is not where kxinfo looks for it; name its file with --plugin. "
+                      "kxinfo looked for:" +
+                      looked);
+}
+
+std::string checkedFile(const std::string &file) {
+    std::error_code ignored;
+    if (!fs::exists(file, ignored))
+        throw PluginError("the plug-in \"" + file +
+                          "\" does not exist. Name a plug-in's library file with --plugin, or "
+                          "leave --plugin out to use the one that kxinfo comes with.");
+    // The loader searches its own folders for a name without a slash.
+    return file.find('/') == file.npos ? "./" + file : file;
+}
+
+} // namespace
+
+Plugin Plugin::load(const std::optional<std::string> &file) {
+    const std::string path = file ? checkedFile(*file) : findOwnPlugin();
+
+    void *library = dlopen(path.c_str(), RTLD_LAZY);
+    if (!library)
+        throw PluginError("the plug-in cannot be loaded: " + std::string(dlerror()) +
+                          ". Expected is a plug-in's shared library, built for this computer, and "
+                          "the libraries that it needs.");
+
+    const auto entry = reinterpret_cast<Entry>(dlsym(library, "Vendor__Proc"));
+    if (!entry)
+        throw PluginError("\"" + path +
+                          "\" is a library, but no plug-in: it has no function Vendor__Proc. Name "
+                          "a plug-in's library file with --plugin, or leave --plugin out to use "
+                          "the one that kxinfo comes with.");
+    return Plugin(entry);
+}
+
+Outcome Plugin::run(const char *serial, int logMode, int logLevel) const {
+    Outcome outcome;
+    try {
+        outcome.code = entry_(serial, logMode, logLevel);
+    } catch (const std::exception &e) {
+        outcome.exception = e.what();
+    } catch (...) {
+        outcome.exception = "an exception without a message";
+    }
+    return outcome;
+}
+
+} // namespace kxinfo

@@ -1,0 +1,50 @@
+/** A plug-in's library, loaded into this process. */
+#ifndef KXINFO_HOST_PLUGIN_H
+#define KXINFO_HOST_PLUGIN_H
+
+#include <optional>
+#include <stdexcept>
+#include <string>
+
+#include "kx_proc.h"
+
+namespace kxinfo {
+
+/** Why a plug-in cannot be used, as sentences for the user. */
+class PluginError : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
+
+/** How a call of the plug-in ended. */
+struct Outcome {
+    int code = 0;                         ///< what it returned
+    std::optional<std::string> exception; ///< what it threw instead: its message
+};
+
+class Plugin {
+public:
+    /**
+     * Loads a plug-in, for the life of the process: the camera framework that comes with it may
+     * have threads, which must not lose their code.
+     *
+     * \param file  its library; none: the one that kxinfo comes with, looked for beside this
+     *              program
+     * \throws PluginError
+     */
+    static Plugin load(const std::optional<std::string> &file);
+
+    /** Calls its Vendor__Proc(). Lets no exception of the plug-in out. */
+    Outcome run(const char *serial, int logMode, int logLevel) const;
+
+private:
+    using Entry = decltype(&Vendor__Proc);
+
+    explicit Plugin(Entry entry) : entry_(entry) {}
+
+    Entry entry_;
+};
+
+} // namespace kxinfo
+
+#endif

@@ -1,0 +1,24 @@
+/** The published settings as text: a table for people, a JSON document for programs. */
+#ifndef KXINFO_HOST_REPORT_H
+#define KXINFO_HOST_REPORT_H
+
+#include <string>
+#include <vector>
+
+#include "settings.h"
+
+namespace kxinfo {
+
+/**
+ * A table with aligned columns, under a line that says which camera was asked for.
+ *
+ * \param serial  beginning of the serial number, as asked for; empty: the first camera
+ */
+std::string asTable(const std::string &serial, const std::vector<PublishedSetting> &settings);
+
+/** The document described in docs/host-guide.md, with a line end. */
+std::string asJson(const std::string &serial, const std::vector<PublishedSetting> &settings);
+
+} // namespace kxinfo
+
+#endif
