@@ -85,10 +85,13 @@ UsageError explain(const CLI::App &app, const CLI::ParseError &error) {
     if (!chosen.empty()) {
         const CLI::App &command = *chosen.front();
         const std::string name = "'" + command.get_name() + "'";
+        const auto is = [&error](CLI::ExitCodes code) {
+            return error.get_exit_code() == static_cast<int>(code);
+        };
         std::string what = error.what();
-        if (error.get_name() == "ExtrasError")
+        if (is(CLI::ExitCodes::ExtrasError))
             what = name + " does not take \"" + command.remaining().front() + "\"";
-        else if (error.get_name() == "RequiredError")
+        else if (is(CLI::ExitCodes::RequiredError))
             what = name + " needs the camera's serial number, or how it begins (\"\" for the first "
                           "camera found)";
         return {what + ". Run 'kxinfo " + command.get_name() + " --help' for what is expected."};

@@ -57,7 +57,7 @@ std::string cameraWith(const std::string &serial) {
 
 const char *const kNoDalsaCamera =
     "no Dalsa camera answered. Check that the camera has power, is on this computer's network, and "
-    "that no firewall keeps its answer away; then run 'kxinfo list' to see the cameras.";
+    "that no firewall keeps its answer away; then try again.";
 
 // Why the plug-in opened no camera, from the lines it writes then.
 std::string whyNoCamera(const ProbeRun &run, const std::string &serial) {
@@ -82,17 +82,14 @@ std::string whyNoCamera(const ProbeRun &run, const std::string &serial) {
 
 // What is wrong with a call that did not return 0 or 1.
 int tellFailure(const Outcome &outcome) {
+    const std::string hint = ". Add '--log stdout --level debug' to see how far it came.";
     if (outcome.exception) {
-        tell("the plug-in failed with an exception: " + *outcome.exception +
-             ". Nothing of what it published is shown. Add '--log stdout --level debug' to see how "
-             "far it came.");
+        tell("the plug-in failed with an exception: " + *outcome.exception + hint);
         return kFailed;
     }
     const std::string code = std::to_string(outcome.code);
     if (outcome.code < 0) {
-        tell("the probe failed: the plug-in returned " + code +
-             ". Nothing of what it published is shown. Add '--log stdout --level debug' to see how "
-             "far it came.");
+        tell("the plug-in failed: it returned " + code + hint);
         return kFailed;
     }
     tell("the plug-in returned " + code +

@@ -1,0 +1,5 @@
+// A library that is no plug-in.
+
+int anythingElse() {
+    return 0;
+}

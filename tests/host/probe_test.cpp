@@ -1,0 +1,538 @@
+// kxinfo probe: what it asks of the plug-in, what it makes of what is published, and what it says
+// when there is nothing to show.
+
+#include <csignal>
+#include <cstdint>
+#include <limits>
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include "program.h"
+
+namespace {
+
+const std::string kTable =
+    R"(Setting                       Current  Minimum   Maximum         Step  Unit
+Horizontal offset                   8        0      1920            4  px
+Vertical offset                     4        0      1200            2  px
+Width                            1920       16      1936           16  px
+Height                           1200        2      1216            2  px
+Frame rate                      29.97      0.1       120          0.1  1/s
+Rotation                            0        -         -            -  -
+Gain                              6.5        0   24.0824          0.5  dB
+Exposure time                   10000     20.5  16777215          0.5  us
+Gamma                            0.45      0.1         4          0.1  -
+Auto brightness target      0.5019608        0         1  0.003921569  -
+Auto gain, lower limit              0        0        18          0.5  dB
+Auto gain, upper limit             12        0        18          0.5  dB
+Auto exposure, lower limit        100       20   1000000            1  us
+Auto exposure, upper limit  33333.332       20   1000000            1  us
+Output line                      None  one of None, Out1, Out2
+)";
+
+std::string camera(const std::string &serial) {
+    return "Camera whose serial number begins with \"" + serial + "\"\n\n";
+}
+
+Result probe(const std::string &serial, const std::string &name,
+             const std::vector<std::string> &options = {}) {
+    std::vector<std::string> arguments{"probe", serial, "--plugin", plugin(name)};
+    arguments.insert(arguments.end(), options.begin(), options.end());
+    return kxinfo(arguments);
+}
+
+nlohmann::json parameterOf(const nlohmann::json &document, const std::string &name) {
+    for (const auto &parameter : document.at("parameters"))
+        if (parameter.at("name") == name)
+            return parameter;
+    return nullptr;
+}
+
+TEST(Probe, ShowsTheSettingsInTheOrderOfPublication) {
+    EXPECT_EQ(probe("S1234567", "two_cameras"), (Result{0, camera("S1234567") + kTable, ""}));
+}
+
+TEST(Probe, TakesTheBeginningOfASerialNumber) {
+    EXPECT_EQ(probe("S12", "two_cameras"), (Result{0, camera("S12") + kTable, ""}));
+}
+
+TEST(Probe, TakesTheFirstCameraForAnEmptySerialNumber) {
+    EXPECT_EQ(probe("", "two_cameras"), (Result{0, "First camera found\n\n" + kTable, ""}));
+}
+
+TEST(Probe, TakesTheNameOfACommandForASerialNumber) {
+    EXPECT_EQ(probe("list", "tells_arguments"),
+              (Result{0, camera("list") + kTable, "serial \"list\" mode 1 level 3\n"}));
+}
+
+TEST(Probe, TakesASerialNumberThatLooksLikeAnOptionAfterTwoDashes) {
+    EXPECT_EQ(kxinfo({"probe", "--plugin", plugin("tells_arguments"), "--", "--json"}),
+              (Result{0, camera("--json") + kTable, "serial \"--json\" mode 1 level 3\n"}));
+}
+
+TEST(Probe, WritesJson) {
+    EXPECT_EQ(probe("S12", "two_cameras", {"--json"}), (Result{0, R"({
+  "version": 1,
+  "serial": "S12",
+  "parameters": [
+    {
+      "id": 3,
+      "name": "KxScParamOffsetX",
+      "type": "integer",
+      "unit": "px",
+      "current": 8,
+      "minimum": 0,
+      "maximum": 1920,
+      "increment": 4
+    },
+    {
+      "id": 4,
+      "name": "KxScParamOffsetY",
+      "type": "integer",
+      "unit": "px",
+      "current": 4,
+      "minimum": 0,
+      "maximum": 1200,
+      "increment": 2
+    },
+    {
+      "id": 5,
+      "name": "KxScParamWidth",
+      "type": "integer",
+      "unit": "px",
+      "current": 1920,
+      "minimum": 16,
+      "maximum": 1936,
+      "increment": 16
+    },
+    {
+      "id": 6,
+      "name": "KxScParamHeight",
+      "type": "integer",
+      "unit": "px",
+      "current": 1200,
+      "minimum": 2,
+      "maximum": 1216,
+      "increment": 2
+    },
+    {
+      "id": 0,
+      "name": "KxScParamFps",
+      "type": "float",
+      "unit": "1/s",
+      "current": 29.97,
+      "minimum": 0.1,
+      "maximum": 120.0,
+      "increment": 0.1
+    },
+    {
+      "id": 2,
+      "name": "KxScParamRotate",
+      "type": "integer",
+      "unit": null,
+      "current": 0,
+      "minimum": null,
+      "maximum": null,
+      "increment": null
+    },
+    {
+      "id": 18,
+      "name": "KxScParamGain",
+      "type": "float",
+      "unit": "dB",
+      "current": 6.5,
+      "minimum": 0.0,
+      "maximum": 24.0824,
+      "increment": 0.5
+    },
+    {
+      "id": 19,
+      "name": "KxScParamExposure",
+      "type": "float",
+      "unit": "us",
+      "current": 10000.0,
+      "minimum": 20.5,
+      "maximum": 1.6777215e+07,
+      "increment": 0.5
+    },
+    {
+      "id": 1,
+      "name": "KxScParamGamma",
+      "type": "float",
+      "unit": null,
+      "current": 0.45,
+      "minimum": 0.1,
+      "maximum": 4.0,
+      "increment": 0.1
+    },
+    {
+      "id": 11,
+      "name": "KxScParamAutoBrightTarget",
+      "type": "float",
+      "unit": null,
+      "current": 0.5019608,
+      "minimum": 0.0,
+      "maximum": 1.0,
+      "increment": 0.003921569
+    },
+    {
+      "id": 13,
+      "name": "KxScParamAutoGainLower",
+      "type": "float",
+      "unit": "dB",
+      "current": 0.0,
+      "minimum": 0.0,
+      "maximum": 18.0,
+      "increment": 0.5
+    },
+    {
+      "id": 14,
+      "name": "KxScParamAutoGainUpper",
+      "type": "float",
+      "unit": "dB",
+      "current": 12.0,
+      "minimum": 0.0,
+      "maximum": 18.0,
+      "increment": 0.5
+    },
+    {
+      "id": 16,
+      "name": "KxScParamAutoExpoLower",
+      "type": "float",
+      "unit": "us",
+      "current": 100.0,
+      "minimum": 20.0,
+      "maximum": 1e+06,
+      "increment": 1.0
+    },
+    {
+      "id": 17,
+      "name": "KxScParamAutoExpoUpper",
+      "type": "float",
+      "unit": "us",
+      "current": 33333.332,
+      "minimum": 20.0,
+      "maximum": 1e+06,
+      "increment": 1.0
+    },
+    {
+      "id": 21,
+      "name": "KxScParamOutLines",
+      "type": "text",
+      "unit": null,
+      "current": "None",
+      "minimum": null,
+      "maximum": null,
+      "increment": null,
+      "choices": [
+        "None",
+        "Out1",
+        "Out2"
+      ]
+    }
+  ]
+}
+)",
+                                                               ""}));
+}
+
+TEST(Probe, CopiesValuesDuringTheCallAndTakesThoseOfTheLastPublicationOfASetting) {
+    EXPECT_EQ(probe("", "reuses_variables"), (Result{0, R"(First camera found
+
+Setting                       Current  Minimum   Maximum         Step  Unit
+Horizontal offset                   8        0      1920            4  px
+Vertical offset                     4        0      1200            2  px
+Width                            1920       16      1936           16  px
+Height                           1200        2      1216            2  px
+Frame rate                          5        6         7            8  1/s
+Rotation                            0        -         -            -  -
+Gain                                1        2         3            4  dB
+Exposure time                   10000     20.5  16777215          0.5  us
+Gamma                            0.45      0.1         4          0.1  -
+Auto brightness target      0.5019608        0         1  0.003921569  -
+Auto gain, lower limit              0        0        18          0.5  dB
+Auto gain, upper limit             12        0        18          0.5  dB
+Auto exposure, lower limit        100       20   1000000            1  us
+Auto exposure, upper limit  33333.332       20   1000000            1  us
+Output line                      Out1  one of Out1
+)",
+                                                     ""}));
+}
+
+TEST(Probe, ShowsADashForEveryNullPointer) {
+    EXPECT_EQ(probe("", "nulls"), (Result{0, R"(First camera found
+
+Setting                     Current  Minimum  Maximum  Step  Unit
+Frame rate                        -        -        -     -  1/s
+Gamma                             -        -        -     -  -
+Rotation                          -        -        -     -  -
+Horizontal offset                 -        -        -     -  px
+Vertical offset                   -        -        -     -  px
+Width                             -        -        -     -  px
+Height                            -        -        -     -  px
+Auto brightness target            -        -        -     -  -
+Auto gain, lower limit            -        -        -     -  dB
+Auto gain, upper limit            -        -        -     -  dB
+Auto exposure, lower limit        -        -        -     -  us
+Auto exposure, upper limit        -        -        -     -  us
+Gain                              -        -        -     -  dB
+Exposure time                     -        -        -     -  us
+Output line                       -  -
+)",
+                                          ""}));
+}
+
+TEST(Probe, ShowsNumbersWithTheDigitsThatTellThemApartAndAlignsTextOfAnyScript) {
+    const Result result = probe("Kärnten", "strange_values");
+
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.err, "");
+    EXPECT_EQ(result.out, R"(Camera whose serial number begins with "Kärnten"
+
+Setting                         Current      Minimum        Maximum         Step  Unit
+Horizontal offset                     8            0           1920            4  px
+Vertical offset                       4            0           1200            2  px
+Width                       -2147483648  -2147483648     2147483647           -1  px
+Height                             1200            2           1216            2  px
+Frame rate                       100000      0.00001      999999936        1e+09  1/s
+Rotation                              0            -              -            -  -
+Gain                          -Infinity          NaN       Infinity            0  dB
+Exposure time                  16777216        1e-45  3.4028235e+38          0.1  us
+Gamma                        0.33333334           -1      123456.79  9.99999e-06  -
+Auto brightness target        0.5019608            0              1  0.003921569  -
+Auto gain, lower limit                0            0             18          0.5  dB
+Auto gain, upper limit               12            0             18          0.5  dB
+Auto exposure, lower limit          100           20        1000000            1  us
+Auto exposure, upper limit    33333.332           20        1000000            1  us
+Output line                      Schütz  one of Schütz, , a\b, caf)"
+                          "\xE9\n");
+}
+
+TEST(Probe, WritesNullForEveryNullPointerInJson) {
+    const Result result = probe("", "nulls", {"--json"});
+
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.err, "");
+    const auto document = nlohmann::json::parse(result.out);
+    ASSERT_EQ(document["parameters"].size(), 15u);
+    for (const auto &parameter : document["parameters"])
+        for (const char *member : {"current", "minimum", "maximum", "increment"})
+            EXPECT_TRUE(parameter.at(member).is_null()) << parameter;
+    EXPECT_EQ(document["parameters"][14]["choices"], nlohmann::json::array());
+}
+
+TEST(Probe, WritesNumbersThatJsonLacksAsTextAndReplacesWhatIsNotUtf8) {
+    const Result result = probe("Kärnten", "strange_values", {"--json"});
+
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.err, "");
+    const auto document = nlohmann::json::parse(result.out);
+    EXPECT_EQ(document["serial"], "Kärnten");
+    const auto gain = parameterOf(document, "KxScParamGain");
+    EXPECT_EQ(gain["current"], "-Infinity");
+    EXPECT_EQ(gain["minimum"], "NaN");
+    EXPECT_EQ(gain["maximum"], "Infinity");
+    EXPECT_EQ(gain["increment"], 0.0);
+    const auto width = parameterOf(document, "KxScParamWidth");
+    EXPECT_EQ(width["minimum"], std::numeric_limits<int32_t>::min());
+    EXPECT_EQ(width["maximum"], std::numeric_limits<int32_t>::max());
+    const auto exposure = parameterOf(document, "KxScParamExposure");
+    EXPECT_EQ(exposure["current"].get<float>(), 16777216.0f);
+    EXPECT_EQ(exposure["minimum"].get<float>(), std::numeric_limits<float>::denorm_min());
+    EXPECT_EQ(exposure["maximum"].get<float>(), std::numeric_limits<float>::max());
+    EXPECT_EQ(exposure["increment"].dump(), "0.1");
+    const auto lines = parameterOf(document, "KxScParamOutLines");
+    EXPECT_EQ(lines["current"], "Schütz");
+    EXPECT_EQ(lines["choices"], nlohmann::json({"Schütz", "", "a\\b", "caf\uFFFD"}));
+}
+
+TEST(Probe, LeavesOutSettingsThatItDoesNotKnowAndSaysSoOnce) {
+    EXPECT_EQ(probe("S1", "unknown_ids"),
+              (Result{0, camera("S1") + kTable,
+                      "kxinfo: the plug-in published settings that kxinfo does not know, which are "
+                      "left out: identifier -1, 7, 18, 99.\n"}));
+}
+
+TEST(Probe, SaysWhichSettingsAreMissingAfterAnErrorOfTheCamera) {
+    EXPECT_EQ(probe("S1", "cut_short"),
+              (Result{0, camera("S1") + R"(Setting            Current  Minimum  Maximum  Step  Unit
+Horizontal offset        8        0     1920     4  px
+Vertical offset          4        0     1200     2  px
+)",
+                      "kxinfo: the plug-in published 2 of 15 settings; missing: KxScParamFps, "
+                      "KxScParamGamma, KxScParamRotate, KxScParamWidth, KxScParamHeight, "
+                      "KxScParamAutoBrightTarget, KxScParamAutoGainLower, KxScParamAutoGainUpper, "
+                      "KxScParamAutoExpoLower, KxScParamAutoExpoUpper, KxScParamGain, "
+                      "KxScParamExposure, KxScParamOutLines. An error of the camera may have cut "
+                      "the probe short: add '--log stdout --level debug' to see it.\n"}));
+}
+
+TEST(Probe, ShowsThatNothingWasPublishedBeforeAnErrorOfTheCamera) {
+    const Result result = probe("", "cut_short");
+
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.out, "First camera found\n\nNo settings were published.\n");
+    EXPECT_EQ(result.err.substr(0, 54), "kxinfo: the plug-in published 0 of 15 settings; missin");
+}
+
+TEST(ProbeWithoutResult, SaysThatNoDalsaCameraAnswered) {
+    EXPECT_EQ(
+        probe("S1", "no_camera"),
+        (Result{
+            1, "",
+            "kxinfo: no Dalsa camera answered. Check that the camera has power, is on this "
+            "computer's network, and that no firewall keeps its answer away; then try again.\n"}));
+}
+
+TEST(ProbeWithoutResult, SaysThatNoCameraHasTheSerialNumber) {
+    EXPECT_EQ(probe("S2", "two_cameras"),
+              (Result{1, "",
+                      "kxinfo: no camera has a serial number that begins with \"S2\". Run 'kxinfo "
+                      "list' to see the cameras that answer.\n"}));
+}
+
+TEST(ProbeWithoutResult, SaysThatTheCameraCannotBeOpened) {
+    EXPECT_EQ(probe("S7", "two_cameras"),
+              (Result{1, "",
+                      "kxinfo: the camera whose serial number begins with \"S7\" cannot be opened. "
+                      "Probably another program controls it: end that program, or wait some "
+                      "seconds if it crashed, and try again.\n"}));
+}
+
+TEST(ProbeWithoutResult, LeavesStandardOutputEmptyWithJson) {
+    EXPECT_EQ(probe("S2", "two_cameras", {"--json"}),
+              (Result{1, "",
+                      "kxinfo: no camera has a serial number that begins with \"S2\". Run 'kxinfo "
+                      "list' to see the cameras that answer.\n"}));
+}
+
+TEST(ProbeWithoutResult, PointsToTheLogThatStandsOnStandardOutput) {
+    EXPECT_EQ(probe("S2", "two_cameras", {"--log", "stdout"}),
+              (Result{1, "Configured device with SerialID \"S2\" is not found\n",
+                      "kxinfo: no camera was probed: no Dalsa camera answered, none has a serial "
+                      "number that begins with \"S2\", or it could not be opened. Run 'kxinfo "
+                      "list' to see the cameras; the log says the reason at level info.\n"}));
+}
+
+TEST(ProbeWithoutResult, TellsHowToLearnTheReasonWhenTheSystemLogsLevelHidesIt) {
+    EXPECT_EQ(
+        probe("S2", "two_cameras", {"--log", "syslog", "--level", "warning"}),
+        (Result{1, "",
+                "kxinfo: no camera was probed: no Dalsa camera answered, none has a serial number "
+                "that begins with \"S2\", or it could not be opened. Run 'kxinfo list' to see the "
+                "cameras; add '--log stdout --level info' for the reason.\n"}));
+}
+
+TEST(ProbeWithoutResult, TakesAnUnexpectedPositiveNumberForNoCamera) {
+    EXPECT_EQ(
+        probe("S1", "returns_seven"),
+        (Result{1, "",
+                "kxinfo: the plug-in returned 7, expected was 0, 1 or a negative number; taken as: "
+                "no camera. Check that --plugin names a plug-in that fits this kxinfo.\n"}));
+}
+
+TEST(FailedProbe, ShowsNothingOfWhatWasPublishedWhenThePluginReturnsANegativeNumber) {
+    EXPECT_EQ(probe("S1", "negative"),
+              (Result{3, "",
+                      "kxinfo: the plug-in failed: it returned -2. Add '--log stdout --level "
+                      "debug' to see how far it came.\n"}));
+}
+
+TEST(FailedProbe, ShowsNothingWhenThePluginDoesNotExport) {
+    EXPECT_EQ(
+        probe("S1", "never_exports"),
+        (Result{3, "",
+                "kxinfo: the plug-in reported success, but exported no settings; there is nothing "
+                "to show. Check that --plugin names a plug-in that fits this kxinfo.\n"}));
+}
+
+TEST(FailedProbe, TellsThePluginsException) {
+    EXPECT_EQ(probe("S1", "throws_exception"),
+              (Result{3, "",
+                      "kxinfo: the plug-in failed with an exception: the camera's description is "
+                      "damaged. Add '--log stdout --level debug' to see how far it came.\n"}));
+}
+
+TEST(FailedProbe, TellsAnExceptionThatIsNoObject) {
+    EXPECT_EQ(probe("S1", "throws_int"),
+              (Result{3, "",
+                      "kxinfo: the plug-in failed with an exception: an exception without a "
+                      "message. Add '--log stdout --level debug' to see how far it came.\n"}));
+}
+
+TEST(FailedProbe, KeepsTheLogOffStandardOutputWithJsonAlsoAfterAnException) {
+    EXPECT_EQ(probe("S1", "throws_exception", {"--json", "--log", "stdout"}),
+              (Result{3, "",
+                      "[CIPROC:d]: about to throw\n"
+                      "kxinfo: the plug-in failed with an exception: the camera's description is "
+                      "damaged. Add '--log stdout --level debug' to see how far it came.\n"}));
+}
+
+TEST(ProbeLog, IsCollectedAtLevelInfoWhenNoneIsAskedFor) {
+    EXPECT_EQ(probe("S1", "tells_arguments").err, "serial \"S1\" mode 1 level 3\n");
+    EXPECT_EQ(probe("S1", "tells_arguments", {"--json"}).err, "serial \"S1\" mode 1 level 3\n");
+    EXPECT_EQ(probe("S1", "tells_arguments", {"--log", "none", "--level", "debug"}).err,
+              "serial \"S1\" mode 1 level 3\n");
+}
+
+TEST(ProbeLog, GoesToTheSinksAtTheLevelAskedFor) {
+    const auto arguments = [](const std::vector<std::string> &options) {
+        return probe("S1", "tells_arguments", options).err;
+    };
+    EXPECT_EQ(arguments({"--log", "stdout"}), "serial \"S1\" mode 1 level 3\n");
+    EXPECT_EQ(arguments({"--log", "both"}), "serial \"S1\" mode 3 level 3\n");
+    EXPECT_EQ(arguments({"--log", "stdout", "--level", "error"}), "serial \"S1\" mode 1 level 1\n");
+    EXPECT_EQ(arguments({"--log", "stdout", "--level", "warning"}),
+              "serial \"S1\" mode 1 level 2\n");
+    EXPECT_EQ(arguments({"--log", "both", "--level", "info"}), "serial \"S1\" mode 3 level 3\n");
+    EXPECT_EQ(arguments({"--log", "both", "--level", "debug"}), "serial \"S1\" mode 3 level 4\n");
+}
+
+TEST(ProbeLog, GivesTheSystemLogNoMoreThanAskedFor) {
+    EXPECT_EQ(probe("S1", "tells_arguments", {"--log", "syslog", "--level", "error"}).err,
+              "serial \"S1\" mode 3 level 1\n");
+}
+
+TEST(ProbeLog, StandsAboveTheTable) {
+    EXPECT_EQ(probe("S1", "two_cameras", {"--log", "stdout", "--level", "debug"}),
+              (Result{0,
+                      "[CIPROC:d]: init Dalsa staff\n"
+                      "[CIPROC:d]: device is disconnected\n"
+                      "\n" +
+                          camera("S1") + kTable,
+                      ""}));
+}
+
+TEST(ProbeLog, DoesNotAppearWithTheSystemLogAlone) {
+    EXPECT_EQ(probe("S1", "two_cameras", {"--log", "syslog", "--level", "debug"}),
+              (Result{0, camera("S1") + kTable, ""}));
+}
+
+TEST(ProbeLog, GoesToStandardErrorWithJson) {
+    const Result plain = probe("S1", "two_cameras", {"--json"});
+    ASSERT_EQ(plain.status, 0);
+
+    EXPECT_EQ(probe("S1", "two_cameras", {"--json", "--log", "both", "--level", "debug"}),
+              (Result{0, plain.out,
+                      "[CIPROC:d]: init Dalsa staff\n"
+                      "[CIPROC:d]: device is disconnected\n"}));
+}
+
+TEST(ProbeLog, DoesNotComeOutWithJsonWhenStandardErrorDoesNotTakeIt) {
+    const Result plain = probe("S1", "two_cameras", {"--json"});
+    ASSERT_EQ(plain.status, 0);
+    const std::vector<std::string> arguments{"probe",  "S1",    "--plugin", plugin("two_cameras"),
+                                             "--json", "--log", "stdout",   "--level",
+                                             "debug"};
+
+    EXPECT_EQ(kxinfo(arguments, {}, Stream::to("/dev/full")), (Result{0, plain.out, ""}));
+    EXPECT_EQ(kxinfo(arguments, {}, Stream::closed()), (Result{0, plain.out, ""}));
+}
+
+TEST(ProbeLog, IsCompleteUpToACrashOfThePlugin) {
+    EXPECT_EQ(probe("S1", "crashes", {"--log", "stdout"}),
+              (Result{-SIGKILL, "[CIPROC:d]: the last line before the crash\n", ""}));
+}
+
+} // namespace
