@@ -33,8 +33,9 @@ Exit status:
   3  the probe failed, or its result could not be written)";
 
 constexpr const char *kProbeFooter =
-    R"(Without --json the table follows the log lines, if any, after an empty line. With --json standard
-output holds the JSON document and nothing else; '--log stdout' then goes to standard error.)";
+    R"(Without --json the table follows the log lines, if any, after an empty line. With --json
+standard output holds the JSON document and nothing else; '--log stdout' then goes to standard
+error.)";
 
 constexpr const char *kListFooter = "The list is made of the plug-in's own lines of level info.";
 

@@ -172,9 +172,6 @@ int serve(const Request &request) {
     } catch (const PluginError &error) {
         tell(error.what());
         return kWrongUsage;
-    } catch (const std::exception &error) {
-        tell(std::string("this computer did not let kxinfo do its work: ") + error.what() + ".");
-        return kFailed;
     }
 }
 
@@ -190,12 +187,7 @@ struct Answer {
     }
 };
 
-} // namespace
-
-} // namespace kxinfo
-
-int main(int argc, char **argv) {
-    using namespace kxinfo;
+int run(int argc, char **argv) {
     prepareStandardStreams();
     const int status = std::visit(Answer{}, readCommandLine(argc, argv));
     if (!finishStandardOutput()) {
@@ -204,4 +196,20 @@ int main(int argc, char **argv) {
         return kFailed;
     }
     return status;
+}
+
+} // namespace
+
+} // namespace kxinfo
+
+int main(int argc, char **argv) {
+    try {
+        return kxinfo::run(argc, argv);
+    } catch (const std::exception &error) {
+        (void)fprintf(stderr, "kxinfo: this computer does not let kxinfo do its work: %s.\n",
+                      error.what());
+    } catch (...) {
+        (void)fprintf(stderr, "kxinfo: something went wrong that kxinfo has no words for.\n");
+    }
+    return kxinfo::kFailed;
 }

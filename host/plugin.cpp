@@ -26,7 +26,7 @@ std::string findOwnPlugin() {
     const fs::path folder = fs::read_symlink("/proc/self/exe").parent_path();
     std::string looked;
     for (const char *place : kPlaces) {
-        const std::string file = (folder / place).lexically_normal();
+        std::string file = (folder / place).lexically_normal();
         std::error_code ignored;
         if (fs::exists(file, ignored))
             return file;

@@ -1,7 +1,6 @@
 #include "standard_output.h"
 
 #include <fcntl.h>
-#include <stdio_ext.h>
 #include <sys/mman.h>
 #include <unistd.h>
 
@@ -50,9 +49,8 @@ StandardOutputTo::StandardOutputTo(int descriptor)
 }
 
 StandardOutputTo::~StandardOutputTo() {
-    // What the other place did not take must not come out here.
-    if (fflush(stdout) != 0)
-        __fpurge(stdout);
+    // What the other place does not take is dropped, and no fault of standard output.
+    (void)fflush(stdout);
     clearerr(stdout);
     (void)dup2(saved_, STDOUT_FILENO);
     close(saved_);

@@ -530,6 +530,16 @@ TEST(ProbeLog, DoesNotComeOutWithJsonWhenStandardErrorDoesNotTakeIt) {
     EXPECT_EQ(kxinfo(arguments, {}, Stream::closed()), (Result{0, plain.out, ""}));
 }
 
+TEST(ProbeLog, StaysApartFromTheResultWhenItsLastLineHasNoEnd) {
+    const std::string line = "[KX_TD_PROC:d]: no line end";
+
+    EXPECT_EQ(probe("S1", "unfinished_line"), (Result{0, camera("S1") + kTable, ""}));
+    EXPECT_EQ(probe("S1", "unfinished_line", {"--json", "--log", "stdout"}),
+              (Result{0, probe("S1", "two_cameras", {"--json"}).out, line}));
+    EXPECT_EQ(probe("S1", "unfinished_line", {"--log", "stdout"}),
+              (Result{0, line + "\n" + camera("S1") + kTable, ""}));
+}
+
 TEST(ProbeLog, IsCompleteUpToACrashOfThePlugin) {
     EXPECT_EQ(probe("S1", "crashes", {"--log", "stdout"}),
               (Result{-SIGKILL, "[CIPROC:d]: the last line before the crash\n", ""}));

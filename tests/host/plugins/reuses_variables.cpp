@@ -1,4 +1,5 @@
-// Publishes from the same variables, which are changed between the calls and after the last one.
+// Publishes from the same variables, which are changed between the calls and after the last one,
+// and publishes too early and too late.
 
 #include <cstring>
 
@@ -9,6 +10,7 @@ int Vendor__Proc(const char *, int, int) {
     char name[] = "Out1";
     char choices[] = "\"Out1\"";
 
+    fake::publishFloat(KxScParamGamma, 12, 12, 12, 12); // an earlier probe's
     KxSc__InitStaticKeys();
     fake::publishAll();
     KxSc__SetParamVal(KxScParamGain, KX_SC_NO_INDEX, &f.cur, &f.min, &f.max, &f.inc);
