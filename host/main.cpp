@@ -205,6 +205,9 @@ int run(int argc, char **argv) {
 int main(int argc, char **argv) {
     try {
         return kxinfo::run(argc, argv);
+    } catch (const std::bad_alloc &) {
+        (void)fprintf(stderr, "kxinfo: there is not enough memory. End other programs, or allow "
+                              "this one more, and try again.\n");
     } catch (const std::exception &error) {
         (void)fprintf(stderr, "kxinfo: this computer does not let kxinfo do its work: %s.\n",
                       error.what());

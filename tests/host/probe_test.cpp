@@ -461,6 +461,15 @@ TEST(FailedProbe, TellsAnExceptionThatIsNoObject) {
                       "message. Add '--log stdout --level debug' to see how far it came.\n"}));
 }
 
+TEST(FailedProbe, ShowsNothingWhenMemoryDoesNotSufficeToCopyAValue) {
+    if (KXINFO_SANITIZED)
+        GTEST_SKIP() << "a sanitizer ends the process when memory is exhausted";
+    EXPECT_EQ(probe("S1", "exhausts_memory"),
+              (Result{3, "",
+                      "kxinfo: there is not enough memory. End other programs, or allow this one "
+                      "more, and try again.\n"}));
+}
+
 TEST(FailedProbe, KeepsTheLogOffStandardOutputWithJsonAlsoAfterAnException) {
     EXPECT_EQ(probe("S1", "throws_exception", {"--json", "--log", "stdout"}),
               (Result{3, "",
