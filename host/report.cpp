@@ -1,5 +1,5 @@
-// Numbers are shown as short as they can be and still be the published ones: the fewest digits
-// from which the same float is read back.
+// The table rounds numbers to what a person reads; the JSON document has the published ones, with
+// the fewest digits from which the same float is read back.
 
 #include "report.h"
 
@@ -26,17 +26,20 @@ const char *nameOfNonNumber(float value) {
     return value > 0 ? "Infinity" : "-Infinity";
 }
 
+// Six significant digits, and all that stand before the decimal point unless they run long. A
+// person needs no more, and the noise of single precision (6.0206003 dB) stays out of sight.
 std::string numberText(float value) {
     if (!std::isfinite(value))
         return nameOfNonNumber(value);
     if (value == 0)
         return "0"; // of either sign
-    // Beyond these bounds plain digits would run long.
     const float magnitude = std::fabs(value);
-    const auto format = magnitude >= 1e-5f && magnitude < 1e9f ? std::chars_format::fixed
-                                                               : std::chars_format::scientific;
+    const bool manyDigits = magnitude >= 999999.5f && magnitude < 1e9f;
     char text[64];
-    const auto end = std::to_chars(std::begin(text), std::end(text), value, format);
+    const auto end =
+        manyDigits
+            ? std::to_chars(std::begin(text), std::end(text), value, std::chars_format::fixed, 0)
+            : std::to_chars(std::begin(text), std::end(text), value, std::chars_format::general, 6);
     return std::string(text, end.ptr);
 }
 

@@ -10,13 +10,14 @@
 namespace kxinfo {
 
 /**
- * A table with aligned columns, under a line that says which camera was asked for.
+ * A table with aligned columns, under a line that says which camera was asked for. Numbers are
+ * rounded to six significant digits.
  *
  * \param serial  beginning of the serial number, as asked for; empty: the first camera
  */
 std::string asTable(const std::string &serial, const std::vector<PublishedSetting> &settings);
 
-/** The document described in docs/host-guide.md, with a line end. */
+/** The document described in docs/host-guide.md, with a line end. Numbers are exact. */
 std::string asJson(const std::string &serial, const std::vector<PublishedSetting> &settings);
 
 } // namespace kxinfo

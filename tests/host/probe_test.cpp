@@ -13,22 +13,22 @@
 namespace {
 
 const std::string kTable =
-    R"(Setting                       Current  Minimum   Maximum         Step  Unit
-Horizontal offset                   8        0      1920            4  px
-Vertical offset                     4        0      1200            2  px
-Width                            1920       16      1936           16  px
-Height                           1200        2      1216            2  px
-Frame rate                      29.97      0.1       120          0.1  1/s
-Rotation                            0        -         -            -  -
-Gain                              6.5        0   24.0824          0.5  dB
-Exposure time                   10000     20.5  16777215          0.5  us
-Gamma                            0.45      0.1         4          0.1  -
-Auto brightness target      0.5019608        0         1  0.003921569  -
-Auto gain, lower limit              0        0        18          0.5  dB
-Auto gain, upper limit             12        0        18          0.5  dB
-Auto exposure, lower limit        100       20   1000000            1  us
-Auto exposure, upper limit  33333.332       20   1000000            1  us
-Output line                      None  one of None, Out1, Out2
+    R"(Setting                      Current  Minimum   Maximum        Step  Unit
+Horizontal offset                  8        0      1920           4  px
+Vertical offset                    4        0      1200           2  px
+Width                           1920       16      1936          16  px
+Height                          1200        2      1216           2  px
+Frame rate                     29.97      0.1       120         0.1  1/s
+Rotation                           0        -         -           -  -
+Gain                             6.5        0   24.0824         0.5  dB
+Exposure time                  10000     20.5  16777215         0.5  us
+Gamma                           0.45      0.1         4         0.1  -
+Auto brightness target      0.501961        0         1  0.00392157  -
+Auto gain, lower limit             0        0        18         0.5  dB
+Auto gain, upper limit            12        0        18         0.5  dB
+Auto exposure, lower limit       100       20   1000000           1  us
+Auto exposure, upper limit   33333.3       20   1000000           1  us
+Output line                     None  one of None, Out1, Out2
 )";
 
 std::string camera(const std::string &serial) {
@@ -240,22 +240,22 @@ TEST(Probe, WritesJson) {
 TEST(Probe, CopiesValuesDuringTheCallAndTakesThoseOfTheLastPublicationOfASetting) {
     EXPECT_EQ(probe("", "reuses_variables"), (Result{0, R"(First camera found
 
-Setting                       Current  Minimum   Maximum         Step  Unit
-Horizontal offset                   8        0      1920            4  px
-Vertical offset                     4        0      1200            2  px
-Width                            1920       16      1936           16  px
-Height                           1200        2      1216            2  px
-Frame rate                          5        6         7            8  1/s
-Rotation                            0        -         -            -  -
-Gain                                1        2         3            4  dB
-Exposure time                   10000     20.5  16777215          0.5  us
-Gamma                            0.45      0.1         4          0.1  -
-Auto brightness target      0.5019608        0         1  0.003921569  -
-Auto gain, lower limit              0        0        18          0.5  dB
-Auto gain, upper limit             12        0        18          0.5  dB
-Auto exposure, lower limit        100       20   1000000            1  us
-Auto exposure, upper limit  33333.332       20   1000000            1  us
-Output line                      Out1  one of Out1
+Setting                      Current  Minimum   Maximum        Step  Unit
+Horizontal offset                  8        0      1920           4  px
+Vertical offset                    4        0      1200           2  px
+Width                           1920       16      1936          16  px
+Height                          1200        2      1216           2  px
+Frame rate                         5        6         7           8  1/s
+Rotation                           0        -         -           -  -
+Gain                               1        2         3           4  dB
+Exposure time                  10000     20.5  16777215         0.5  us
+Gamma                           0.45      0.1         4         0.1  -
+Auto brightness target      0.501961        0         1  0.00392157  -
+Auto gain, lower limit             0        0        18         0.5  dB
+Auto gain, upper limit            12        0        18         0.5  dB
+Auto exposure, lower limit       100       20   1000000           1  us
+Auto exposure, upper limit   33333.3       20   1000000           1  us
+Output line                     Out1  one of Out1
 )",
                                                      ""}));
 }
@@ -283,28 +283,28 @@ Output line                       -  -
                                           ""}));
 }
 
-TEST(Probe, ShowsNumbersWithTheDigitsThatTellThemApartAndAlignsTextOfAnyScript) {
+TEST(Probe, ShowsSixSignificantDigitsAndWholeNumbersInFullAndAlignsTextOfAnyScript) {
     const Result result = probe("Kärnten", "strange_values");
 
     EXPECT_EQ(result.status, 0);
     EXPECT_EQ(result.err, "");
     EXPECT_EQ(result.out, R"(Camera whose serial number begins with "Kärnten"
 
-Setting                         Current      Minimum        Maximum         Step  Unit
-Horizontal offset                     8            0           1920            4  px
-Vertical offset                       4            0           1200            2  px
-Width                       -2147483648  -2147483648     2147483647           -1  px
-Height                             1200            2           1216            2  px
-Frame rate                       100000      0.00001      999999936        1e+09  1/s
-Rotation                              0            -              -            -  -
-Gain                          -Infinity          NaN       Infinity            0  dB
-Exposure time                  16777216        1e-45  3.4028235e+38          0.1  us
-Gamma                        0.33333334           -1      123456.79  9.99999e-06  -
-Auto brightness target        0.5019608            0              1  0.003921569  -
-Auto gain, lower limit                0            0             18          0.5  dB
-Auto gain, upper limit               12            0             18          0.5  dB
-Auto exposure, lower limit          100           20        1000000            1  us
-Auto exposure, upper limit    33333.332           20        1000000            1  us
+Setting                         Current      Minimum      Maximum         Step  Unit
+Horizontal offset                     8            0         1920            4  px
+Vertical offset                       4            0         1200            2  px
+Width                       -2147483648  -2147483648   2147483647           -1  px
+Height                             1200            2         1216            2  px
+Frame rate                       100000        1e-05    999999936        1e+09  1/s
+Rotation                              0            -            -            -  -
+Gain                          -Infinity          NaN     Infinity            0  dB
+Exposure time                  16777216   1.4013e-45  3.40282e+38          0.1  us
+Gamma                          0.333333           -1       123457  9.99999e-06  -
+Auto brightness target         0.501961            0            1   0.00392157  -
+Auto gain, lower limit                0            0           18          0.5  dB
+Auto gain, upper limit               12            0           18          0.5  dB
+Auto exposure, lower limit          100           20      1000000            1  us
+Auto exposure, upper limit      33333.3           20      1000000            1  us
 Output line                      Schütz  one of Schütz, , a\b, caf)"
                           "\xE9\n");
 }
