@@ -200,7 +200,7 @@ protected:
         fs::copy_file(plugin(name), root_ + "/" + place);
     }
 
-    TemporaryFolder folder_;
+    ScratchFolder folder_;
     std::string root_ = fs::canonical(folder_.path());
 };
 
@@ -262,7 +262,7 @@ TEST(StandardOutput, WhoseReaderIsGoneMakesTheCommandFailAfterThePluginHasFinish
 
 TEST(StandardOutput, ThatIsClosedIsNotMistakenForAFileThatThePluginOpens) {
     // A file opened first in a process whose standard output is closed would get its number.
-    const TemporaryFolder folder;
+    const ScratchFolder folder;
     const std::string file = folder.path() + "/opened";
     EXPECT_EQ(kxinfo({"probe", file, "--log", "stdout", "--plugin", plugin("opens_file")},
                      Stream::closed()),

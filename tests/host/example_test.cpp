@@ -45,7 +45,7 @@ protected:
     }
 
 private:
-    TemporaryFolder folder_;
+    ScratchFolder folder_;
 };
 
 TEST_F(MinimalHost, PrintsTheSettings) {

@@ -101,14 +101,14 @@ std::string plugin(const std::string &name) {
     return KXINFO_PLUGINS "/" + name + ".so";
 }
 
-TemporaryFolder::TemporaryFolder() {
+ScratchFolder::ScratchFolder() {
     std::string name = std::filesystem::temp_directory_path() / "kxinfo-test-XXXXXX";
     if (!mkdtemp(name.data()))
         throw std::runtime_error("no temporary folder");
     path_ = name;
 }
 
-TemporaryFolder::~TemporaryFolder() {
+ScratchFolder::~ScratchFolder() {
     std::error_code ignored;
     std::filesystem::remove_all(path_, ignored);
 }

@@ -43,13 +43,13 @@ Result kxinfo(std::vector<std::string> arguments, const Stream &out = {}, const 
 std::string plugin(const std::string &name);
 
 /** A folder of its own that is deleted with the object. */
-class TemporaryFolder {
+class ScratchFolder {
 public:
-    TemporaryFolder();
-    ~TemporaryFolder();
+    ScratchFolder();
+    ~ScratchFolder();
 
-    TemporaryFolder(const TemporaryFolder &) = delete;
-    TemporaryFolder &operator=(const TemporaryFolder &) = delete;
+    ScratchFolder(const ScratchFolder &) = delete;
+    ScratchFolder &operator=(const ScratchFolder &) = delete;
 
     const std::string &path() const { return path_; }
 
