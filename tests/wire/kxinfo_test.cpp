@@ -93,7 +93,7 @@ TEST_F(Kxinfo, ShowsThePluginsLogAboveTheTable) {
     EXPECT_EQ(result.err, "");
     const std::string beginning =
         "[CIPROC:d]: init Dalsa staff\n"
-        "[CIPROC:d]: 0. Vendor \"Teledyne DALSA\", Model \"C1936\", Serial \"S1234\"\n";
+        "[CIPROC:d]: 0. Vendor \"Dalsa\", Model \"C1936\", Serial \"S1234\"\n";
     EXPECT_EQ(result.out.substr(0, beginning.size()), beginning);
     const std::string end = "[CIPROC:d]: device is disconnected\n"
                             "[CIPROC:d]: Loop completed (exitCode = 0)\n"
