@@ -2,8 +2,7 @@
  * The camera framework's calls, as far as the plug-in uses them: finding GigE Vision cameras,
  * opening and closing one, and reaching its feature node map.
  *
- * Every function is called on one thread at a time. None throws, except GevGetFeatureNodeMap()
- * where it says so.
+ * Every function is called on one thread at a time. None throws.
  */
 #ifndef KXINFO_PLATFORM_GEVAPI_H
 #define KXINFO_PLATFORM_GEVAPI_H
@@ -43,6 +42,15 @@ typedef enum {
     GevControlMode = 2,   /**< control; other programs may read */
     GevExclusiveMode = 4, /**< control; other programs are kept out altogether */
 } GevAccessMode;
+
+/** Type codes of features. */
+enum {
+    GevIntegerFeature = 2,     /**< value: signed integer */
+    GevBooleanFeature = 3,     /**< value: integer, 0 or 1 */
+    GevFloatFeature = 5,       /**< value: float (size 4) or double (size 8) */
+    GevStringFeature = 6,      /**< value: characters and a terminating NUL */
+    GevEnumerationFeature = 9, /**< value: the current entry's integer value */
+};
 
 /** Room for a text of 64 characters and its terminating NUL. */
 #define GEV_TEXT_SIZE 65
@@ -100,10 +108,12 @@ KX_PLATFORM_API void *GevGetFeatureNodeMap(GEV_CAMERA_HANDLE handle);
  * A feature's current raw value.
  *
  * \param feature  feature name
- * \param type     receives the feature's type code; may be null
+ * \param type     receives the feature's type code; may be null; untouched on error
  * \param size     bytes that \p value has room for
- * \param value    receives the value: an integer or an enumeration's integer value, in the
- *                 machine's byte order, cut to \p size bytes; untouched on error
+ * \param value    receives the value, as the type code says. An integer is in the machine's byte
+ *                 order and cut to \p size bytes (8 at most are written). Untouched on error
+ * \return GEVLIB_ERROR_ARG_INVALID when a float or a text does not fit \p size,
+ *         GEVLIB_ERROR_NOT_SUPPORTED when the feature has no value or cannot be read at present
  */
 KX_PLATFORM_API GEV_STATUS GevGetFeatureValue(GEV_CAMERA_HANDLE handle, const char *feature,
                                               int *type, int size, void *value);
