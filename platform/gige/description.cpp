@@ -4,6 +4,7 @@
 #include <array>
 #include <cstring>
 #include <initializer_list>
+#include <optional>
 #include <set>
 #include <vector>
 
@@ -14,7 +15,12 @@
 // references never ends. A caller could not tell such a 0 from the camera's. So a node is looked
 // through before its first use, along the properties that Aravis will follow; and since a division
 // by zero depends on the moment, a 0 out of a formula with a division is computed once more here,
-// by Aravis' own evaluator, which does report errors.
+// by Aravis' own evaluator, which does report errors. A converter's formula for writing is tried
+// beforehand: Aravis would write the 0.
+//
+// Aravis caches a register's content by its address, but whether there is any by node: a register
+// that has moved (its address depends on a selector) reads as 0 from the cache, without a command.
+// So what depends on such a register is not cached.
 
 namespace gige {
 namespace {
@@ -41,6 +47,17 @@ std::vector<ArvGcPropertyNode *> propertiesOf(gpointer node) {
             properties.push_back(ARV_GC_PROPERTY_NODE(child));
     }
     return properties;
+}
+
+// An address may be computed by a formula that stands inside the register.
+std::vector<ArvDomNode *> addressFormulasOf(gpointer node) {
+    std::vector<ArvDomNode *> formulas;
+    for (ArvDomNode *child = arv_dom_node_get_first_child(ARV_DOM_NODE(node)); child;
+         child = arv_dom_node_get_next_sibling(child)) {
+        if (isOneOf(elementOf(child), {"IntSwissKnife"}))
+            formulas.push_back(child);
+    }
+    return formulas;
 }
 
 std::string textOf(ArvGcPropertyNode *property) {
@@ -103,9 +120,7 @@ std::string missingProperty(gpointer node, const std::vector<ArvGcPropertyNode *
     }
     if (isRegister(element)) {
         if (!hasAny(properties, {"Address", "pAddress", "pIndex"}) &&
-            // an address computed in place is a node of its own below this one
-            !ARV_IS_GC_FEATURE_NODE(arv_dom_node_get_first_child(ARV_DOM_NODE(node))) &&
-            !hasAny(properties, {"IntSwissKnife"}))
+            addressFormulasOf(node).empty())
             return missing(node, "<Address>");
         if (!hasAny(properties, {"Length", "pLength"}))
             return missing(node, "<Length>");
@@ -185,8 +200,9 @@ std::string defectOfFormula(gpointer node, const char *element) {
     return failure.empty() ? failure : std::string(attributeOf(node, "Name")) + ": " + failure;
 }
 
-class Inspection {
+class Inspector {
 public:
+    // What is wrong with the value of a node; empty for nothing.
     std::string ofValue(gpointer node) {
         if (sound_.count(node))
             return {};
@@ -210,6 +226,8 @@ public:
         return {};
     }
 
+    bool metMovingRegister() const { return metMovingRegister_; }
+
 private:
     std::string inspect(gpointer node) {
         const auto properties = propertiesOf(node);
@@ -225,6 +243,14 @@ private:
             if (std::string defect = ofTarget(node, property); !defect.empty())
                 return defect;
         }
+        const auto addressFormulas = addressFormulasOf(node);
+        for (ArvDomNode *formula : addressFormulas) {
+            if (std::string defect = ofValue(formula); !defect.empty())
+                return defect;
+        }
+        if (isRegister(elementOf(node)) &&
+            (!addressFormulas.empty() || hasAny(properties, {"pAddress", "pIndex"})))
+            metMovingRegister_ = true;
         return {};
     }
 
@@ -238,6 +264,7 @@ private:
 
     std::set<gpointer> sound_;
     std::set<gpointer> underway_;
+    bool metMovingRegister_ = false;
 };
 
 std::optional<double> currentValue(ArvGcNode *node) {
@@ -252,9 +279,8 @@ std::optional<double> currentValue(ArvGcNode *node) {
     return error ? std::nullopt : std::optional<double>(value);
 }
 
-// The first node with that formula on the way to the value.
-ArvGcFeatureNode *formulaNode(ArvGcFeatureNode *node,
-                              std::initializer_list<const char *> elements) {
+// The first of those elements on the way from a node to its value; null when there is none.
+ArvGcFeatureNode *onTheWay(ArvGcFeatureNode *node, std::initializer_list<const char *> elements) {
     while (node && !isOneOf(elementOf(node), elements))
         node = linkedFeature(node);
     return node;
@@ -303,49 +329,42 @@ ArvGcFeatureNode *linkedFeature(ArvGcFeatureNode *node) {
     return type->get_linked_feature ? type->get_linked_feature(node) : nullptr;
 }
 
-std::string defectOf(ArvGcFeatureNode *node) {
-    Inspection inspection;
-    std::string defect = inspection.ofValue(node);
-    for (; defect.empty() && node; node = linkedFeature(node))
-        defect = inspection.ofBoundsAndAccess(node);
-    return defect;
+Inspection inspect(ArvGcFeatureNode *node) {
+    Inspector inspector;
+    Inspection result;
+    result.defect = inspector.ofValue(node);
+    for (; result.defect.empty() && node; node = linkedFeature(node))
+        result.defect = inspector.ofBoundsAndAccess(node);
+    result.cachable = !inspector.metMovingRegister();
+    return result;
 }
 
 std::string failedReading(ArvGcFeatureNode *node) {
-    ArvGcFeatureNode *source =
-        formulaNode(node, {"SwissKnife", "IntSwissKnife", "Converter", "IntConverter"});
+    ArvGcFeatureNode *source = onTheWay(node, {"SwissKnife", "IntSwissKnife"});
     if (!source)
         return {};
-    ArvGcFeatureNode *input = linkedFeature(source);
-    Formula formula(source, input ? "FormulaFrom" : "Formula");
-    if (!formula.divides())
-        return {};
-    if (input) {
-        const auto value = currentValue(ARV_GC_NODE(input));
-        if (!value)
-            return {};
-        formula.set("TO", *value);
-    }
-    return setVariables(formula, source) ? formula.failure(true) : std::string();
+    Formula formula(source, "Formula");
+    return formula.divides() && setVariables(formula, source) ? formula.failure(true)
+                                                              : std::string();
 }
 
 std::string failedWriting(ArvGcFeatureNode *node, double value) {
-    ArvGcFeatureNode *source = formulaNode(node, {"Converter", "IntConverter"});
-    if (!source)
+    ArvGcFeatureNode *converter = onTheWay(node, {"Converter", "IntConverter"});
+    if (!converter)
         return {};
-    Formula formula(source, "FormulaTo");
+    Formula formula(converter, "FormulaTo");
     if (!formula.divides())
         return {};
     formula.set("FROM", value);
-    return setVariables(formula, source) ? formula.failure(true) : std::string();
+    return setVariables(formula, converter) ? formula.failure(true) : std::string();
 }
 
 bool writesPartOfRegister(ArvGcFeatureNode *node) {
-    return formulaNode(node, {"MaskedIntReg", "StructEntry"}) != nullptr;
+    return onTheWay(node, {"MaskedIntReg", "StructEntry"}) != nullptr;
 }
 
 bool meansRegisterCommands(ArvGc *description) {
-    ArvGcNode *root = arv_gc_get_node(description, "RegisterDescription");
+    auto *root = arv_dom_document_get_document_element(ARV_DOM_DOCUMENT(description));
     return ARV_IS_GC_REGISTER_DESCRIPTION_NODE(root) &&
            !arv_gc_register_description_node_check_schema_version(
                ARV_GC_REGISTER_DESCRIPTION_NODE(root), 1, 1, 0);

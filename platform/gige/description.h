@@ -4,7 +4,6 @@
 
 #include <arv.h>
 
-#include <optional>
 #include <string>
 
 namespace gige {
@@ -17,21 +16,31 @@ Kind kindOf(ArvGcNode *node);
 /** The node that this one's value comes from (its pValue); null when it has its own. */
 ArvGcFeatureNode *linkedFeature(ArvGcFeatureNode *node);
 
-/**
- * Why the node can never be evaluated: something that its value, bounds or access mode need is
- * missing, refers to no node, goes round in a circle, or is no formula. Asks the camera nothing.
- *
- * \return empty when there is nothing wrong
- */
-std::string defectOf(ArvGcFeatureNode *node);
+/** What is to know about a node before its first use. */
+struct Inspection {
+    /**
+     * Why it can never be evaluated: something that its value, bounds or access mode need is
+     * missing, refers to no node, goes round in a circle, or is no formula. Empty when nothing is
+     * wrong.
+     */
+    std::string defect;
+    /** Whether Aravis' cache can be trusted with all registers that it depends on. */
+    bool cachable = true;
+};
+
+/** Looks through the description; asks the camera nothing. */
+Inspection inspect(ArvGcFeatureNode *node);
 
 /**
- * Why the formula behind a value of 0 could not be evaluated at present (Aravis gives 0 then);
- * empty when it was, or when there is no formula.
+ * Why the SwissKnife behind a value of 0 could not be evaluated at present (Aravis gives 0 then);
+ * empty when it was, or when there is none.
  */
 std::string failedReading(ArvGcFeatureNode *node);
 
-/** Why writing \p value cannot be computed at present; empty when it can. */
+/**
+ * Why the converter on the way from \p value to the camera cannot be evaluated at present (Aravis
+ * writes 0 then); empty when it can, or when there is none.
+ */
 std::string failedWriting(ArvGcFeatureNode *node, double value);
 
 /** Whether writing the node changes some bits of a register and has to keep the others. */

@@ -1,7 +1,5 @@
 #include "feature.h"
 
-#include "description.h"
-
 // A feature's access mode is its own and that of all nodes that its value comes from: an integer
 // whose register is read-only is read-only, and one whose source is not available is not either.
 
@@ -87,6 +85,7 @@ CacheOff::~CacheOff() {
 
 EAccessMode Feature::accessMode() const {
     requireSound();
+    const CacheOff scope(camera_.description, !inspection().cachable);
     Access access = accessOf(node_, camera_.mayWrite ? Locks::Count : Locks::DoNotCount);
     access.writable = access.writable && camera_.mayWrite;
     return modeOf(access);
@@ -94,6 +93,7 @@ EAccessMode Feature::accessMode() const {
 
 void Feature::requireReadable() const {
     requireSound();
+    const CacheOff scope(camera_.description, !inspection().cachable);
     const EAccessMode mode = modeOf(accessOf(node_, Locks::DoNotCount));
     if (mode != RO && mode != RW)
         throw KXGIGE_EXCEPTION(AccessException, "Cannot read '%s': it is %s", name(), nameOf(mode));
@@ -106,13 +106,17 @@ void Feature::requireWritable() const {
                                nameOf(mode));
 }
 
+const Inspection &Feature::inspection() const {
+    if (!inspection_)
+        inspection_ = inspect(node_);
+    return *inspection_;
+}
+
 void Feature::requireSound() const {
-    if (!defect_)
-        defect_ = defectOf(node_);
-    if (!defect_->empty())
+    if (!inspection().defect.empty())
         throw KXGIGE_EXCEPTION(PropertyException,
                                "Cannot use '%s': the camera's description is wrong (%s)", name(),
-                               defect_->c_str());
+                               inspection().defect.c_str());
 }
 
 void Feature::requireEvaluated() const {
@@ -120,7 +124,7 @@ void Feature::requireEvaluated() const {
         throw KXGIGE_EXCEPTION(PropertyException, "Cannot read '%s': %s", name(), failure.c_str());
 }
 
-void Feature::prepareWriting(double value) const {
+void Feature::requireConvertible(double value) const {
     if (const std::string failure = failedWriting(node_, value); !failure.empty())
         throw KXGIGE_EXCEPTION(PropertyException, "Cannot write '%s': %s", name(), failure.c_str());
 }

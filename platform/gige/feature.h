@@ -8,6 +8,7 @@
 #include <string>
 
 #include "GenApi/GenApi.h"
+#include "description.h"
 #include "errors.h"
 #include "owners.h"
 
@@ -59,7 +60,7 @@ public:
     template <class Get>
     auto read(bool ignoreCache, Get get) const {
         requireReadable();
-        const CacheOff scope(camera_.description, ignoreCache);
+        const CacheOff scope(camera_.description, ignoreCache || !inspection().cachable);
         const auto value = call("read", get);
         if (value == 0)
             requireEvaluated();
@@ -70,7 +71,7 @@ public:
     template <class Get>
     std::string readText(bool ignoreCache, Get get) const {
         requireReadable();
-        const CacheOff scope(camera_.description, ignoreCache);
+        const CacheOff scope(camera_.description, ignoreCache || !inspection().cachable);
         const char *text = call("read", get);
         return text ? text : "";
     }
@@ -82,6 +83,7 @@ public:
     template <class Get>
     auto bound(Get get) const {
         requireSound();
+        const CacheOff scope(camera_.description, !inspection().cachable);
         Error error;
         const auto value = get(error.out());
         if (error && !error.is(ARV_GC_ERROR, ARV_GC_ERROR_PROPERTY_NOT_DEFINED))
@@ -90,14 +92,20 @@ public:
     }
 
     /**
-     * Writes \p value; it has been verified and the feature is writable.
+     * Writes a number that has been verified to a feature that is writable.
      *
-     * \param set  called with a GError **
+     * \param set  called with a GError **, writes \p value
      */
     template <class Set>
     void write(double value, Set set) const {
-        prepareWriting(value);
-        const CacheOff scope(camera_.description, keepsOtherBits());
+        requireConvertible(value);
+        writeText(set);
+    }
+
+    /** The same for a text. */
+    template <class Set>
+    void writeText(Set set) const {
+        const CacheOff scope(camera_.description, !inspection().cachable || keepsOtherBits());
         call("write", [&](GError **error) { return set(error), 0; });
     }
 
@@ -111,14 +119,15 @@ private:
         return result;
     }
 
+    const Inspection &inspection() const;
     void requireSound() const;
     void requireEvaluated() const;
-    void prepareWriting(double value) const;
+    void requireConvertible(double value) const;
     bool keepsOtherBits() const;
 
     ArvGcFeatureNode *node_;
     const Camera &camera_;
-    mutable std::optional<std::string> defect_; // looked for at first use
+    mutable std::optional<Inspection> inspection_; // made at first use
 };
 
 } // namespace gige

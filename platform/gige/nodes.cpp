@@ -1,5 +1,6 @@
 #include "nodes.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <cstdlib>
@@ -277,6 +278,7 @@ public:
              entry = entry->next)
             entries_.push_back(
                 std::make_unique<EntryNode>(ARV_GC_FEATURE_NODE(entry->data), camera));
+        std::reverse(entries_.begin(), entries_.end()); // Aravis lists the last one first
     }
 
     IEnumEntry *GetEntryByName(const gcstring &symbolic) override { return entryOf(symbolic); }
@@ -380,8 +382,8 @@ public:
         feature().requireWritable();
         if (verify)
             verifyLength(text);
-        feature().write(
-            0, [&](GError **error) { arv_gc_string_set_value(aravis(), text.c_str(), error); });
+        feature().writeText(
+            [&](GError **error) { arv_gc_string_set_value(aravis(), text.c_str(), error); });
     }
 
 private:

@@ -1,0 +1,56 @@
+// What the library shows to the programs that load it.
+
+#include <cstdio>
+#include <set>
+
+#include <gmock/gmock.h>
+
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+// Demangled names of what the library defines for others.
+std::set<std::string> exports() {
+    std::set<std::string> names;
+    FILE *pipe = popen(KXINFO_NM " -D -C --defined-only " KXINFO_GEVAPI_FILE, "r");
+    char line[1024];
+    while (pipe && fgets(line, sizeof line, pipe)) {
+        const std::string text = line;
+        const size_t name = text.find(' ', text.find(' ') + 1) + 1; // after address and type
+        names.insert(text.substr(name, text.size() - name - 1));
+    }
+    EXPECT_EQ(0, pipe ? pclose(pipe) : -1);
+    return names;
+}
+
+bool isOfTheInterface(const std::string &name) {
+    return name.find("GenApi_3_0::") != std::string::npos ||
+           name.find("GenICam_3_0::") != std::string::npos;
+}
+
+TEST(Exports, AreTheFunctionsOfTheFramework) {
+    std::set<std::string> functions;
+    for (const std::string &name : exports()) {
+        if (!isOfTheInterface(name))
+            functions.insert(name);
+    }
+    EXPECT_THAT(functions, ElementsAre("GevApiUninitialize", "GevCloseCamera", "GevGetCameraList",
+                                       "GevGetFeatureNodeMap", "GevGetFeatureValue",
+                                       "GevOpenCamera", "_CloseSocketAPI"));
+}
+
+TEST(Exports, IncludeTheTypesThatCrossTheLibrarysBorder) {
+    const std::set<std::string> names = exports();
+    for (const char *type :
+         {"GenICam_3_0::GenericException", "GenICam_3_0::AccessException",
+          "GenICam_3_0::TimeoutException", "GenApi_3_0::IBase", "GenApi_3_0::INode",
+          "GenApi_3_0::IValue", "GenApi_3_0::IInteger", "GenApi_3_0::IFloat",
+          "GenApi_3_0::IBoolean", "GenApi_3_0::IEnumeration", "GenApi_3_0::IEnumEntry"}) {
+        EXPECT_EQ(1u, names.count(std::string("typeinfo for ") + type)) << type;
+    }
+    EXPECT_EQ(1u, names.count("GenApi_3_0::CNodeMapRef::_GetNode(GenICam_3_0::gcstring const&) "
+                              "const"));
+}
+
+} // namespace

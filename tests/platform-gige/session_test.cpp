@@ -1,0 +1,267 @@
+// Opening and closing cameras, and who controls them.
+
+#include "support.h"
+
+namespace {
+
+using namespace std::chrono_literals;
+using GenApi_3_0::CNodeMapRef;
+using GenApi_3_0::IInteger;
+using testing::IsEmpty;
+using testing::Lt;
+
+// A camera at 127.0.0.2 with one feature, "Width".
+class Session : public testing::Test {
+protected:
+    Session() { camera.describe(descriptionOf(intReg("Width", "0x1000"))); }
+    ~Session() override { GevApiUninitialize(); }
+
+    GEV_STATUS open(GevAccessMode mode = GevControlMode) {
+        return GevOpenCamera(&info, mode, &handle);
+    }
+
+    CNodeMapRef *map() const { return static_cast<CNodeMapRef *>(GevGetFeatureNodeMap(handle)); }
+    IInteger &width() const { return dynamic_cast<IInteger &>(*map()->_GetNode("Width")); }
+
+    ScriptedCamera camera{"127.0.0.2"};
+    GEV_CAMERA_INFO info = recordOf("127.0.0.2");
+    GEV_CAMERA_HANDLE handle = &info; // anything but null
+};
+
+TEST_F(Session, TakesControl) {
+    ASSERT_EQ(GEVLIB_OK, open());
+
+    EXPECT_NE(nullptr, handle);
+    EXPECT_EQ(2u, camera.controlPrivilege());
+    EXPECT_EQ(static_cast<uint32_t>(GevControlMode), info.mode);
+}
+
+TEST_F(Session, KeepsOthersOutInExclusiveMode) {
+    ASSERT_EQ(GEVLIB_OK, open(GevExclusiveMode));
+
+    EXPECT_EQ(1u, camera.controlPrivilege() & 1u);
+    EXPECT_EQ(static_cast<uint32_t>(GevExclusiveMode), info.mode);
+    width().SetValue(5);
+    EXPECT_EQ(5u, camera.getRegister(0x1000));
+}
+
+TEST_F(Session, LeavesControlToOthersInMonitorMode) {
+    camera.setRegister(0x1000, 640);
+
+    ASSERT_EQ(GEVLIB_OK, open(GevMonitorMode));
+
+    EXPECT_EQ(0u, camera.controlPrivilege());
+    EXPECT_EQ(GenApi_3_0::RO, width().GetAccessMode());
+    EXPECT_EQ(640, width().GetValue());
+    EXPECT_EQ("Cannot write 'Width': it is read only",
+              raisedBy<GenICam_3_0::AccessException>([&] { width().SetValue(1); }));
+}
+
+TEST_F(Session, MonitorsACameraThatAnotherProgramControls) {
+    camera.controlByAnotherProgram();
+
+    ASSERT_EQ(GEVLIB_OK, open(GevMonitorMode));
+
+    EXPECT_EQ(0, width().GetValue());
+    GevCloseCamera(&handle);
+    EXPECT_EQ(2u, camera.controlPrivilege());
+}
+
+TEST_F(Session, IsRefusedAtOnceWhileAnotherProgramControlsTheCamera) {
+    camera.controlByAnotherProgram();
+    const Stopwatch stopwatch;
+
+    EXPECT_EQ(GEVLIB_ERROR_ACCESS_DENIED, open());
+
+    EXPECT_THAT(stopwatch.elapsed(), Lt(500ms));
+    EXPECT_EQ(nullptr, handle);
+    EXPECT_EQ(0u, info.mode);
+    EXPECT_EQ(2u, camera.controlPrivilege());
+    EXPECT_THAT(camera.accesses(), IsEmpty()); // its description is not fetched in vain
+}
+
+TEST_F(Session, IsRefusedWhileThisProgramControlsTheCameraAlready) {
+    ASSERT_EQ(GEVLIB_OK, open());
+    GEV_CAMERA_HANDLE second = nullptr;
+
+    EXPECT_EQ(GEVLIB_ERROR_ACCESS_DENIED, GevOpenCamera(&info, GevControlMode, &second));
+
+    EXPECT_EQ(nullptr, second);
+    width().SetValue(7);
+    EXPECT_EQ(7u, camera.getRegister(0x1000));
+}
+
+TEST_F(Session, IsRefusedByACameraThatGrantsControlInWordsOnly) {
+    camera.pretendToGrantControl();
+
+    EXPECT_EQ(GEVLIB_ERROR_ACCESS_DENIED, open());
+
+    EXPECT_EQ(nullptr, handle);
+}
+
+TEST_F(Session, IsRefusedByACameraThatDeniesControl) {
+    camera.refuseWriting(gvcp::kControlPrivilege, gvcp::AccessDenied);
+
+    EXPECT_EQ(GEVLIB_ERROR_ACCESS_DENIED, open());
+
+    EXPECT_EQ(nullptr, handle);
+}
+
+TEST_F(Session, GivesControlBackBeforeClosingReturns) {
+    for (int round = 0; round < 3; ++round) {
+        ASSERT_EQ(GEVLIB_OK, open());
+        map();
+
+        EXPECT_EQ(GEVLIB_OK, GevCloseCamera(&handle));
+
+        EXPECT_EQ(0u, camera.controlPrivilege());
+        EXPECT_EQ(nullptr, handle);
+    }
+}
+
+TEST_F(Session, HoldsTwoCamerasAtOnce) {
+    ScriptedCamera other("127.0.0.3");
+    other.describe(descriptionOf(intReg("Width", "0x1000")));
+    GEV_CAMERA_INFO otherInfo = recordOf("127.0.0.3");
+    GEV_CAMERA_HANDLE otherHandle = nullptr;
+    ASSERT_EQ(GEVLIB_OK, open());
+    ASSERT_EQ(GEVLIB_OK, GevOpenCamera(&otherInfo, GevControlMode, &otherHandle));
+    auto *otherMap = static_cast<CNodeMapRef *>(GevGetFeatureNodeMap(otherHandle));
+
+    width().SetValue(1);
+    dynamic_cast<IInteger &>(*otherMap->_GetNode("Width")).SetValue(2);
+
+    EXPECT_EQ(1u, camera.getRegister(0x1000));
+    EXPECT_EQ(2u, other.getRegister(0x1000));
+    EXPECT_EQ(GEVLIB_OK, GevCloseCamera(&handle));
+    EXPECT_EQ(2u, other.controlPrivilege());
+}
+
+TEST_F(Session, EndsWithTheFrameworkWhichStartsAfresh) {
+    ASSERT_EQ(GEVLIB_OK, open());
+
+    EXPECT_EQ(GEVLIB_OK, GevApiUninitialize());
+    EXPECT_EQ(0, _CloseSocketAPI());
+
+    EXPECT_EQ(0u, camera.controlPrivilege());
+    EXPECT_EQ(GEVLIB_ERROR_INVALID_HANDLE, GevCloseCamera(&handle));
+    EXPECT_EQ(GEVLIB_OK, open());
+    EXPECT_EQ(2u, camera.controlPrivilege());
+}
+
+TEST_F(Session, GivesUpOnACameraThatDoesNotAnswer) {
+    camera.setSilent(true);
+    const Stopwatch stopwatch;
+
+    EXPECT_EQ(GEVLIB_ERROR_TIME_OUT, open());
+
+    EXPECT_EQ(nullptr, handle);
+    EXPECT_THAT(stopwatch.elapsed(), Lt(2500ms));
+}
+
+TEST_F(Session, FindsItsOwnWayToTheCameraWithoutAHostAddress) {
+    info.hostIpAddr = 0;
+
+    EXPECT_EQ(GEVLIB_OK, open());
+}
+
+TEST_F(Session, HasNoNodeMapWithoutADescription) {
+    ScriptedCamera bare("127.0.0.3");
+    info = recordOf("127.0.0.3");
+    testing::internal::CaptureStderr();
+
+    ASSERT_EQ(GEVLIB_OK, open());
+
+    EXPECT_EQ(nullptr, map());
+    char value[4] = "abc";
+    EXPECT_EQ(GEVLIB_ERROR_PARAMETER_NOT_FOUND,
+              GevGetFeatureValue(handle, "Width", nullptr, sizeof value, value));
+    EXPECT_EQ(GEVLIB_OK, GevCloseCamera(&handle));
+    EXPECT_EQ("", testing::internal::GetCapturedStderr());
+}
+
+TEST_F(Session, HasNoNodeMapWhenTheDescriptionIsNone) {
+    for (const char *xml : {"<garbage", "no description at all", "<Other/>", ""}) {
+        camera.describe(xml);
+        testing::internal::CaptureStderr();
+
+        ASSERT_EQ(GEVLIB_OK, open()) << xml;
+
+        EXPECT_EQ(nullptr, map()) << xml;
+        EXPECT_EQ(GEVLIB_OK, GevCloseCamera(&handle));
+        EXPECT_EQ("", testing::internal::GetCapturedStderr());
+    }
+}
+
+TEST_F(Session, SaysNothingOnItsOwn) {
+    testing::internal::CaptureStdout();
+    testing::internal::CaptureStderr();
+
+    open();
+    width().SetValue(3);
+    GevCloseCamera(&handle);
+
+    EXPECT_EQ("", testing::internal::GetCapturedStderr());
+    EXPECT_EQ("", testing::internal::GetCapturedStdout());
+}
+
+TEST_F(Session, WantsItsArguments) {
+    EXPECT_EQ(GEVLIB_ERROR_NULL_PTR, GevOpenCamera(&info, GevControlMode, nullptr));
+    EXPECT_EQ(GEVLIB_ERROR_NULL_PTR, GevOpenCamera(nullptr, GevControlMode, &handle));
+    EXPECT_EQ(nullptr, handle);
+    EXPECT_EQ(GEVLIB_ERROR_ARG_INVALID, open(static_cast<GevAccessMode>(7)));
+    EXPECT_EQ(GEVLIB_ERROR_NULL_PTR, GevCloseCamera(nullptr));
+    EXPECT_EQ(GEVLIB_ERROR_INVALID_HANDLE, GevCloseCamera(&handle));
+    handle = &info;
+    EXPECT_EQ(nullptr, GevGetFeatureNodeMap(handle));
+    EXPECT_EQ(GEVLIB_ERROR_INVALID_HANDLE, GevCloseCamera(&handle));
+    EXPECT_EQ(nullptr, handle);
+}
+
+TEST_F(Session, RaisesARuntimeErrorWhenControlIsLost) {
+    ASSERT_EQ(GEVLIB_OK, open());
+    camera.dropControl();
+
+    EXPECT_EQ("Cannot write 'Width': [Width] GigEVision write_memory error (access-denied)",
+              raisedBy<GenICam_3_0::RuntimeException>([&] { width().SetValue(1); }));
+}
+
+TEST_F(Session, StopsAccessingACameraWhoseHeartbeatFoundControlGone) {
+    ASSERT_EQ(GEVLIB_OK, open());
+    IInteger &feature = width();
+    camera.dropControl();
+    const Stopwatch stopwatch;
+
+    std::string error = "no exception";
+    while (error == "no exception" && stopwatch.elapsed() < 10s)
+        error = raisedBy<GenICam_3_0::RuntimeException>([&] { feature.GetValue(false, true); });
+
+    EXPECT_EQ("Cannot read 'Width': [Width] control of the camera is lost", error);
+}
+
+TEST_F(Session, RaisesARuntimeErrorWhenAnotherProgramTookControl) {
+    ASSERT_EQ(GEVLIB_OK, open());
+    camera.controlByAnotherProgram();
+
+    EXPECT_EQ("Cannot write 'Width': [Width] GigEVision write_memory error (access-denied)",
+              raisedBy<GenICam_3_0::RuntimeException>([&] { width().SetValue(1); }));
+
+    EXPECT_EQ(GEVLIB_OK, GevCloseCamera(&handle));
+    EXPECT_EQ(2u, camera.controlPrivilege()); // the other program's
+}
+
+// Without a scripted camera, whose socket for broadcasts hears everything sent to this machine.
+TEST(Nobody, CanBeOpened) {
+    GEV_CAMERA_INFO info = recordOf("127.0.0.2");
+    GEV_CAMERA_HANDLE handle = &info;
+    const Stopwatch stopwatch;
+    testing::internal::CaptureStderr();
+
+    EXPECT_EQ(GEVLIB_ERROR_NO_CAMERA, GevOpenCamera(&info, GevControlMode, &handle));
+
+    EXPECT_EQ(nullptr, handle);
+    EXPECT_THAT(stopwatch.elapsed(), Lt(500ms));
+    EXPECT_EQ("", testing::internal::GetCapturedStderr());
+}
+
+} // namespace

@@ -1,0 +1,60 @@
+// A camera that stops answering: what it costs, in seconds.
+
+#include "support.h"
+
+namespace {
+
+using namespace std::chrono_literals;
+using GenICam_3_0::TimeoutException;
+using testing::Lt;
+
+class Silence : public OpenedCamera {};
+
+TEST_F(Silence, EndsTheFirstAccessInSecondsLaterOnesAtOnceAndClosingInSeconds) {
+    open(intReg("Width", "0x1000") + intReg("Height", "0x1004"));
+    camera.setSilent(true);
+
+    Stopwatch first;
+    EXPECT_EQ("Cannot read 'Width': the camera does not answer ([Width] GigEVision read_memory "
+              "timeout)",
+              raisedBy<TimeoutException>([&] { integer("Width").GetValue(); }));
+    RecordProperty("first_access_ms", static_cast<int>(first.elapsed().count()));
+    EXPECT_THAT(first.elapsed(), Lt(12s));
+
+    Stopwatch later;
+    for (int i = 0; i < 5; ++i)
+        EXPECT_EQ("Cannot write 'Height': the camera does not answer ([Height] it stopped "
+                  "answering earlier)",
+                  raisedBy<TimeoutException>([&] { integer("Height").SetValue(1); }));
+    EXPECT_THAT(later.elapsed(), Lt(100ms));
+
+    Stopwatch closing;
+    EXPECT_EQ(GEVLIB_OK, GevCloseCamera(&handle));
+    RecordProperty("closing_ms", static_cast<int>(closing.elapsed().count()));
+    EXPECT_THAT(closing.elapsed(), Lt(12s));
+    printf("first access %lld ms, closing %lld ms\n",
+           static_cast<long long>(first.elapsed().count()),
+           static_cast<long long>(closing.elapsed().count()));
+}
+
+TEST_F(Silence, StaysATimeoutWhenTheCameraAnswersAgain) {
+    open(intReg("Width", "0x1000"));
+    camera.fallSilentAt(0x1000);
+    EXPECT_THROW(integer("Width").GetValue(), TimeoutException);
+    camera.setSilent(false);
+
+    EXPECT_THROW(integer("Width").GetValue(), TimeoutException);
+}
+
+TEST_F(Silence, IsTheStatusOfAFeatureRead) {
+    open(intReg("Width", "0x1000"));
+    camera.fallSilentAt(0x1000);
+    int32_t value = 7;
+
+    EXPECT_EQ(GEVLIB_ERROR_TIME_OUT,
+              GevGetFeatureValue(handle, "Width", nullptr, sizeof value, &value));
+
+    EXPECT_EQ(7, value);
+}
+
+} // namespace
