@@ -157,8 +157,4 @@ void setRegisterAccess(ArvDevice *port, RegisterAccess access) {
     self(port)->registerAccess = access;
 }
 
-bool isLost(ArvDevice *port) {
-    return self(port)->lost != kPresent;
-}
-
 } // namespace gige

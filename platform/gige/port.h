@@ -27,9 +27,6 @@ ObjectPtr<ArvDevice> newPort(ArvGvDevice *camera);
 /** Before the first access; Memory unless set. */
 void setRegisterAccess(ArvDevice *port, RegisterAccess access);
 
-/** Whether the camera stopped answering or took control away. */
-bool isLost(ArvDevice *port);
-
 } // namespace gige
 
 #endif

@@ -2,16 +2,17 @@
 
 #include <arpa/inet.h>
 
-#include <cstring>
-
 #include "packets.h"
 #include "registerline.h"
 
-// Aravis' constructor of a camera loads the description, asks for control, and goes on without
-// either warning when control is refused. It also takes many seconds to learn that nobody answers.
+// Aravis' constructor of a camera loads the description, asks for control, and succeeds silently
+// when control is refused; it takes many seconds to learn that a camera does not answer.
 // So the control privilege is read first, by one command of our own: that tells a camera that is
 // not there, and one that another program controls, at once; and afterwards it is read again,
-// since only what the camera itself says makes sure that control is ours.
+// since only what the camera itself says makes sure that control is given.
+//
+// A camera without a description makes no Aravis camera. Its session holds nothing: there would be
+// nothing to read or write through this interface.
 
 namespace gige {
 namespace {
@@ -112,13 +113,12 @@ GEV_STATUS Session::settleControl() {
     return privilege & needed ? GEVLIB_OK : GEVLIB_ERROR_ACCESS_DENIED;
 }
 
+// Nodes go before the port that they read through, and with the last reference to the camera
+// Aravis gives control back.
 Session::~Session() {
     nodeMap_.reset();
-    // Aravis would try for seconds to give control back to a camera that no longer listens.
-    const bool lost = port_ && isLost(port_.get());
     port_.reset();
-    if (camera_ && !lost && arv_gv_device_is_controller(camera_.get()))
-        arv_gv_device_leave_control(camera_.get(), nullptr);
+    camera_.reset();
 }
 
 NodeMap *Session::nodeMap() {

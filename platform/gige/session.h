@@ -20,7 +20,7 @@ public:
     static GEV_STATUS open(const GEV_CAMERA_INFO &device, GevAccessMode mode,
                            std::unique_ptr<Session> &session);
 
-    /** Gives control back before it returns, unless the camera is lost. */
+    /** Gives control back before it returns. Takes seconds when the camera is silent. */
     ~Session();
 
     /** Null when the camera has no description that can be used. Made at the first call. */

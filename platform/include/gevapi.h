@@ -84,16 +84,21 @@ KX_PLATFORM_API GEV_STATUS GevGetCameraList(GEV_CAMERA_INFO *cameras, int maxCam
                                             int *numCameras);
 
 /**
- * Opens a camera.
+ * Opens a camera. Control is taken, and given, before this returns GEVLIB_OK: a camera that another
+ * program controls is not opened. A camera without a usable description has no features, and
+ * nothing of it is controlled.
  *
- * \param device  record from GevGetCameraList()
+ * \param device  record from GevGetCameraList(); its mode becomes \p mode when opened
  * \param mode    what the caller wants of it
  * \param handle  receives the handle; null unless the status is GEVLIB_OK
  */
 KX_PLATFORM_API GEV_STATUS GevOpenCamera(GEV_CAMERA_INFO *device, GevAccessMode mode,
                                          GEV_CAMERA_HANDLE *handle);
 
-/** Gives control back, closes the camera and sets \p *handle to null. */
+/**
+ * Gives control back, closes the camera and sets \p *handle to null. When this returns, another
+ * program can open the camera. A camera that no longer answers takes seconds to close.
+ */
 KX_PLATFORM_API GEV_STATUS GevCloseCamera(GEV_CAMERA_HANDLE *handle);
 
 /**

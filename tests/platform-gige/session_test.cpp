@@ -7,6 +7,7 @@ namespace {
 using namespace std::chrono_literals;
 using GenApi_3_0::CNodeMapRef;
 using GenApi_3_0::IInteger;
+using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::Lt;
 
@@ -111,11 +112,14 @@ TEST_F(Session, GivesControlBackBeforeClosingReturns) {
     for (int round = 0; round < 3; ++round) {
         ASSERT_EQ(GEVLIB_OK, open());
         map();
+        camera.clearAccesses();
 
         EXPECT_EQ(GEVLIB_OK, GevCloseCamera(&handle));
 
         EXPECT_EQ(0u, camera.controlPrivilege());
         EXPECT_EQ(nullptr, handle);
+        EXPECT_THAT(camera.accesses(),
+                    ElementsAre(Access{gvcp::WriteRegister, gvcp::kControlPrivilege}));
     }
 }
 

@@ -13,13 +13,14 @@ class Silence : public OpenedCamera {};
 TEST_F(Silence, EndsTheFirstAccessInSecondsLaterOnesAtOnceAndClosingInSeconds) {
     open(intReg("Width", "0x1000") + intReg("Height", "0x1004"));
     camera.setSilent(true);
+    testing::internal::CaptureStderr();
 
     Stopwatch first;
     EXPECT_EQ("Cannot read 'Width': the camera does not answer ([Width] GigEVision read_memory "
               "timeout)",
               raisedBy<TimeoutException>([&] { integer("Width").GetValue(); }));
-    RecordProperty("first_access_ms", static_cast<int>(first.elapsed().count()));
-    EXPECT_THAT(first.elapsed(), Lt(12s));
+    const auto firstTook = first.elapsed();
+    EXPECT_THAT(firstTook, Lt(12s));
 
     Stopwatch later;
     for (int i = 0; i < 5; ++i)
@@ -30,11 +31,11 @@ TEST_F(Silence, EndsTheFirstAccessInSecondsLaterOnesAtOnceAndClosingInSeconds) {
 
     Stopwatch closing;
     EXPECT_EQ(GEVLIB_OK, GevCloseCamera(&handle));
-    RecordProperty("closing_ms", static_cast<int>(closing.elapsed().count()));
-    EXPECT_THAT(closing.elapsed(), Lt(12s));
-    printf("first access %lld ms, closing %lld ms\n",
-           static_cast<long long>(first.elapsed().count()),
-           static_cast<long long>(closing.elapsed().count()));
+    const auto closingTook = closing.elapsed();
+    EXPECT_THAT(closingTook, Lt(12s));
+    EXPECT_EQ("", testing::internal::GetCapturedStderr());
+    RecordProperty("first_access_ms", static_cast<int>(firstTook.count()));
+    RecordProperty("closing_ms", static_cast<int>(closingTook.count()));
 }
 
 TEST_F(Silence, StaysATimeoutWhenTheCameraAnswersAgain) {
