@@ -20,6 +20,10 @@ constexpr size_t kMemorySize = 1u << 20;
 constexpr uint32_t kDescriptionAddress = 0x20000;
 constexpr uint16_t kPort = 3956;
 
+// The address and port of a program that is not there.
+const in_addr_t kOtherAddress = inet_addr("127.9.9.9");
+constexpr in_port_t kOtherPort = 1;
+
 uint16_t get16(const uint8_t *at) {
     return static_cast<uint16_t>(at[0] << 8 | at[1]);
 }
@@ -167,7 +171,12 @@ void ScriptedCamera::fallSilentAt(uint32_t address) {
 void ScriptedCamera::controlByAnotherProgram() {
     std::lock_guard<std::mutex> lock(mutex_);
     privilege_ = 2;
-    controller_ = {inet_addr("127.9.9.9"), 1};
+    controller_ = {kOtherAddress, kOtherPort};
+}
+
+void ScriptedCamera::letAnotherProgramBeFaster() {
+    std::lock_guard<std::mutex> lock(mutex_);
+    otherIsFaster_ = true;
 }
 
 void ScriptedCamera::dropControl() {
@@ -342,7 +351,11 @@ gvcp::Status ScriptedCamera::write(uint32_t address, const uint8_t *data, size_t
     if (address == gvcp::kControlPrivilege) {
         if (pretends_)
             return gvcp::Success;
-        if (privilege_ && !ours)
+        if (otherIsFaster_) {
+            privilege_ = 2;
+            controller_ = {kOtherAddress, kOtherPort};
+        }
+        if (privilege_ && (otherIsFaster_ || !ours))
             return gvcp::AccessDenied;
         privilege_ = get32(data);
         controller_ = {from.sin_addr.s_addr, from.sin_port};

@@ -94,6 +94,8 @@ public:
     void fallSilentAt(uint32_t address);
     /** Takes control for a program that is not there, so that others are refused. */
     void controlByAnotherProgram();
+    /** The same at the moment when control is asked for next. */
+    void letAnotherProgramBeFaster();
     /** Takes control from whoever has it, as when the heartbeat was missed. */
     void dropControl();
     /** Acknowledges control requests without granting them. */
@@ -138,6 +140,7 @@ private:
     uint16_t refusedCommand_ = 0;
     bool silent_ = false;
     bool pretends_ = false;
+    bool otherIsFaster_ = false;
     uint32_t silentAt_ = UINT32_MAX;
     uint32_t privilege_ = 0;
     Peer controller_;

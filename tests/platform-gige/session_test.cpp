@@ -100,6 +100,15 @@ TEST_F(Session, IsRefusedByACameraThatGrantsControlInWordsOnly) {
     EXPECT_EQ(nullptr, handle);
 }
 
+TEST_F(Session, IsRefusedWhenAnotherProgramIsFaster) {
+    camera.letAnotherProgramBeFaster();
+
+    EXPECT_EQ(GEVLIB_ERROR_ACCESS_DENIED, open());
+
+    EXPECT_EQ(nullptr, handle);
+    EXPECT_EQ(2u, camera.controlPrivilege());
+}
+
 TEST_F(Session, IsRefusedByACameraThatDeniesControl) {
     camera.refuseWriting(gvcp::kControlPrivilege, gvcp::AccessDenied);
 
