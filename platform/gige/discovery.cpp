@@ -107,6 +107,7 @@ std::vector<Interface> chosenInterfaces(const std::vector<std::string> &wanted) 
     return chosen;
 }
 
+// Sends the one command; no descriptor, and errno, when that cannot be done.
 Descriptor ask(const Interface &interface, uint16_t requestId) {
     Descriptor line(socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
     if (!line)
@@ -121,11 +122,14 @@ Descriptor ask(const Interface &interface, uint16_t requestId) {
     everyone.sin_addr.s_addr = INADDR_BROADCAST;
     everyone.sin_port = htons(kControlPort);
     const auto command = discoveryCommand(requestId);
-    if (setsockopt(line.get(), SOL_SOCKET, SO_BROADCAST, &on, sizeof on) != 0 ||
-        bind(line.get(), reinterpret_cast<sockaddr *>(&from), sizeof from) != 0 ||
+    if (setsockopt(line.get(), SOL_SOCKET, SO_BROADCAST, &on, sizeof on) == 0 &&
+        bind(line.get(), reinterpret_cast<sockaddr *>(&from), sizeof from) == 0 &&
         sendto(line.get(), command.data(), command.size(), 0,
-               reinterpret_cast<sockaddr *>(&everyone), sizeof everyone) < 0)
-        return Descriptor();
+               reinterpret_cast<sockaddr *>(&everyone), sizeof everyone) >= 0)
+        return line;
+    const int error = errno; // closing the socket may change it
+    line = Descriptor();
+    errno = error;
     return line;
 }
 
