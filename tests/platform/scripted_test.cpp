@@ -1,0 +1,314 @@
+// The scripted platform does what its script says and what a conforming platform does.
+
+#include "scripted.h"
+
+#include <cmath>
+#include <limits>
+#include <sstream>
+
+#include <gmock/gmock.h>
+
+namespace {
+
+using namespace scripted;
+using GenApi_3_0::CNodeMapRef;
+using GenApi_3_0::IBoolean;
+using GenApi_3_0::IEnumeration;
+using GenApi_3_0::IFloat;
+using GenApi_3_0::IInteger;
+using GenApi_3_0::INode;
+using GenICam_3_0::gcstring;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+class ScriptedPlatform : public testing::Test {
+protected:
+    ScriptedPlatform() { reset(); }
+
+    INode *node(const char *name) {
+        return static_cast<CNodeMapRef *>(GevGetFeatureNodeMap(framework().handle()))
+            ->_GetNode(name);
+    }
+    template <typename Interface>
+    Interface &as(const char *name) {
+        auto *narrowed = dynamic_cast<Interface *>(node(name));
+        if (!narrowed)
+            throw std::logic_error("not of that kind");
+        forget();
+        return *narrowed;
+    }
+
+    Camera &cam = camera();
+};
+
+TEST_F(ScriptedPlatform, HasNoFeaturesAtFirst) {
+    EXPECT_EQ(nullptr, node("Width"));
+    EXPECT_THAT(trace(), ElementsAre(getFeatureNodeMap(), lookup("Width")));
+}
+
+TEST_F(ScriptedPlatform, GivesEachNodeTheInterfaceOfItsKindAlone) {
+    cam.integer("I", 1)
+        .floating("F", 1.5)
+        .boolean("B", true)
+        .enumeration("E", "a", {"a"})
+        .command("C");
+
+    EXPECT_TRUE(dynamic_cast<IInteger *>(node("I")));
+    EXPECT_FALSE(dynamic_cast<IFloat *>(node("I")));
+    EXPECT_TRUE(dynamic_cast<IFloat *>(node("F")));
+    EXPECT_FALSE(dynamic_cast<IEnumeration *>(node("F")));
+    EXPECT_TRUE(dynamic_cast<IBoolean *>(node("B")));
+    EXPECT_TRUE(dynamic_cast<IEnumeration *>(node("E")));
+    ASSERT_TRUE(node("C"));
+    EXPECT_FALSE(dynamic_cast<GenApi_3_0::IValue *>(node("C")));
+    EXPECT_EQ(gcstring("C"), node("C")->GetName());
+}
+
+TEST_F(ScriptedPlatform, RecordsAccessesWithTheirFlagsInOrder) {
+    cam.integer("Width", 640).range(16, 1920, 16);
+    auto &width = as<IInteger>("Width");
+
+    EXPECT_EQ(640, width.GetValue());
+    width.SetValue(656);
+    width.SetValue(672, false);
+    EXPECT_EQ(gcstring("672"), width.ToString(true, true));
+    width.FromString("688");
+    EXPECT_EQ(16, width.GetMin());
+    EXPECT_EQ(1920, width.GetMax());
+    EXPECT_EQ(16, width.GetInc());
+
+    EXPECT_THAT(cam.accesses(),
+                ElementsAre(read("Width"), write("Width", 656), write("Width", 672).unverified(),
+                            readText("Width").verified().uncached(), write("Width", "688"),
+                            readMin("Width"), readMax("Width"), readInc("Width")));
+    EXPECT_EQ("688", cam.value("Width"));
+    EXPECT_EQ(8u, cam.accessCount());
+}
+
+TEST_F(ScriptedPlatform, TellsReadsOfTextAndOfValuesApartAsItDoesFlags) {
+    EXPECT_FALSE(read("Gain") == readText("Gain"));
+    EXPECT_FALSE(read("Gain") == read("Gain").uncached());
+    EXPECT_FALSE(write("Gain", "1") == write("Gain", 1));
+    EXPECT_FALSE(write("Gain", 1) == write("Gain", 2));
+    EXPECT_FALSE(write("Gain", 1) == write("Gain", 1).unverified());
+}
+
+TEST_F(ScriptedPlatform, PrintsEventsForAPerson) {
+    std::ostringstream out;
+    out << write("GainSelector", "SensorAll") << "; " << read("Gain") << "; "
+        << openCamera(1, GevControlMode);
+    EXPECT_EQ(
+        "write text to GainSelector \"SensorAll\" verified; read Gain; call GevOpenCamera(1, 2)",
+        out.str());
+}
+
+TEST_F(ScriptedPlatform, RefusesAccessesThatTheAccessModeForbids) {
+    using namespace GenApi_3_0;
+    for (const EAccessMode mode : {NI, NA, WO, RO, RW}) {
+        cam.integer("I", 1).access(mode);
+        auto &integer = as<IInteger>("I");
+        EXPECT_EQ(mode, integer.GetAccessMode());
+        if (mode == RO || mode == RW)
+            EXPECT_EQ(1, integer.GetValue());
+        else
+            EXPECT_THROW(integer.GetValue(), GenICam_3_0::AccessException);
+        if (mode == WO || mode == RW)
+            EXPECT_NO_THROW(integer.SetValue(2));
+        else
+            EXPECT_THROW(integer.SetValue(2), GenICam_3_0::AccessException);
+    }
+}
+
+TEST_F(ScriptedPlatform, VerifiesRangeAndIncrementOnlyWhenAsked) {
+    cam.integer("Width", 640).range(16, 1920, 16);
+    auto &width = as<IInteger>("Width");
+    EXPECT_THROW(width.SetValue(0), GenICam_3_0::OutOfRangeException);
+    EXPECT_THROW(width.SetValue(1936), GenICam_3_0::OutOfRangeException);
+    EXPECT_THROW(width.SetValue(17), GenICam_3_0::OutOfRangeException);
+    EXPECT_EQ("640", cam.value("Width"));
+    width.SetValue(17, false);
+    EXPECT_EQ("17", cam.value("Width"));
+
+    cam.floating("Gain", 1.0).range(1.0, 8.0, 0.5);
+    auto &gain = as<IFloat>("Gain");
+    EXPECT_TRUE(gain.HasInc());
+    EXPECT_THROW(gain.SetValue(0.9), GenICam_3_0::OutOfRangeException);
+    EXPECT_THROW(gain.SetValue(8.1), GenICam_3_0::OutOfRangeException);
+    EXPECT_THROW(gain.SetValue(1.25), GenICam_3_0::OutOfRangeException);
+    gain.SetValue(2.5);
+    EXPECT_EQ("2.5", cam.value("Gain"));
+}
+
+TEST_F(ScriptedPlatform, TakesAnyNumberByDefault) {
+    cam.integer("I", 0).floating("F", 0);
+    auto &integer = as<IInteger>("I");
+    integer.SetValue(std::numeric_limits<int64_t>::min());
+    integer.SetValue(-1);
+    auto &floating = as<IFloat>("F");
+    EXPECT_FALSE(floating.HasInc());
+    EXPECT_EQ(0.0, floating.GetInc());
+    floating.SetValue(std::nan(""));
+    EXPECT_EQ("nan", cam.value("F"));
+}
+
+TEST_F(ScriptedPlatform, RefusesTextThatNamesNoEntryOrIsNoNumber) {
+    cam.enumeration("E", "Off", {"Off", "On", "Broken"})
+        .entryAccess("Broken", GenApi_3_0::NI)
+        .integer("I", 1);
+    auto &enumeration = as<IEnumeration>("E");
+    EXPECT_THROW(enumeration.FromString("on"), GenICam_3_0::InvalidArgumentException);
+    EXPECT_THROW(enumeration.FromString("Broken"), GenICam_3_0::AccessException);
+    enumeration.FromString("On");
+    EXPECT_EQ(gcstring("On"), enumeration.ToString());
+    EXPECT_EQ(1, enumeration.GetIntValue());
+    EXPECT_EQ(gcstring("On"), enumeration.GetCurrentEntry()->GetSymbolic());
+    EXPECT_EQ(nullptr, enumeration.GetEntryByName("on"));
+    EXPECT_FALSE(GenApi_3_0::IsImplemented(enumeration.GetEntryByName("Broken")));
+    EXPECT_TRUE(GenApi_3_0::IsImplemented(enumeration.GetEntryByName("Off")));
+    EXPECT_THROW(as<IInteger>("I").FromString("seven"), GenICam_3_0::InvalidArgumentException);
+}
+
+TEST_F(ScriptedPlatform, MakesAFeatureAvailableOnlyWhileAnEntryIsShown) {
+    cam.enumeration("autoBrightnessMode", "Off", {"Off", "Active"})
+        .integer("autoBrightnessTarget", 128)
+        .onlyWhile("autoBrightnessMode", "Active");
+    auto &target = as<IInteger>("autoBrightnessTarget");
+    EXPECT_THROW(target.GetValue(), GenICam_3_0::AccessException);
+    EXPECT_THROW(target.GetMin(), GenICam_3_0::AccessException);
+    as<IEnumeration>("autoBrightnessMode").FromString("Active");
+    EXPECT_EQ(128, target.GetValue());
+}
+
+TEST_F(ScriptedPlatform, KeepsOneValuePerEntryOfASelector) {
+    cam.enumeration("GainSelector", "AnalogAll", {"AnalogAll", "SensorAll"})
+        .floating("Gain", 0)
+        .selectedBy("GainSelector", {{"AnalogAll", 2.0}, {"SensorAll", 10.0}});
+    auto &gain = as<IFloat>("Gain");
+    EXPECT_EQ(2.0, gain.GetValue());
+    as<IEnumeration>("GainSelector").FromString("SensorAll");
+    EXPECT_EQ(10.0, gain.GetValue());
+    gain.SetValue(12.0);
+    as<IEnumeration>("GainSelector").FromString("AnalogAll");
+    EXPECT_EQ(2.0, gain.GetValue());
+}
+
+TEST_F(ScriptedPlatform, RaisesWhatIsAskedAtTheChosenAccess) {
+    cam.floating("Gain", 1.0).raises(Op::GetValue, Fault::Timeout, 2);
+    auto &gain = as<IFloat>("Gain");
+    EXPECT_EQ(1.0, gain.GetValue());
+    EXPECT_THROW(gain.GetValue(), GenICam_3_0::TimeoutException);
+    EXPECT_EQ(1.0, gain.GetValue());
+
+    forget();
+    cam.raiseAt(3, [] { throw std::string("mine"); });
+    EXPECT_EQ(1.0, gain.GetValue());
+    gain.GetMin();
+    EXPECT_THROW(gain.GetMax(), std::string);
+    EXPECT_EQ(1.0, gain.GetValue());
+    EXPECT_THAT(cam.accesses(),
+                ElementsAre(read("Gain"), readMin("Gain"), readMax("Gain"), read("Gain")));
+}
+
+TEST_F(ScriptedPlatform, RaisesEveryKindOfFault) {
+    EXPECT_THROW(raise(Fault::InvalidArgument), GenICam_3_0::InvalidArgumentException);
+    EXPECT_THROW(raise(Fault::Property), GenICam_3_0::PropertyException);
+    EXPECT_THROW(raise(Fault::LogicalError), GenICam_3_0::LogicalErrorException);
+    EXPECT_THROW(raise(Fault::OutOfRange), GenICam_3_0::OutOfRangeException);
+    EXPECT_THROW(raise(Fault::Runtime), GenICam_3_0::RuntimeException);
+    EXPECT_THROW(raise(Fault::Access), GenICam_3_0::AccessException);
+    EXPECT_THROW(raise(Fault::Timeout), GenICam_3_0::TimeoutException);
+    EXPECT_THROW(raise(Fault::DynamicCast), GenICam_3_0::DynamicCastException);
+    EXPECT_THROW(raise(Fault::GenICamBadAlloc), GenICam_3_0::BadAllocException);
+    EXPECT_THROW(raise(Fault::StdBadAlloc), std::bad_alloc);
+    EXPECT_THROW(raise(Fault::StdRuntimeError), std::runtime_error);
+    EXPECT_THROW(raise(Fault::Number), int);
+}
+
+TEST_F(ScriptedPlatform, ListsAsManyCamerasAsThereIsRoomFor) {
+    framework().sees({{"DALSA", "Nano", "S1"}, {"Other", "X", "S2"}, {"Dalsa", "Y", "S3"}});
+    GEV_CAMERA_INFO table[2];
+    int count = 0;
+    EXPECT_EQ(GEVLIB_OK, GevGetCameraList(table, 2, &count));
+    EXPECT_EQ(2, count);
+    EXPECT_STREQ("Nano", table[0].model);
+    EXPECT_STREQ("S2", table[1].serial);
+
+    framework().counts(7);
+    GevGetCameraList(table, 2, &count);
+    EXPECT_EQ(7, count);
+
+    framework().failsToList(GEVLIB_ERROR_TIME_OUT);
+    count = 5;
+    EXPECT_EQ(GEVLIB_ERROR_TIME_OUT, GevGetCameraList(table, 2, &count));
+    EXPECT_EQ(5, count);
+}
+
+TEST_F(ScriptedPlatform, OpensAndClosesAsTold) {
+    framework().sees({{"DALSA", "Nano", "S1"}, {"DALSA", "Nano", "S2"}});
+    GEV_CAMERA_INFO table[8];
+    int count = 0;
+    GevGetCameraList(table, 8, &count);
+    GEV_CAMERA_HANDLE handle = nullptr;
+
+    EXPECT_EQ(GEVLIB_OK, GevOpenCamera(&table[1], GevControlMode, &handle));
+    EXPECT_EQ(framework().handle(), handle);
+    EXPECT_TRUE(framework().isOpen());
+    GevCloseCamera(&handle);
+    EXPECT_EQ(nullptr, handle);
+    EXPECT_FALSE(framework().isOpen());
+
+    framework().opensWith(GEVLIB_OK, false);
+    EXPECT_EQ(GEVLIB_OK, GevOpenCamera(&table[0], GevControlMode, &handle));
+    EXPECT_EQ(nullptr, handle);
+    framework().opensWith(GEVLIB_ERROR_ACCESS_DENIED, true);
+    EXPECT_EQ(GEVLIB_ERROR_ACCESS_DENIED, GevOpenCamera(&table[0], GevControlMode, &handle));
+    EXPECT_NE(nullptr, handle);
+
+    EXPECT_THAT(calls(), ElementsAre(getCameraList(8), openCamera(1, GevControlMode), closeCamera(),
+                                     openCamera(0, GevControlMode), openCamera(0, GevControlMode)));
+}
+
+TEST_F(ScriptedPlatform, HasANodeMapAReferenceWithoutMapOrNone) {
+    EXPECT_NE(nullptr, GevGetFeatureNodeMap(framework().handle()));
+    framework().nodeMap(NodeMap::WithoutMap);
+    try {
+        node("Width");
+        FAIL() << "a reference without map was searched";
+    } catch (const GenICam_3_0::AccessException &error) {
+        EXPECT_STREQ("Feature not present (reference not valid)", error.GetDescription());
+    }
+    framework().nodeMap(NodeMap::None);
+    EXPECT_EQ(nullptr, GevGetFeatureNodeMap(framework().handle()));
+    framework().nodeMapRaises(Fault::Runtime);
+    EXPECT_THROW(GevGetFeatureNodeMap(framework().handle()), GenICam_3_0::RuntimeException);
+}
+
+TEST_F(ScriptedPlatform, DeliversRawFeatureValues) {
+    framework().featureValue("PixelFormat", 0x01080001);
+    uint32_t value = 7;
+    int type = 9;
+    EXPECT_EQ(GEVLIB_OK, GevGetFeatureValue(framework().handle(), "PixelFormat", &type, 4, &value));
+    EXPECT_EQ(0x01080001u, value);
+    EXPECT_EQ(0, type);
+    value = 7;
+    EXPECT_EQ(GEVLIB_ERROR_PARAMETER_NOT_FOUND,
+              GevGetFeatureValue(framework().handle(), "Absent", &type, 4, &value));
+    EXPECT_EQ(7u, value);
+    EXPECT_THAT(calls(),
+                ElementsAre(getFeatureValue("PixelFormat", 4), getFeatureValue("Absent", 4)));
+}
+
+TEST_F(ScriptedPlatform, ForgetsEverythingOnReset) {
+    cam.integer("Width", 1).raises(Op::GetValue, Fault::Access);
+    framework().sees({{"DALSA", "Nano", "S1"}}).nodeMap(NodeMap::None);
+    reset();
+    EXPECT_THAT(trace(), IsEmpty());
+    EXPECT_THAT(cam.names(), IsEmpty());
+    int count = 3;
+    GEV_CAMERA_INFO table[1];
+    GevGetCameraList(table, 1, &count);
+    EXPECT_EQ(0, count);
+    EXPECT_NE(nullptr, GevGetFeatureNodeMap(framework().handle()));
+}
+
+} // namespace
