@@ -434,6 +434,8 @@ struct Camera::Tree final : INodeMap {
         made.ignoreCache = ignoreCache;
         record(made);
         ++count;
+        if (op == Op::AccessMode)
+            ++modeQueries;
 
         for (Plan &plan : plans) {
             if (plan.left > 0 && plan.node == node && plan.op == op && --plan.left == 0)
@@ -451,6 +453,7 @@ struct Camera::Tree final : INodeMap {
     mutable std::vector<Plan> plans;
     mutable std::optional<NumberedPlan> numberedPlan;
     mutable std::size_t count = 0;
+    mutable std::size_t modeQueries = 0;
 };
 
 namespace {
@@ -576,6 +579,10 @@ std::size_t Camera::accessCount() const {
     return tree_->count;
 }
 
+std::size_t Camera::accessModeQueries() const {
+    return tree_->modeQueries;
+}
+
 std::vector<Event> Camera::accesses() const {
     std::vector<Event> chosen = trace();
     chosen.erase(std::remove_if(chosen.begin(), chosen.end(),
@@ -603,6 +610,7 @@ void resetCamera() {
     tree.numberedPlan.reset();
     tree.last.clear();
     tree.count = 0;
+    tree.modeQueries = 0;
 }
 
 void forget() {

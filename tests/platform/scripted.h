@@ -57,7 +57,8 @@ enum class Op {
     EntryLookup,     /**< GetEntryByName() of an enumeration; the detail is the entry's name */
     EntryAccessMode, /**< GetAccessMode() of an entry; the detail is the entry's name */
     EntryRead,       /**< the value of an entry; the detail is the entry's name */
-    Call             /**< a function of the framework or of the host, the detail its arguments */
+    Call, /**< a function of the framework or of the host, the detail its arguments */
+    Log   /**< a line came to the system log: the detail is its text, as far as there is room */
 };
 
 /** A short text in a fixed place, cut to what fits. */
@@ -199,7 +200,7 @@ private:
     std::function<void()> function_;
 };
 
-/** Everything that happened, in order: lookups, accesses and calls. */
+/** Everything that happened, in order: lookups, accesses, calls and lines of the system log. */
 SCRIPTED_API std::vector<Event> trace();
 
 /** The calls alone, in order. */
@@ -281,6 +282,9 @@ public:
 
     /** What happened to values, in order: reads, writes and ranges. */
     std::vector<Event> accesses() const;
+
+    /** How often nodes (not entries) were asked for their access mode since reset(). */
+    std::size_t accessModeQueries() const;
 
     /** A feature's present value as text. Asking leaves no event. */
     std::string value(std::string_view name) const;

@@ -59,6 +59,8 @@ const char *nameOf(Op op) {
         return "read entry of";
     case Op::Call:
         return "call";
+    case Op::Log:
+        return "log";
     }
     return "?";
 }
