@@ -2,6 +2,7 @@
 #ifndef KXINFO_TESTS_PLUG_IN_H
 #define KXINFO_TESTS_PLUG_IN_H
 
+#include <cmath>
 #include <cstdlib>
 #include <limits>
 #include <memory>
