@@ -26,6 +26,9 @@ using namespace GenApi_3_0;
 
 class EnumerationNode;
 
+// The present value of a feature as text; empty when there is no such feature.
+std::string textIn(const Camera::Tree &tree, const std::string &name);
+
 // What all nodes share: name, access mode, and how the mode depends on another feature.
 class Node : public INode {
 public:
@@ -45,7 +48,8 @@ public:
     EAccessMode mode() const;
 
     EAccessMode ownMode = RW;
-    const Node *condition = nullptr;
+    // By name, since features may be described anew.
+    std::string condition;
     std::string conditionEntry;
 
 protected:
@@ -64,12 +68,6 @@ protected:
     Camera::Tree &tree_;
     std::string name_;
 };
-
-EAccessMode Node::mode() const {
-    if (ownMode != NI && condition && condition->text() != conditionEntry)
-        return NA;
-    return ownMode;
-}
 
 class CommandNode final : public Node {
 public:
@@ -92,29 +90,28 @@ std::string textFor(bool value) {
 template <typename Value>
 struct Selected {
     Value plain{};
-    const Node *selector = nullptr;
+    std::string selector;
     std::map<std::string, Value> byEntry;
     std::vector<Value> readings;
 
-    const Value &current() const {
-        if (!selector)
-            return plain;
-        const auto found = byEntry.find(selector->text());
+    const Value &current(const Camera::Tree &tree) const {
+        const auto found = byEntry.find(textIn(tree, selector));
         return found == byEntry.end() ? plain : found->second;
     }
-    Value reading() {
+    Value reading(const Camera::Tree &tree) {
         if (readings.size() > 1) {
             const Value next = readings.front();
             readings.erase(readings.begin());
             return next;
         }
-        return readings.empty() ? current() : readings.front();
+        return readings.empty() ? current(tree) : readings.front();
     }
-    void set(Value value) {
-        if (selector)
-            byEntry[selector->text()] = value;
-        else
+    void set(const Camera::Tree &tree, Value value) {
+        const std::string entry = textIn(tree, selector);
+        if (entry.empty())
             plain = value;
+        else
+            byEntry[entry] = value;
     }
 };
 
@@ -160,7 +157,7 @@ public:
     gcstring ToString(bool verify, bool ignoreCache) override {
         touch(Op::ToString, {}, verify, ignoreCache);
         requireReadable();
-        return textFor(values.reading()).c_str();
+        return textFor(values.reading(tree_)).c_str();
     }
     void FromString(const gcstring &valueText, bool verify) override {
         touch(Op::FromString, valueText.c_str(), verify);
@@ -169,7 +166,7 @@ public:
     Value GetValue(bool verify, bool ignoreCache) override {
         touch(Op::GetValue, {}, verify, ignoreCache);
         requireReadable();
-        return values.reading();
+        return values.reading(tree_);
     }
     void SetValue(Value value, bool verify) override {
         char room[40];
@@ -180,7 +177,7 @@ public:
     Value GetMax() override { return limit(Op::GetMax, max); }
     Value GetInc() override { return limit(Op::GetInc, inc); }
 
-    std::string text() const override { return textFor(values.current()); }
+    std::string text() const override { return textFor(values.current(tree_)); }
 
     Selected<Value> values;
     Value min = std::numeric_limits<Value>::lowest();
@@ -203,7 +200,7 @@ private:
         if (verify && inc != 0 && !onGrid(value, min, inc))
             SCRIPTED_THROW(OutOfRangeException, "Value %s is off the increment %s. : %s",
                            textFor(value).c_str(), textFor(inc).c_str(), name_.c_str());
-        values.set(value);
+        values.set(tree_, value);
     }
 };
 
@@ -458,6 +455,16 @@ struct Camera::Tree final : INodeMap {
 
 namespace {
 
+std::string textIn(const Camera::Tree &tree, const std::string &name) {
+    const Node *node = tree.find(name);
+    return node ? node->text() : std::string();
+}
+
+EAccessMode Node::mode() const {
+    const std::string shown = textIn(tree_, condition);
+    return ownMode != NI && !shown.empty() && shown != conditionEntry ? NA : ownMode;
+}
+
 void Node::touch(Op op, std::string_view detail, bool verify, bool ignoreCache) const {
     tree_.touch(op, name_, detail, verify, ignoreCache);
 }
@@ -528,7 +535,8 @@ Camera &Camera::access(EAccessMode mode) {
 
 Camera &Camera::onlyWhile(std::string_view enumeration, std::string_view entry) {
     Node &node = tree_->demand(tree_->last);
-    node.condition = &tree_->demand(enumeration);
+    tree_->demand(enumeration);
+    node.condition = enumeration;
     node.conditionEntry = entry;
     return *this;
 }
@@ -537,7 +545,8 @@ Camera &Camera::selectedBy(std::string_view enumeration,
                            std::initializer_list<std::pair<std::string_view, double>> values) {
     const auto choose = [&](auto &selected) {
         using Value = std::decay_t<decltype(selected.plain)>;
-        selected.selector = &tree_->demand(enumeration);
+        tree_->demand(enumeration);
+        selected.selector = enumeration;
         for (const auto &[entry, value] : values)
             selected.byEntry[std::string(entry)] = static_cast<Value>(value);
     };

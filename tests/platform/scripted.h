@@ -57,8 +57,8 @@ enum class Op {
     EntryLookup,     /**< GetEntryByName() of an enumeration; the detail is the entry's name */
     EntryAccessMode, /**< GetAccessMode() of an entry; the detail is the entry's name */
     EntryRead,       /**< the value of an entry; the detail is the entry's name */
-    Call, /**< a function of the framework or of the host, the detail its arguments */
-    Log   /**< a line came to the system log: the detail is its text, as far as there is room */
+    Call,            /**< a function of the framework or of the host, the detail its arguments */
+    Log /**< a line came to the system log: the detail is its text, as far as there is room */
 };
 
 /** A short text in a fixed place, cut to what fits. */
@@ -255,7 +255,7 @@ public:
                               static_cast<double>(inc));
     }
     Camera &access(GenApi_3_0::EAccessMode mode);
-    /** It is not available unless that enumeration shows that entry. */
+    /** It is not available while that enumeration shows another entry. */
     Camera &onlyWhile(std::string_view enumeration, std::string_view entry);
     /** It holds one number per entry of that enumeration, of which the current entry's counts. */
     Camera &selectedBy(std::string_view enumeration,

@@ -272,7 +272,7 @@ TEST_F(Discovery, EnumeratesAfreshAtEachCall) {
 TEST_F(Discovery, LogsItsExitCodeAfterShuttingTheFrameworkDown) {
     probe(nullptr, 4, kSystemLog);
     std::vector<Event> all = trace();
-    if (all.front() == call("openlog"))
+    if (all.front() == scripted::event(Op::Log, "openlog"))
         all.erase(all.begin());
     EXPECT_THAT(
         all,

@@ -172,7 +172,7 @@ KX_API void KxSc__ProcExport() {
 KX_API void openlog(const char *ident, int option, int facility) {
     const Uncounted here;
     state.openings.push_back({ident, option, facility});
-    scripted::record(scripted::call("openlog"));
+    scripted::record(scripted::event(scripted::Op::Log, "openlog"));
 }
 
 KX_API void syslog(int priority, const char *format, ...) {

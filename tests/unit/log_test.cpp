@@ -178,7 +178,7 @@ TEST_F(LogInAFreshProcess, OpensTheSystemLogOnceBeforeAnythingElse) {
         EXPECT_EQ(5, host::openings()[0].option);
         EXPECT_EQ(LOG_PID | LOG_ODELAY, host::openings()[0].option);
         EXPECT_EQ(LOG_DAEMON, host::openings()[0].facility);
-        EXPECT_EQ(call("openlog"), trace().front());
+        EXPECT_EQ(scripted::event(Op::Log, "openlog"), trace().front());
 
         probe("S1", 4, 2);
         probe("S1", 4, 1);
