@@ -139,7 +139,7 @@ TEST_F(Driver, TellsOfAnErrorOfNoKnownKind) {
               run());
 }
 
-TEST_F(Driver, WritesErrorLinesToTheSystemLogUnderTheFunctionAndToStandardOutputUnderTheModule) {
+TEST_F(Driver, NamesItsFunctionInTheSystemLogAndItsModuleOnStandardOutput) {
     const Logged logged = run();
     EXPECT_EQ("[d|ProcOnce] Using device Model:Nano-M2020 Serial:S1234\n", logged.system[1].text);
     EXPECT_EQ(LOG_DEBUG, logged.system[1].priority);

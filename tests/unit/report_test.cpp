@@ -292,11 +292,4 @@ TEST_F(Report, ShowsTheValueBeforeForOneThatIsMissing) {
     EXPECT_EQ("ExposureTimeAbs, us : 5000.0\n", texts[13]);
 }
 
-TEST_F(Report, TakesTheIdentityFromTheRecordAndNotFromTheCamera) {
-    camera.integer("DeviceVendorName", 1).integer("DeviceModelName", 1);
-    run();
-    for (const Event &event : trace())
-        EXPECT_NE(0u, event.subject.view().find("DeviceVendor")) << "the camera was asked";
-}
-
 } // namespace
