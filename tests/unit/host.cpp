@@ -30,8 +30,8 @@ struct {
     int outFile = -1; // standard output while it is caught
 } state;
 
-long allocationCount = 0;
-long liveCount = 0;
+[[maybe_unused]] long allocationCount = 0;
+[[maybe_unused]] long liveCount = 0;
 int uncounted = 0; // more than 0 while the host's own functions run
 
 class Uncounted {
