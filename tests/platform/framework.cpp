@@ -19,6 +19,8 @@ struct Framework::State {
     GEV_STATUS listStatus = GEVLIB_OK;
     bool listFails = false;
 
+    GEV_STATUS complaint = GEVLIB_OK;
+
     GEV_STATUS openStatus = GEVLIB_OK;
     bool openGivesHandle = true;
     bool open = false;
@@ -74,6 +76,11 @@ Framework &Framework::counts(int cameras) {
 Framework &Framework::failsToList(GEV_STATUS status) {
     state_->listFails = true;
     state_->listStatus = status;
+    return *this;
+}
+
+Framework &Framework::complains(GEV_STATUS status) {
+    state_->complaint = status;
     return *this;
 }
 
@@ -134,7 +141,7 @@ GEV_STATUS GevGetCameraList(GEV_CAMERA_INFO *cameras, int maxCameras, int *numCa
     const int filled = std::min(static_cast<int>(state.cameras.size()), maxCameras);
     std::copy_n(state.cameras.begin(), std::max(filled, 0), cameras);
     *numCameras = state.count.value_or(filled);
-    return GEVLIB_OK;
+    return state.complaint;
 }
 
 GEV_STATUS GevOpenCamera(GEV_CAMERA_INFO *device, GevAccessMode mode, GEV_CAMERA_HANDLE *handle) {
@@ -157,7 +164,7 @@ GEV_STATUS GevCloseCamera(GEV_CAMERA_HANDLE *handle) {
         return GEVLIB_ERROR_INVALID_HANDLE;
     framework().state().open = false;
     *handle = nullptr;
-    return GEVLIB_OK;
+    return framework().state().complaint;
 }
 
 void *GevGetFeatureNodeMap(GEV_CAMERA_HANDLE) {
@@ -194,10 +201,10 @@ GEV_STATUS GevGetFeatureValue(GEV_CAMERA_HANDLE handle, const char *feature, int
 
 GEV_STATUS GevApiUninitialize() {
     record(scripted::apiUninitialize());
-    return GEVLIB_OK;
+    return framework().state().complaint;
 }
 
 int _CloseSocketAPI() {
     record(scripted::closeSocketApi());
-    return 0;
+    return framework().state().complaint;
 }

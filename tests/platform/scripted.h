@@ -331,6 +331,8 @@ public:
     Framework &counts(int cameras);
     /** Discovery returns that status and leaves the count as it was. */
     Framework &failsToList(GEV_STATUS status);
+    /** Listing, closing and shutting down return that status, though they do their work. */
+    Framework &complains(GEV_STATUS status);
     /** Opening returns that status, and a handle or null. */
     Framework &opensWith(GEV_STATUS status, bool withHandle);
     /** Which node map an opened camera has. */

@@ -268,6 +268,20 @@ TEST_F(ScriptedPlatform, OpensAndClosesAsTold) {
                                      openCamera(0, GevControlMode), openCamera(0, GevControlMode)));
 }
 
+TEST_F(ScriptedPlatform, ComplainsThoughItDoesItsWork) {
+    framework().sees({{"DALSA", "Nano", "S1"}}).complains(GEVLIB_ERROR_GENERIC);
+    GEV_CAMERA_INFO table[8];
+    int count = 0;
+    EXPECT_EQ(GEVLIB_ERROR_GENERIC, GevGetCameraList(table, 8, &count));
+    EXPECT_EQ(1, count);
+    GEV_CAMERA_HANDLE handle = nullptr;
+    EXPECT_EQ(GEVLIB_OK, GevOpenCamera(&table[0], GevControlMode, &handle));
+    EXPECT_EQ(GEVLIB_ERROR_GENERIC, GevCloseCamera(&handle));
+    EXPECT_EQ(nullptr, handle);
+    EXPECT_EQ(GEVLIB_ERROR_GENERIC, GevApiUninitialize());
+    EXPECT_EQ(GEVLIB_ERROR_GENERIC, _CloseSocketAPI());
+}
+
 TEST_F(ScriptedPlatform, HasANodeMapAReferenceWithoutMapOrNone) {
     EXPECT_NE(nullptr, GevGetFeatureNodeMap(framework().handle()));
     framework().nodeMap(NodeMap::WithoutMap);

@@ -258,6 +258,13 @@ TEST_F(Discovery, FindsNoCameraWhenEnumerationFails) {
     expectNothingOpened();
 }
 
+TEST_F(Discovery, GoesByTheCountAndMindsNoStatus) {
+    framework.sees({{"DALSA", "Nano", "S1"}}).complains(GEVLIB_ERROR_GENERIC);
+    probe(nullptr, 0);
+    EXPECT_EQ(0, exitCode);
+    expectNothingOpened();
+}
+
 TEST_F(Discovery, EnumeratesAfreshAtEachCall) {
     framework.sees({{"DALSA", "Nano", "S1"}});
     probe(nullptr, 0);

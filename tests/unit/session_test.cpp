@@ -185,6 +185,14 @@ TEST_F(Session, ExportsNothingButAsksTheHostAllTheSameWithoutANodeMapBehindTheRe
     EXPECT_THAT(published(), IsEmpty());
 }
 
+TEST_F(Session, MindsNoStatusButThatOfOpening) {
+    framework.complains(GEVLIB_ERROR_GENERIC);
+    probe("S12", 0);
+    EXPECT_EQ(0, exitCode);
+    EXPECT_EQ(15u, published().size());
+    EXPECT_EQ(procExport(), calls()[calls().size() - 4]);
+}
+
 TEST_F(Session, IsRepeatable) {
     probe("S12", 0);
     const std::vector<Event> first = calls();
