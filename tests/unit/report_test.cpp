@@ -284,12 +284,17 @@ TEST_F(Report, MindsNeitherStatusNorTypeOfThePixelFormat) {
 // value that cannot be read shows the one before it.
 TEST_F(Report, ShowsTheValueBeforeForOneThatIsMissing) {
     camera.without("Width").without("Gain");
-    const std::vector<std::string> texts = report();
+    std::vector<std::string> texts = report();
     EXPECT_EQ("ROI OffsX x OffsY   : 8 x 4\n", texts[9]);
     EXPECT_EQ("ROI Width x Height  : 8 x 1200\n", texts[10]);
     EXPECT_EQ("ResultingFrameRate  : 30.0\n", texts[11]);
     EXPECT_EQ("Gain, dB            : 30.0\n", texts[12]);
     EXPECT_EQ("ExposureTimeAbs, us : 5000.0\n", texts[13]);
+
+    camera.without("Height").without("ExposureTime");
+    texts = report();
+    EXPECT_EQ("ROI Width x Height  : 8 x 4\n", texts[10]);
+    EXPECT_EQ("ExposureTimeAbs, us : 30.0\n", texts[13]);
 }
 
 } // namespace
