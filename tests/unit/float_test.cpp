@@ -40,7 +40,8 @@ struct Plain {
 class PlainFloat : public FloatFeature, public testing::WithParamInterface<Plain> {};
 
 TEST_P(PlainFloat, IsReadWrittenAndRangedAsItIs) {
-    const auto [type, name] = GetParam();
+    const PropertyType type = GetParam().type;
+    const char *const name = GetParam().name;
     camera.floating(name, 2.5).range(0.5, 100.0, 0.25);
     const std::string property = std::to_string(type) + " (" + name + ")";
 

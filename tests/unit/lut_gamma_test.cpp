@@ -602,11 +602,12 @@ TEST_F(UsersTable, HasItsChannelSelected) {
     const std::pair<int, const char *> cases[] = {
         {0, "Red"},  {1, "Green"}, {2, "Blue"},
         {5, "Blue"}, {-1, "Blue"}, {std::numeric_limits<int>::min(), "Blue"}};
-    for (const auto &[channel, entry] : cases) {
+    for (const auto &each : cases) {
         cam();
         forget();
-        EXPECT_EQ(silence, logOf([&] { EXPECT_EQ(0, cam().ExPropertySetLUTChannel(channel, 3)); }));
-        EXPECT_THAT(camera.accesses(), ElementsAre(write("LUTSelector", entry)));
+        EXPECT_EQ(silence,
+                  logOf([&] { EXPECT_EQ(0, cam().ExPropertySetLUTChannel(each.first, 3)); }));
+        EXPECT_THAT(camera.accesses(), ElementsAre(write("LUTSelector", each.second)));
     }
     EXPECT_EQ(0, cam().ExPropertySetLUTChannel(0, 2));
     EXPECT_EQ("Red", camera.value("LUTSelector"));
