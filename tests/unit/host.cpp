@@ -12,14 +12,6 @@
 
 #include "kxinfo-dalsa/kx_proc.h"
 
-#if defined(__has_feature)
-#if __has_feature(address_sanitizer)
-#define HOST_SANITIZED
-#endif
-#elif defined(__SANITIZE_ADDRESS__)
-#define HOST_SANITIZED
-#endif
-
 namespace {
 
 struct {
