@@ -1,21 +1,13 @@
 // kxinfo with the plug-in and the open platform, asking virtual cameras.
 
-#include <cstdlib>
+#include "wire.h"
 
-#include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
-
-#include "client.h"
-#include "process.h"
-#include "program.h"
 
 namespace {
 
-class Kxinfo : public testing::Test {
+class Kxinfo : public Wire {
 protected:
-    // The virtual cameras answer at once.
-    static void SetUpTestSuite() { setenv("KXGIGE_DISCOVERY_MS", "300", 1); }
-
     // What the virtual camera's description starts it with.
     const std::string table =
         R"(Setting                      Current  Minimum  Maximum        Step  Unit

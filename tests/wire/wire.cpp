@@ -1,0 +1,85 @@
+#include "wire.h"
+
+#include <chrono>
+#include <csignal>
+#include <cstdlib>
+#include <filesystem>
+#include <map>
+#include <sstream>
+#include <thread>
+
+std::vector<std::string> linesOf(const std::string &text) {
+    std::vector<std::string> lines;
+    std::istringstream stream(text);
+    for (std::string line; std::getline(stream, line);)
+        lines.push_back(line);
+    return lines;
+}
+
+namespace {
+
+std::map<std::string, std::string> valuesOf(const std::string &snapshot) {
+    std::map<std::string, std::string> values;
+    for (const std::string &line : linesOf(snapshot)) {
+        const size_t sign = line.find(" = ");
+        values[line.substr(0, sign)] = sign == line.npos ? "" : line.substr(sign + 3);
+    }
+    return values;
+}
+
+} // namespace
+
+std::vector<std::string> changes(const std::string &before, const std::string &after) {
+    const auto old = valuesOf(before);
+    std::vector<std::string> found;
+    for (const auto &[name, value] : valuesOf(after)) {
+        const auto was = old.find(name);
+        if (was == old.end())
+            found.push_back(name + ": (none) -> " + value);
+        else if (was->second != value)
+            found.push_back(name + ": " + was->second + " -> " + value);
+    }
+    return found;
+}
+
+int commandsIn(const std::string &closingLine) {
+    int sum = 0;
+    for (const std::string kind :
+         {"discovery=", "readreg=", "writereg=", "readmem=", "writemem=", "other="})
+        sum += std::stoi(closingLine.substr(closingLine.find(kind) + kind.size()));
+    return sum;
+}
+
+void Wire::SetUpTestSuite() {
+    setenv("KXGIGE_DISCOVERY_MS", "300", 1);
+}
+
+std::string Wire::snapshotOf(const Simcam &camera, const TemporaryFolder &folder) {
+    const std::string file = folder.path() + "/S1234.txt";
+    std::filesystem::remove(file);
+    camera.signal(SIGUSR1);
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+    while (!std::filesystem::exists(file)) {
+        if (std::chrono::steady_clock::now() > deadline) {
+            ADD_FAILURE() << "no snapshot";
+            return {};
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    }
+    return readFile(file);
+}
+
+std::string Wire::listed(int number, const std::string &serial) {
+    return "  == " + std::to_string(number) +
+           ". Dalsa Device Information ==\n"
+           "  ===================================\n"
+           "  \tDeviceSerial     : " +
+           serial +
+           "\n"
+           "  \tDeviceInterface  : GigE\n"
+           "  \tDeviceModel      : C1936\n";
+}
+
+Result Wire::probeWithLog(const std::string &serial) {
+    return kxinfo({"probe", serial, "--log", "stdout", "--level", "debug"});
+}

@@ -1,0 +1,40 @@
+/** What the tests on the wire have in common: virtual cameras, kxinfo as a user runs it. */
+#ifndef KXINFO_TESTS_WIRE_H
+#define KXINFO_TESTS_WIRE_H
+
+#include <string>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "client.h"
+#include "process.h"
+#include "program.h"
+
+/** The lines of a text, without their ends. */
+std::vector<std::string> linesOf(const std::string &text);
+
+/** The lines in which two texts differ, as "name: before -> after", for lines "name = value". */
+std::vector<std::string> changes(const std::string &before, const std::string &after);
+
+/** How many commands a virtual camera's closing line counts. */
+int commandsIn(const std::string &closingLine);
+
+/** kxinfo and virtual cameras in a network of their own. */
+class Wire : public testing::Test {
+protected:
+    /** The virtual cameras answer at once. */
+    static void SetUpTestSuite();
+
+    /** The lines that the plug-in's listing has for one camera. */
+    static std::string listed(int number, const std::string &serial);
+
+    /** What camera S1234 of a kxinfo-simcam that was given that folder for snapshots holds now. */
+    static std::string snapshotOf(const Simcam &camera, const TemporaryFolder &folder);
+
+    /** kxinfo probe with the log at level debug on standard output. */
+    static Result probeWithLog(const std::string &serial);
+};
+
+#endif
