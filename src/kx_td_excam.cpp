@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <limits>
 
 #include "kxinfo-dalsa/kx_log.h"
 
@@ -18,6 +19,7 @@ namespace KxTd {
 namespace {
 
 using GenApi_3_0::CNodeMapRef;
+using GenApi_3_0::IBoolean;
 using GenApi_3_0::IEnumeration;
 using GenApi_3_0::IFloat;
 using GenApi_3_0::IInteger;
@@ -32,6 +34,14 @@ constexpr int kGammaStateUnknown = 1;
 constexpr int kGammaNotEnabled = -4;
 constexpr int kGammaNoRange = -5;
 constexpr int kGammaOutOfRange = -6;
+constexpr int kNoBrightnessSequence = -3;
+constexpr int kTargetOutOfRange = -5;
+constexpr int kLowerLimitNoRange = -4;
+constexpr int kLowerLimitOutOfRange = -5;
+constexpr int kUpperLimitNoRange = -6;
+constexpr int kUpperLimitOutOfRange = -7;
+constexpr int kLowerLimitNotSet = -8;
+constexpr int kUpperLimitNotSet = -9;
 
 // The names are the camera's own, with its mixed spelling. Both balance ratios are one feature,
 // told apart by its selector; the last row names no feature.
@@ -211,6 +221,19 @@ float toLinear(float decibels) {
     return powf(10.0f, decibels / 20.0f);
 }
 
+// The integer that a limit or a target is written as: without its fraction, and defined for every
+// float, since one that is not a number passes the checks of bounds.
+int truncated(float value) {
+    if (std::isnan(value))
+        return 0;
+    // The nearest floats that an integer of 32 bits can hold.
+    if (value >= 2147483648.0f)
+        return std::numeric_limits<int32_t>::max();
+    if (value <= -2147483648.0f)
+        return std::numeric_limits<int32_t>::min();
+    return static_cast<int>(value);
+}
+
 float floatIncrement(const PropertyEntry &entry) {
     float increment;
     std::memcpy(&increment, &entry.incrementBits, sizeof increment);
@@ -234,6 +257,55 @@ void deliverIntRange(const PropertyEntry &entry, int *min, int *max, int *inc) {
     deliver(min, entry.intMin);
     deliver(max, entry.intMax);
     deliver(inc, entry.incrementBits);
+}
+
+// What the limits of automatic gain and of automatic exposure have in common, and what not.
+struct AutoLimits {
+    PropertyType lower;
+    PropertyType upper;
+    const char *title; // in messages about ranges
+    const char *name;  // in messages about limits
+    bool inDecibels;
+};
+
+// Both limits are checked before the lower is written, and the lower is written before the upper;
+// if that fails, the new lower limit stays. Logs for the operation given.
+int setAutoLimits(CExCam &cam, const AutoLimits &limits, float min, float max,
+                  const char *operation) {
+    const auto written = [&limits](float limit) {
+        return truncated(limits.inDecibels ? toLinear(limit) : limit);
+    };
+    float lowest = 0;
+    float highest = 0;
+    if (cam.ExPropertyGetFloatRange(limits.lower, &lowest, &highest, nullptr) != kDone) {
+        KX_LOG_W_AS(operation, "Can't get %s Min values range for auto mode\n", limits.title);
+        return kLowerLimitNoRange;
+    }
+    if (min > max || lowest > min || min > highest) {
+        KX_LOG_W_AS(operation, "AUTO_%s_RANGE Min is out of bounds: %f is out of %f..%f\n",
+                    limits.name, static_cast<double>(min), static_cast<double>(lowest),
+                    static_cast<double>(highest));
+        return kLowerLimitOutOfRange;
+    }
+    if (cam.ExPropertyGetFloatRange(limits.upper, &lowest, &highest, nullptr) != kDone) {
+        KX_LOG_W_AS(operation, "Can't get %s Max values range for auto mode\n", limits.title);
+        return kUpperLimitNoRange;
+    }
+    if (lowest > max || max > highest) {
+        KX_LOG_W_AS(operation, "AUTO_%s_RANGE Max is out of bounds: %f is out of %f..%f\n",
+                    limits.name, static_cast<double>(max), static_cast<double>(lowest),
+                    static_cast<double>(highest));
+        return kUpperLimitOutOfRange;
+    }
+    if (cam.ExPropertySetInt(limits.lower, written(min)) != kDone) {
+        KX_LOG_W_AS(operation, "Can't set AUTO_%s_MIN\n", limits.name);
+        return kLowerLimitNotSet;
+    }
+    if (cam.ExPropertySetInt(limits.upper, written(max)) != kDone) {
+        KX_LOG_W_AS(operation, "Can't set AUTO_%s_MAX\n", limits.name);
+        return kUpperLimitNotSet;
+    }
+    return kDone;
 }
 
 int noNodeMap(const char *operation, int number, const char *name) {
@@ -400,6 +472,121 @@ int CExCam::ExPropertyGetFloatRange(PropertyType type, float *min, float *max, f
 
     preparation.restore();
     return result;
+}
+
+int CExCam::ExPropertySetEna(PropertyType type, bool enable) {
+    const int row = rowOf(type);
+    const char *name = entries_[row].name;
+    if (!nodeMap)
+        return noNodeMap(__func__, row, name);
+
+    auto *node = find<IBoolean>(nodeMap, name);
+    if (!node)
+        return kNoSuchFeature;
+
+    node->SetValue(enable, true);
+    KX_LOG_D("### set property %u (%s) to %i ###\n", static_cast<unsigned>(row), name,
+             static_cast<int>(enable));
+    return kDone;
+}
+
+int CExCam::ExPropertySetEnumFromStr(const char *feature, const char *entry) {
+    if (!nodeMap) {
+        // The lookup table's words, which log tools look for here too.
+        KX_LOG_W("can't get dev params to change LutGamma mode\n");
+        return kNoNodeMap;
+    }
+
+    auto *enumeration = find<IEnumeration>(nodeMap, feature);
+    if (!enumeration)
+        return kNoSuchFeature;
+
+    setEntry(enumeration, entry);
+    KX_LOG_D("### set enum param \"%s\" to \"%s\"\n", feature, entry);
+    return kDone;
+}
+
+int CExCam::ExPropertySetEnaAutoPush(PropertyType type, bool enable) {
+    const int row = rowOf(type);
+    const char *name = entries_[row].name;
+    if (!nodeMap) {
+        KX_LOG_W("Can't get dev params to enable Auto mode\n");
+        return kNoNodeMap;
+    }
+
+    TemporaryEntry brightnessMode = activeBrightnessMode(nodeMap);
+    if (brightnessMode.needed()) {
+        if (!enable)
+            return kDone; // while automatic control is inactive, all of it is off
+        brightnessMode.apply();
+    }
+
+    int result = kNoSuchFeature;
+    if (auto *automation = find<IEnumeration>(nodeMap, name)) {
+        const char *entry = enable ? "Continuous" : "Off";
+        setEntry(automation, entry);
+        KX_LOG_D("### set property %u (%s) to \"%s\" ###\n", static_cast<unsigned>(row), name,
+                 entry);
+        result = kDone;
+    }
+
+    brightnessMode.restore();
+    return result;
+}
+
+int CExCam::ExPropertySetAutoOff(PropertyType type) {
+    return ExPropertySetEnaAutoPush(type, false);
+}
+
+int CExCam::ExPropertySetAutoCont(PropertyType type) {
+    return ExPropertySetEnaAutoPush(type, true);
+}
+
+int CExCam::ExSetAutoExpoEna(bool enable) {
+    if (!nodeMap) {
+        KX_LOG_W("can't get dev params to trigger Auto mode\n");
+        return kNoNodeMap;
+    }
+
+    auto *brightnessMode = find<IEnumeration>(nodeMap, "autoBrightnessMode");
+    if (!brightnessMode)
+        return kNoSuchFeature;
+    const char *mode = enable ? "Active" : "Off";
+    setEntry(brightnessMode, mode);
+    KX_LOG_D("### set property autoBrightnessMode to %s ###\n", mode);
+    if (!enable)
+        return kDone;
+
+    auto *sequence = find<IEnumeration>(nodeMap, "autoBrightnessSequence");
+    if (!sequence)
+        return kNoBrightnessSequence;
+    setEntry(sequence, "Exposure_Gain_Iris");
+    // The message has a name of its own for the entry.
+    KX_LOG_D("### set property autoBrightnessSequence to ExpoGainIris ###\n");
+    return kDone;
+}
+
+int CExCam::ExSetAutoExpoVal(float target) {
+    if (0.0f > target || target > 1.0f) {
+        // Log tools know this one without a line end.
+        KX_LOG_W("the value %f is out of bounds [%f;%f]", static_cast<double>(target), 0.0, 1.0);
+        return kTargetOutOfRange;
+    }
+    return ExPropertySetInt(AUTO_BRIGHTNESS_TARGET_PROPERTY_TYPE,
+                            truncated(roundf(target * 255.0f)));
+}
+
+int CExCam::ExPropertySetAutoRangeGain(float minDb, float maxDb) {
+    return setAutoLimits(
+        *this, {AUTO_GAIN_MIN_PROPERTY_TYPE, AUTO_GAIN_MAX_PROPERTY_TYPE, "Gain", "GAIN", true},
+        minDb, maxDb, __func__);
+}
+
+int CExCam::ExPropertySetAutoRangeExpo(float minVal, float maxVal) {
+    return setAutoLimits(*this,
+                         {AUTO_EXPOSURE_MIN_PROPERTY_TYPE, AUTO_EXPOSURE_MAX_PROPERTY_TYPE,
+                          "Shutter", "SHUTTER", false},
+                         minVal, maxVal, __func__);
 }
 
 td_lg_states CExCam::ExPropertyGetLUTMode() {

@@ -172,6 +172,75 @@ public:
     int ExPropertyGetFloatRange(PropertyType type, float *min, float *max, float *inc);
     ///@}
 
+    /**
+     * Switches, and automatic control of exposure and gain.
+     *
+     * The camera's automatic control of brightness is "autoBrightnessMode"; below it,
+     * "ExposureAuto" and "GainAuto" say what it may change, within limits.
+     */
+    ///@{
+
+    /** Switches a boolean feature. Features that the camera has as enumerations give -2. */
+    int ExPropertySetEna(PropertyType type, bool enable);
+
+    /**
+     * Writes an enumeration, of any name, by the name of one of its entries.
+     *
+     * An entry that the enumeration does not have raises InvalidArgumentException.
+     */
+    int ExPropertySetEnumFromStr(const char *feature, const char *entry);
+
+    /**
+     * Sets an automatic function (EXPOSURE_AUTO_PROPERTY_TYPE, GAIN_AUTO_PROPERTY_TYPE) to
+     * "Continuous" or "Off". "autoBrightnessMode" is "Active" during the call.
+     *
+     * Switching off while "autoBrightnessMode" is not "Active" writes nothing, and is done.
+     */
+    int ExPropertySetEnaAutoPush(PropertyType type, bool enable);
+
+    /** ExPropertySetEnaAutoPush() to "Off". */
+    int ExPropertySetAutoOff(PropertyType type);
+
+    /** ExPropertySetEnaAutoPush() to "Continuous". */
+    int ExPropertySetAutoCont(PropertyType type);
+
+    /**
+     * Switches automatic control of brightness on, with exposure before gain before iris, or off.
+     *
+     * \return also -3: switched on, but the camera lets no sequence be chosen
+     */
+    int ExSetAutoExpoEna(bool enable);
+
+    /**
+     * Sets the brightness that automatic control is to reach.
+     *
+     * \param target  0 to 1 of full scale; the nearest of 256 levels is written (halves go up). Not
+     *                a number counts as 0
+     * \return also -5: out of range; nothing is written
+     */
+    int ExSetAutoExpoVal(float target);
+
+    /**
+     * Sets the limits of automatic gain, in decibels. The camera gets them as linear factors
+     * without their fraction: 0 dB is written as 1, 6 dB as 1, 12 dB as 3, 20 dB as 10. The first
+     * call switches "GainAuto" to "Continuous" and "gainAutoSource" to "SensorAll" for good.
+     *
+     * A limit that is not a number passes the checks and is written as 0, one beyond 32 bits as the
+     * nearest integer within.
+     *
+     * \return 0; nothing is written on -4: the lower limit's range cannot be read; -5: the lower
+     *         limit is out of range or above the upper; -6, -7: the same for the upper limit; -8:
+     * the lower limit cannot be written; -9: the upper cannot, the lower is
+     */
+    int ExPropertySetAutoRangeGain(float minDb, float maxDb);
+
+    /**
+     * Sets the limits of automatic exposure time, in the camera's unit, without their fraction. The
+     * first call switches "ExposureAuto" to "Continuous" for good. Everything else is as for gain.
+     */
+    int ExPropertySetAutoRangeExpo(float minVal, float maxVal);
+    ///@}
+
     /** Lookup table and gamma, which exclude each other: the table holds one or the other. */
     ///@{
 
