@@ -59,11 +59,11 @@ Bytes zip(const std::string &fileName, const Bytes &content) {
     const zip_int64_t index = zip_file_add(archive.get(), fileName.c_str(), source.get(), 0);
     if (index < 0)
         fail(*zip_get_error(archive.get()));
-    source.release();
+    (void)source.release(); // the archive has it now
     zip_file_set_dostime(archive.get(), static_cast<zip_uint64_t>(index), kTime, kDate, 0);
     if (zip_close(archive.get()) != 0)
         fail(*zip_get_error(archive.get()));
-    archive.release();
+    (void)archive.release(); // closing freed it
 
     zip_stat_t stat;
     if (zip_source_stat(target.get(), &stat) != 0 || zip_source_open(target.get()) != 0)

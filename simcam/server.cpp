@@ -60,6 +60,7 @@ Descriptor openSocket(std::uint32_t address, bool shared, const std::string &pur
 
 std::vector<Descriptor> openSockets(const std::vector<Camera> &cameras) {
     std::vector<Descriptor> sockets;
+    sockets.reserve(cameras.size());
     for (const Camera &camera : cameras)
         sockets.push_back(openSocket(camera.identity().address, false,
                                      "camera " + camera.identity().serial + " cannot be served"));

@@ -161,6 +161,7 @@ std::vector<GEV_CAMERA_INFO> collect(const std::vector<Line> &lines, uint16_t re
                                      Clock::time_point deadline) {
     Cameras cameras;
     std::vector<pollfd> waits;
+    waits.reserve(lines.size());
     for (const Line &line : lines)
         waits.push_back({line.socket.get(), POLLIN, 0});
 

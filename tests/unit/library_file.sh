@@ -32,7 +32,7 @@ runs)
     [ "$(tail -c 1 "$file" | od -An -tx1 | tr -d ' ')" = 0a ] || fail "the line has no end"
 
     expect_version "$("$library" | cat)" "a pipe"
-    "$library" arguments do not matter >"$file" || fail "ends with status $? given arguments"
+    "$library" arguments make no difference >"$file" || fail "ends with status $? given arguments"
     expect_version "$(cat "$file")" "a run with arguments"
     ;;
 needs)
