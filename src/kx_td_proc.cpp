@@ -9,6 +9,7 @@
 #include "kxinfo-dalsa/kx_td_proc.h"
 
 #include <cstdio>
+#include <exception>
 
 #include "kxinfo-dalsa/kx_log.h"
 #include "kxinfo-dalsa/kx_sc.h"
@@ -363,8 +364,9 @@ void CCamProc::ProcParametrizeCamAutoFuncParams(CExCam *cam) {
 void CCamProc::ProcParametrizeCamOutLines(CExCam *) {
     const PinMapRow &none = KxScIoPinMapLineT[0];
     char choices[132];
-    snprintf(choices, sizeof choices, "\"%s\", \"%s\", \"%s\"", none.name, KxScIoPinMapT[5].name,
-             KxScIoPinMapT[6].name);
+    // No pin's name is longer than that.
+    snprintf(choices, sizeof choices, "\"%.31s\", \"%.31s\", \"%.31s\"", none.name,
+             KxScIoPinMapT[5].name, KxScIoPinMapT[6].name);
     // The current value is the table's row itself, whose number follows the name.
     KxSc__SetParamVal(KxScParamOutLines, KX_SC_NO_INDEX, &none, choices, nullptr, nullptr);
 }

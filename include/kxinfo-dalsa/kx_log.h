@@ -19,6 +19,7 @@
 #ifndef KXINFO_DALSA_KX_LOG_H
 #define KXINFO_DALSA_KX_LOG_H
 
+#include <stddef.h>
 #include <stdint.h>
 #include <stdio.h>
 #include <syslog.h>

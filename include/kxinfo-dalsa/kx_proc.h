@@ -28,18 +28,23 @@ enum {
  *
  * Called by the host, one call at a time; all work is done on the calling thread before it returns.
  *
- * \param serial    serial number of the configured camera, or the beginning of it: the first camera
- *                  in the order of enumeration whose serial begins so is opened, whatever its
- * maker, provided that some Dalsa camera is present. Null lists the Dalsa cameras instead (at level
- * info). Only read during the call \param logMode   sinks of the log, a mask of KX_LOG_MODE_STDOUT
- * and KX_LOG_MODE_SYSLOG \param logLevel  log level, KX_LOG_LEVEL_ERROR to KX_LOG_LEVEL_DEBUG, or 0
+ * \param serial
+ *     Serial number of the configured camera, or the beginning of it: the first camera in the order
+ *     of enumeration whose serial begins so is opened, whatever its maker, provided that some Dalsa
+ *     camera is present; the empty text fits the first camera. Null lists the Dalsa cameras, at
+ *     level info. Only read during the call. At most eight cameras are seen.
+ * \param logMode
+ *     Sinks of the log, a mask of KX_LOG_MODE_STDOUT and KX_LOG_MODE_SYSLOG.
+ * \param logLevel
+ *     Log level, KX_LOG_LEVEL_ERROR to KX_LOG_LEVEL_DEBUG, or 0.
  *
  * \return 0 after a listing or a successful probe, also one that an error of the camera cut short
  *         (what was published until then is exported); 1 when there is no camera, none made by
  *         Dalsa, none with that serial, or it cannot be opened; negative when the probe failed
  *
- * A C++ exception leaves it only if the camera framework raises one while the camera's node map is
- * fetched; the camera then stays open and the framework is not shut down.
+ * A C++ exception leaves it only from between opening the camera and wrapping it: if the framework
+ * raises one while the node map is fetched, or memory is exhausted. The camera then stays open and
+ * the framework is not shut down.
  */
 KX_API int Vendor__Proc(const char *serial, int logMode, int logLevel);
 

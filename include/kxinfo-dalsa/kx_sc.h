@@ -29,7 +29,7 @@ typedef int32_t KxScParamId;
 
 enum {
     KxScParamFps = 0,               /**< acquisition frame rate: float, 1/s */
-    KxScParamGamma = 1,             /**< gamma: float, no unit; -1: gamma is off */
+    KxScParamGamma = 1,             /**< gamma: float, no unit; range -1 to -1: could not be read */
     KxScParamRotate = 2,            /**< image rotation: int32_t 0, no range */
     KxScParamOffsetX = 3,           /**< region of interest, horizontal offset: int32_t, pixels */
     KxScParamOffsetY = 4,           /**< region of interest, vertical offset: int32_t, pixels */
@@ -58,25 +58,28 @@ void KxSc__InitStaticKeys(void);
  *
  * \param id     which setting; the type of its values stands at its name above
  * \param index  always KX_SC_NO_INDEX
- * \param cur    current value. Like the other three it points to a local of the publishing step:
- *               copy what you keep before returning
+ * \param cur    current value. What the four point to is valid during the call only: copy what you
+ *               keep before returning
  * \param min    minimum; null where the setting has none
  * \param max    maximum; null where the setting has none
  * \param inc    increment; null where the setting has none
  *
- * For KxScParamOutLines the values are NUL-terminated texts: \p cur the chosen line's name,
- * \p min the list of choices, each name in double quotes, separated by a comma and a blank; \p max
- * and \p inc are null. For KxScParamRotate \p min, \p max and \p inc are null.
+ * For KxScParamOutLines the values are NUL-terminated texts: \p cur the chosen line's name, in a
+ * field of 128 characters that the line's number follows as an int32_t; \p min the list of choices,
+ * each name in double quotes, separated by a comma and a blank; \p max and \p inc are null. For
+ * KxScParamRotate \p min, \p max and \p inc are null.
  *
- * A camera that lacks a feature has it published as 0; a range in decibels may hold minus infinity
- * or a value that is not a number, and a minimum above its maximum is passed on as it is.
+ * A setting that the camera lacks is published all the same: with zeros, or, where several settings
+ * are read in turn, with what the one before it had; fixed steps and margins apply to these too. A
+ * range in decibels may hold minus infinity or a value that is not a number, and a minimum above
+ * its maximum is passed on as it is.
  */
 void KxSc__SetParamVal(KxScParamId id, uint32_t index, const void *cur, const void *min,
                        const void *max, const void *inc);
 
 /**
  * Makes what was published available to the host's users. Called at most once per camera, only
- * when the run succeeded; without it the host discards what was published.
+ * when the run succeeded; a host discards what was published without it.
  */
 void KxSc__ProcExport(void);
 

@@ -11,9 +11,11 @@
  * Results. Every operation that returns an int uses:
  *    0  done; values delivered
  *   -1  the camera has no feature node map; a warning says so
- *   -2  the camera lacks the feature, or has it as another kind of node; not logged
- * Codes beyond these are told at the operation. A value that is not delivered leaves the caller's
- * variable as it was, except where told. Every output pointer may be null.
+ *   -2  the camera lacks the feature, or has it as another kind of node; operations that take a
+ *       PropertyType do not log that
+ * Codes beyond these, and other meanings of them, are told at the operation. A value that is not
+ * delivered leaves the caller's variable as it was, except where told. Every output pointer may be
+ * null.
  *
  * Exceptions. Nothing is caught: what the node map raises (GenICam_3_0::GenericException and its
  * derivatives: no access, out of range, no answer …) reaches the caller. A mode that was switched
@@ -61,7 +63,7 @@ enum PropertyType : int {
     BALANCE_WHITE_PERIOD_PROPERTY_TYPE = 19,   /**< "balanceWhitePeriod" */
     BALANCE_RATIO_RED_PROPERTY_TYPE = 20,      /**< "BalanceRatio" of the red channel, float, dB */
     BALANCE_RATIO_BLUE_PROPERTY_TYPE = 21,     /**< "BalanceRatio" of the blue channel, float, dB */
-    UNSPECIFIED_PROPERTY_TYPE = 22             /**< no camera feature: every operation returns -2 */
+    UNSPECIFIED_PROPERTY_TYPE = 22             /**< no camera feature: operations find none */
 };
 
 /** What the camera's lookup table does. */
@@ -257,7 +259,8 @@ public:
      * Delivers the range of gamma, read from the camera once. While it is read, "lutType" is
      * "GammaCorrection".
      *
-     * \return also 1: the state of the table cannot be read; nothing is delivered
+     * \return also 1: the state of the table cannot be read, also without a node map; nothing is
+     *         delivered
      */
     int ExPropertyGetGammaRange(float *min, float *max, float *inc);
 
@@ -273,7 +276,8 @@ public:
      * value more than 0.06 outside the camera's range is refused before it is written.
      *
      * \return also -4: the gamma curve cannot be switched on; -5: the range cannot be read;
-     *         -6: out of range; -1 also when the state of the table cannot be read
+     *         -6: out of range; -1 also, without a warning, when the state of the table cannot be
+     *         read
      */
     int ExPropertySetGamma(float gamma);
 

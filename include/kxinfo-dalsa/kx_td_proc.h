@@ -6,8 +6,8 @@
  * programs that have a KxTd::CExCam of their own; its `info` must be set. They publish through the
  * host's functions (kx_sc.h), which the program must then provide.
  *
- * A feature that the camera lacks is shown and published as 0, or, inside a step that handles
- * several settings in turn, as what the setting before it left.
+ * A feature that the camera lacks is shown and published as 0 (gamma as -1), or, inside a step that
+ * handles several settings in turn, as what the setting before it left.
  */
 #ifndef KXINFO_DALSA_KX_TD_PROC_H
 #define KXINFO_DALSA_KX_TD_PROC_H
@@ -57,9 +57,13 @@ public:
     /** Publishes manual exposure time. */
     void ProcParametrizeCamManExpo(CExCam *cam);
     /**
-     * Publishes gamma, with a step of at least 0.1. The camera's lookup table holds the gamma curve
-     * while it is read, and is put back, unless an exception cuts the reading short: that is
-     * logged, and what was read until then is published.
+     * Publishes gamma, with a step of at least 0.1; a range from -1 to -1 could not be read.
+     *
+     * The camera's lookup table is switched to the gamma curve while it is read, and then back: the
+     * user's table comes back in 12 bits where the camera has that choice; a table that was off
+     * keeps the type of the gamma curve; one that did anything else ends up off. An exception that
+     * cuts the reading short is logged, leaves the table as it is, and what was read until then is
+     * published.
      */
     void ProcParametrizeCamGamma(CExCam *cam);
     /** Publishes the automatic functions' brightness target and their limits of gain and exposure.
