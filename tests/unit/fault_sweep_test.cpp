@@ -1,0 +1,467 @@
+// An error of the camera at every single access of a whole probe, of every kind there is.
+//
+// A probe without an error is the reference: it tells in which order things happen. Of a probe
+// whose k-th access raises an error everything is known then. Until that access it is the
+// reference; after it come the line that tells of the error and the closing lines, and nothing else
+// happens but the export, the closing and the shutting down. The gamma step alone goes on, with
+// what it has read, and all later steps run. What the camera is left with follows from the writes
+// that a probe makes, which are listed here and not taken from the reference.
+
+#include "plug_in.h"
+
+#include <algorithm>
+#include <iostream>
+#include <iterator>
+#include <map>
+#include <sstream>
+#include <stdexcept>
+
+namespace {
+
+template <typename Error>
+bool isBeingHandled() {
+    try {
+        throw;
+    } catch (const Error &) {
+        return true;
+    } catch (...) {
+        return false;
+    }
+}
+
+struct Kind {
+    const char *name;
+    Fault fault;
+    const char *message; // behind the origin, or alone
+    bool hasOrigin;
+    int status;
+    bool (*isBeingHandled)();
+};
+
+// The first two have no line end, the eighth is spelt so, the last has no origin.
+const Kind kKinds[] = {
+    {"invalid argument", Fault::InvalidArgument,
+     "GenApi: Invalid Argument Exception the sensor is asleep", true, -3,
+     isBeingHandled<GenICam_3_0::InvalidArgumentException>},
+    {"property", Fault::Property, "GenApi: Property Exception the sensor is asleep", true, 0,
+     isBeingHandled<GenICam_3_0::PropertyException>},
+    {"logical error", Fault::LogicalError, "GenApi: Logical Error Exception the sensor is asleep\n",
+     true, -14, isBeingHandled<GenICam_3_0::LogicalErrorException>},
+    {"out of range", Fault::OutOfRange, "GenApi: OutOfRange Exception the sensor is asleep\n", true,
+     -13, isBeingHandled<GenICam_3_0::OutOfRangeException>},
+    {"runtime", Fault::Runtime, "GenApi: Runtime Exception the sensor is asleep\n", true, -1,
+     isBeingHandled<GenICam_3_0::RuntimeException>},
+    {"access", Fault::Access, "GenApi: Access Exception the sensor is asleep\n", true, -17,
+     isBeingHandled<GenICam_3_0::AccessException>},
+    {"timeout", Fault::Timeout, "GenApi: Timeout Exception the sensor is asleep\n", true, -6,
+     isBeingHandled<GenICam_3_0::TimeoutException>},
+    {"dynamic cast", Fault::DynamicCast, "GenApi: DynamiceCast Exception the sensor is asleep\n",
+     true, -2, isBeingHandled<GenICam_3_0::DynamicCastException>},
+    {"standard library", Fault::StdRuntimeError, "StdLib: Exception the sensor is asleep\n", true,
+     -14, isBeingHandled<std::runtime_error>},
+    {"number", Fault::Number, " GenApi: Unknown Error Exception (catchall)\n", false, -1,
+     isBeingHandled<int>},
+};
+
+std::string messageOf(const Kind &kind, const std::string &origin) {
+    return kind.hasOrigin ? " Origin " + origin + " - " + kind.message : kind.message;
+}
+
+// What a camera's lookup table does before the probe, and what follows from it.
+struct Table {
+    const char *name;
+    const char *mode;
+    const char *type;
+    std::vector<Event> writes; // of the gamma step
+    // How many accesses the gamma step makes, and how many of them until it knows the range and
+    // until it knows the value.
+    std::size_t accesses;
+    std::size_t untilRange;
+    std::size_t untilValue;
+};
+
+// The state takes two lookups and two reads, putting it two lookups and its writes, the range a
+// lookup and three reads, the value a lookup and a read.
+std::vector<Table> tables() {
+    const Event gamma = write("lutType", "GammaCorrection");
+    const Event active = write("lutMode", "Active");
+    const Event off = write("lutMode", "Off");
+    return {
+        {"table off", "Off", "UserDefined", {gamma, active, off}, 25, 16, 22},
+        {"user table",
+         "Active",
+         "UserDefined",
+         {gamma, active, write("lutType", "UserDefined"), write("lutSize", "Bpp12"), active},
+         28,
+         16,
+         22},
+        // The report has read the range already, so the step has it with the state.
+        {"gamma on", "Active", "GammaCorrection", {}, 10, 4, 10},
+    };
+}
+
+// All that a probe writes, in order: outside its gamma step the same for every table.
+std::vector<Event> writesOf(const Table &table) {
+    const Event gain = write("GainSelector", "SensorAll");
+    std::vector<Event> all = {write("DeviceTemperatureSelector", "Internal"), gain, gain, gain};
+    const auto append = [&](const std::vector<Event> &more) {
+        all.insert(all.end(), more.begin(), more.end());
+    };
+    append(table.writes);
+
+    const Event active = write("autoBrightnessMode", "Active");
+    const Event off = write("autoBrightnessMode", "Off");
+    const Event source = write("gainAutoSource", "SensorAll");
+    append({active, off, active, off});                                      // target
+    append({active, write("GainAuto", "Continuous"), source, off});          // gain, lower limit
+    append({active, source, off});                                           // its range
+    append({active, source, off, active, source, off});                      // gain, upper limit
+    append({active, write("ExposureAuto", "Continuous"), off, active, off}); // exposure, lower
+    append({active, off, active, off});                                      // exposure, upper
+    return all;
+}
+
+bool isWrite(const Event &event) {
+    return event.op == Op::FromString || event.op == Op::SetValue || event.op == Op::SetIntValue;
+}
+bool isLog(const Event &event) {
+    return event.op == Op::Log;
+}
+bool isAccess(const Event &event) {
+    return event.op != Op::Call && !isLog(event);
+}
+bool isPublication(const Event &event) {
+    return event.op == Op::Call && event.subject == call("KxSc__SetParamVal").subject;
+}
+
+Event logEvent(const Line &line) {
+    return scripted::event(Op::Log, std::to_string(line.system.priority), line.system.text);
+}
+
+// Where two sequences of events part, in words; empty when they are the same.
+std::string difference(const std::vector<Event> &expected, const std::vector<Event> &seen) {
+    if (expected == seen)
+        return {};
+    std::size_t i = 0;
+    while (i < expected.size() && i < seen.size() && expected[i] == seen[i])
+        ++i;
+    std::ostringstream words;
+    words << "event " << i << ": expected ";
+    i < expected.size() ? words << expected[i] : words << "the end";
+    words << ", seen ";
+    i < seen.size() ? words << seen[i] : words << "the end";
+    return words.str();
+}
+
+using Values = std::map<std::string, std::string>;
+
+// What can be seen of one probe.
+struct Seen {
+    int exitCode = -99;
+    Logged logged;
+    std::vector<Event> events;
+    std::vector<Publication> published;
+    Values values; // of all features, afterwards
+    long blocksLeft = 0;
+    bool open = true;
+};
+
+class FaultSweep : public Probe {
+protected:
+    void describe(const Table &table) {
+        scripted::reset();
+        host::reset();
+        framework.sees({{"Teledyne DALSA", "Nano-M2020", "S1234"}})
+            .featureValue("PixelFormat", 0x01080001);
+        describeWholeCamera(camera);
+        camera.enumeration("DeviceTemperatureSelector", "Mainboard", {"Internal", "Mainboard"});
+        camera.enumeration("lutMode", table.mode, {"Off", "Active"});
+        camera.enumeration("lutType", table.type, {"UserDefined", "GammaCorrection"});
+        camera.feature("gammaCorrection").range(0.25, 4.0, 0.05);
+        // One gain for all entries of its selector: no value but a written one changes.
+        camera.floating("Gain", 10.0).range(1.0, 100.0);
+    }
+
+    Values valuesNow() const {
+        Values values;
+        for (const std::string &name : camera.names())
+            values[name] = camera.value(name);
+        return values;
+    }
+
+    // Probes the camera as it has been described.
+    Seen run() {
+        Seen seen;
+        seen.logged = host::caught([&] {
+            const long before = host::liveBlocks();
+            seen.exitCode = Vendor__Proc("S12", kBothSinks, KX_LOG_LEVEL_DEBUG);
+            seen.blocksLeft = host::liveBlocks() - before;
+        });
+        seen.events = trace();
+        seen.published = published();
+        seen.values = valuesNow();
+        seen.open = framework.isOpen();
+        return seen;
+    }
+
+    void sweep(const Table &table);
+
+private:
+    Seen expected(const Table &table, const Seen &reference, std::size_t access,
+                  const Kind &kind) const;
+    static void expectSame(const Seen &expected, const Seen &seen);
+};
+
+// Of a probe of that camera whose access of that number, from 0 on, raises that error.
+Seen FaultSweep::expected(const Table &table, const Seen &reference, std::size_t access,
+                          const Kind &kind) const {
+    const std::vector<Event> &events = reference.events;
+    const auto find = [&](const Event &event) {
+        return static_cast<std::size_t>(std::find(events.begin(), events.end(), event) -
+                                        events.begin());
+    };
+    const auto countUntil = [&](std::size_t end, bool (*what)(const Event &)) {
+        return static_cast<std::size_t>(
+            std::count_if(events.begin(), events.begin() + static_cast<std::ptrdiff_t>(end), what));
+    };
+    const std::vector<host::SystemLine> &system = reference.logged.system;
+
+    std::size_t at = 0; // the event that the access is
+    for (std::size_t left = access;; ++at) {
+        if (isAccess(events[at]) && left-- == 0)
+            break;
+    }
+    const std::size_t logs = countUntil(at, isLog);
+    const std::size_t publications = countUntil(at, isPublication);
+    const std::size_t writes = countUntil(at, isWrite);
+
+    Seen all;
+    all.exitCode = 0;
+    all.open = false;
+    all.events.assign(events.begin(), events.begin() + static_cast<std::ptrdiff_t>(at) + 1);
+    all.logged.system.assign(system.begin(), system.begin() + static_cast<std::ptrdiff_t>(logs));
+    // A line of the system log comes before its twin on standard output, for which the temperature
+    // is read once more.
+    const bool betweenTwins = events[at] == read("DeviceTemperature") && isLog(events[at - 1]);
+    all.logged.out =
+        reference.logged.out.substr(0, system[betweenTwins ? logs - 1 : logs].outBefore);
+    all.published.assign(reference.published.begin(),
+                         reference.published.begin() + static_cast<std::ptrdiff_t>(publications));
+
+    const auto log = [&](const Line &line) {
+        all.events.push_back(logEvent(line));
+        all.logged.system.push_back(line.system);
+        all.logged.out += line.out;
+    };
+    std::vector<Event> written = writesOf(table);
+    const std::size_t writesAfterGamma = 4 + table.writes.size();
+
+    const std::size_t stepBegins = find(setParamVal(KxScParamExposure));
+    const std::size_t stepEnds = find(setParamVal(KxScParamGamma));
+    if (at > stepBegins && at < stepEnds) {
+        const std::size_t done = access - countUntil(stepBegins, isAccess);
+        const bool hasRange = done >= table.untilRange;
+        const bool hasValue = done >= table.untilValue;
+        const Publication gamma =
+            floats(KxScParamGamma, hasValue ? 0.5f : 0.0f, hasRange ? 0.25f : -1.0f,
+                   hasRange ? 4.0f : -1.0f, hasRange ? 0.05f : 0.0f);
+        const std::string text = std::string("  cur Gamma val is ") +
+                                 (hasValue ? "0.500000" : "0.000000") +
+                                 (hasRange ? " (min 0.250000, max 4.000000, inc 0.050000)"
+                                           : " (min -1.000000, max -1.000000, inc 0.000000)") +
+                                 " (status " + std::to_string(kind.status) + ")\n";
+        log(scenario.debug("ProcParametrizeCamGamma", messageOf(kind, "check gamma config")));
+        log(scenario.debug("ProcParametrizeCamGamma", text));
+        all.published.push_back(gamma);
+
+        // From its publication on, all is as without the error.
+        const std::size_t logsAtEnd = countUntil(stepEnds, isLog);
+        all.events.insert(all.events.end(), events.begin() + static_cast<std::ptrdiff_t>(stepEnds),
+                          events.end());
+        all.logged.system.insert(all.logged.system.end(),
+                                 system.begin() + static_cast<std::ptrdiff_t>(logsAtEnd),
+                                 system.end());
+        all.logged.out += reference.logged.out.substr(system[logsAtEnd].outBefore);
+        all.published.insert(all.published.end(),
+                             reference.published.begin() +
+                                 static_cast<std::ptrdiff_t>(publications) + 1,
+                             reference.published.end());
+        written.erase(written.begin() + static_cast<std::ptrdiff_t>(writes),
+                      written.begin() + static_cast<std::ptrdiff_t>(writesAfterGamma));
+    } else {
+        log(scenario.debug("ProcOnce", messageOf(kind, "check config")));
+        log(scenario.debug("ProcOnce", "Finished loop with: status=" + std::to_string(kind.status) +
+                                           ", rc=0\n"));
+        log(scenario.debug("KxTd__Proc", "scenario is completed (rc = 0)\n"));
+        all.events.push_back(procExport());
+        all.events.push_back(closeCamera());
+        log(frame.debug("_t_kxtd_check_loop", "device is disconnected\n"));
+        all.events.push_back(apiUninitialize());
+        all.events.push_back(closeSocketApi());
+        log(frame.debug("_t_kxtd_check_loop", "Loop completed (exitCode = 0)\n"));
+        written.resize(writes);
+    }
+
+    all.values = valuesNow();
+    for (const Event &event : written)
+        all.values[std::string(event.subject.view())] = event.detail.view();
+    return all;
+}
+
+void FaultSweep::expectSame(const Seen &expected, const Seen &seen) {
+    EXPECT_EQ(expected.exitCode, seen.exitCode);
+    EXPECT_EQ("", difference(expected.events, seen.events));
+    EXPECT_EQ(expected.logged, seen.logged);
+    EXPECT_EQ(expected.published, seen.published);
+    EXPECT_EQ(1, std::count(seen.events.begin(), seen.events.end(), procExport()));
+    EXPECT_EQ(expected.values, seen.values);
+    EXPECT_EQ(expected.open, seen.open);
+    EXPECT_EQ(expected.blocksLeft, seen.blocksLeft);
+}
+
+void FaultSweep::sweep(const Table &table) {
+    // The first probe of a process opens the system log and lets the library make its buffers.
+    describe(table);
+    run();
+
+    describe(table);
+    const Seen reference = run();
+    const std::size_t accesses = camera.accessCount();
+    ASSERT_EQ(0, reference.exitCode);
+    ASSERT_EQ(0, reference.blocksLeft);
+    std::vector<Event> written;
+    std::copy_if(reference.events.begin(), reference.events.end(), std::back_inserter(written),
+                 isWrite);
+    ASSERT_EQ("", difference(writesOf(table), written));
+    ASSERT_EQ(static_cast<std::ptrdiff_t>(accesses),
+              std::count_if(reference.events.begin(), reference.events.end(), isAccess));
+    std::vector<int> ids;
+    for (const Publication &publication : reference.published)
+        ids.push_back(publication.id);
+    ASSERT_THAT(ids, ElementsAre(3, 4, 5, 6, 0, 2, 18, 19, 1, 11, 13, 14, 16, 17, 21));
+    const auto between = [&](const Event &from, const Event &to) {
+        const auto begin = std::find(reference.events.begin(), reference.events.end(), from);
+        return static_cast<std::size_t>(
+            std::count_if(begin, std::find(begin, reference.events.end(), to), isAccess));
+    };
+    ASSERT_EQ(table.accesses, between(setParamVal(KxScParamExposure), setParamVal(KxScParamGamma)));
+
+    int cases = 0;
+    for (std::size_t access = 0; access < accesses; ++access) {
+        for (const Kind &kind : kKinds) {
+            describe(table);
+            const Seen wanted = expected(table, reference, access, kind);
+            camera.raiseAt(access + 1, kind.fault);
+            expectSame(wanted, run());
+            ++cases;
+            ASSERT_FALSE(HasFailure())
+                << table.name << ", " << kind.name << " error at access " << access + 1;
+        }
+    }
+
+    std::cout << "fault sweep, " << table.name << ": " << accesses << " accesses, " << cases
+              << " cases\n";
+    RecordProperty("cases", cases);
+    EXPECT_LE(1900, cases);
+}
+
+TEST_F(FaultSweep, OfACameraWhoseLookupTableIsOff) {
+    sweep(tables()[0]);
+}
+
+TEST_F(FaultSweep, OfACameraThatAppliesAUserTable) {
+    sweep(tables()[1]);
+}
+
+TEST_F(FaultSweep, OfACameraThatAppliesItsGamma) {
+    sweep(tables()[2]);
+}
+
+// Before there is a scenario: opening fails, or the camera object cannot be made.
+
+const std::vector<Line> kUntilOpening = {
+    frame.debug("_t_kxtd_check_loop", "init Dalsa staff\n"),
+    frame.debug("_t_kxtd_check_loop",
+                "0. Vendor \"Teledyne DALSA\", Model \"Nano-M2020\", Serial \"S1234\"\n"),
+    frame.debug("_t_kxtd_check_loop",
+                "Check configured Serial \"S12\" with \"S1234\" (result 0)\n"),
+};
+
+std::vector<Event> withLogs(std::vector<Event> events, const std::vector<Line> &logged) {
+    for (const Line &line : logged)
+        events.push_back(logEvent(line));
+    return events;
+}
+
+TEST_F(FaultSweep, OfAnOpeningThatFails) {
+    struct {
+        GEV_STATUS status;
+        bool withHandle;
+    } const failures[] = {{GEVLIB_ERROR_ACCESS_DENIED, false},
+                          {GEVLIB_OK, false},
+                          {GEVLIB_ERROR_ACCESS_DENIED, true}};
+    describe(tables()[0]);
+    run();
+
+    for (const auto &failure : failures) {
+        describe(tables()[0]);
+        framework.opensWith(failure.status, failure.withHandle);
+        const Values untouched = valuesNow();
+        const Seen seen = run();
+
+        const Line warning =
+            frame.warning("_t_kxtd_check_loop", "Can't connect to device with SerialID \"S12\"\n");
+        const Line last = frame.debug("_t_kxtd_check_loop", "Loop completed (exitCode = 1)\n");
+        std::vector<Event> events = {logEvent(kUntilOpening[0]),    getCameraList(8),
+                                     logEvent(kUntilOpening[1]),    logEvent(kUntilOpening[2]),
+                                     openCamera(0, GevControlMode), logEvent(warning)};
+        if (failure.withHandle)
+            events.push_back(closeCamera());
+        events.insert(events.end(), {apiUninitialize(), closeSocketApi()});
+        EXPECT_EQ(1, seen.exitCode);
+        EXPECT_EQ("", difference(withLogs(events, {last}), seen.events));
+        EXPECT_EQ(lines({kUntilOpening[0], kUntilOpening[1], kUntilOpening[2], warning, last}),
+                  seen.logged);
+        EXPECT_THAT(seen.published, IsEmpty());
+        EXPECT_EQ(untouched, seen.values);
+        EXPECT_FALSE(seen.open);
+        EXPECT_EQ(0, seen.blocksLeft);
+    }
+}
+
+TEST_F(FaultSweep, OfACameraObjectThatCannotBeMade) {
+    describe(tables()[0]);
+    run();
+
+    int cases = 0;
+    for (const Kind &kind : kKinds) {
+        SCOPED_TRACE(kind.name);
+        describe(tables()[0]);
+        framework.nodeMapRaises(kind.fault);
+        bool left = false;
+        long blocksLeft = -1;
+        const Logged logged = host::caught([&] {
+            const long before = host::liveBlocks();
+            try {
+                Vendor__Proc("S12", kBothSinks, KX_LOG_LEVEL_DEBUG);
+            } catch (...) {
+                left = kind.isBeingHandled();
+            }
+            blocksLeft = host::liveBlocks() - before;
+        });
+
+        EXPECT_TRUE(left);
+        EXPECT_EQ("", difference({logEvent(kUntilOpening[0]), getCameraList(8),
+                                  logEvent(kUntilOpening[1]), logEvent(kUntilOpening[2]),
+                                  openCamera(0, GevControlMode), getFeatureNodeMap()},
+                                 trace()));
+        EXPECT_EQ(lines(kUntilOpening), logged);
+        EXPECT_THAT(published(), IsEmpty());
+        EXPECT_TRUE(framework.isOpen());
+        EXPECT_EQ(0, blocksLeft);
+        ++cases;
+    }
+    EXPECT_EQ(10, cases);
+}
+
+} // namespace
