@@ -5,6 +5,9 @@
 
 namespace {
 
+using testing::Contains;
+using testing::Not;
+
 std::function<int(CExCam *)> check;
 
 Event destroyed() {
@@ -221,6 +224,26 @@ TEST_F(Driver, OfAFailedCheckWritesTheWholeLogLikeThis) {
               "[CIPROC:d]: device is disconnected\n"
               "[CIPROC:d]: Loop completed (exitCode = -2)\n",
               probe("S1", 4, kStandardOutput).out);
+}
+
+// The error line is the only one that names a place in the source instead of an operation.
+TEST_F(Driver, OfAFailedCheckWritesTheWholeLogInBothSinksAndClosesTheCamera) {
+    for (const int value : {-1, -2, std::numeric_limits<int>::min()}) {
+        check = [value](CExCam *) { return value; };
+        EXPECT_EQ(
+            lines({frame.debug("_t_kxtd_check_loop", "init Dalsa staff\n"),
+                   frame.debug("_t_kxtd_check_loop",
+                               "0. Vendor \"DALSA\", Model \"Nano-M2020\", Serial \"S1234\"\n"),
+                   frame.debug("_t_kxtd_check_loop",
+                               "Check configured Serial \"S1\" with \"S1234\" (result 0)\n"),
+                   entry, identity, failure, proc("scenario is completed (rc = -2)\n"),
+                   frame.debug("_t_kxtd_check_loop", "device is disconnected\n"),
+                   frame.debug("_t_kxtd_check_loop", "Loop completed (exitCode = -2)\n")}),
+            probe("S1", 4));
+        EXPECT_EQ(-2, exitCode);
+        EXPECT_FALSE(framework.isOpen());
+        EXPECT_THAT(calls(), Not(Contains(procExport())));
+    }
 }
 
 } // namespace
