@@ -29,6 +29,14 @@ if(KXINFO_SANITIZE)
   add_link_options(-fsanitize=${KXINFO_SANITIZE})
 endif()
 
+if(KXINFO_FUZZ)
+  if(NOT CMAKE_CXX_COMPILER_ID MATCHES "Clang")
+    message(FATAL_ERROR "KXINFO_FUZZ: libFuzzer comes with clang, but the compiler is "
+      "${CMAKE_CXX_COMPILER}. Use the preset 'fuzz', in a build folder of its own.")
+  endif()
+  add_compile_options(-fsanitize=fuzzer-no-link)
+endif()
+
 if(KXINFO_COVERAGE)
   add_compile_options(--coverage)
   add_link_options(--coverage)
