@@ -163,8 +163,8 @@ std::optional<Bytes> Camera::receive(const std::uint8_t *packet, std::size_t siz
     const Bytes bytes(packet, packet + size);
 
     const auto last = lastWrites_.find(sender);
-    if (last != lastWrites_.end() && last->second.command == bytes &&
-        now - last->second.when <= kRetransmissionWindow) {
+    if (delivery == Delivery::Unicast && last != lastWrites_.end() &&
+        last->second.command == bytes && now - last->second.when <= kRetransmissionWindow) {
         ++counts_.repeated;
         count(request.command, static_cast<Status>(load16(last->second.answer.data())));
         return acknowledge ? std::optional(last->second.answer) : std::nullopt;
