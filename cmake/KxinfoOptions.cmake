@@ -11,6 +11,7 @@ set(KXINFO_SANITIZE "" CACHE STRING "Sanitizers to build with, as for -fsanitize
 option(KXINFO_WERROR "Treat compiler warnings as errors" OFF)
 option(KXINFO_COVERAGE "Build for coverage measurement" OFF)
 option(KXINFO_TESTS "Build the tests" ON)
+option(KXINFO_BENCH "Build the benchmarks" OFF)
 option(KXINFO_FUZZ "Build the fuzz targets, with clang and for coverage by libFuzzer" OFF)
 
 if(NOT KXINFO_PLATFORM MATCHES "^(open|vendor)$")

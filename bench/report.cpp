@@ -1,0 +1,96 @@
+// Puts what the benchmarks left into one table and one JSON file.
+//
+//   bench-report OPERATIONS.json WIRE.json INSTRUCTIONS PLUGIN-INSTRUCTIONS ALLOCATIONS OUT.json
+
+#include <cstdio>
+#include <fstream>
+#include <stdexcept>
+#include <string>
+
+#include <nlohmann/json.hpp>
+
+namespace {
+
+using nlohmann::json;
+
+json load(const char *path) {
+    std::ifstream file(path);
+    if (!file)
+        throw std::runtime_error(std::string("cannot read ") + path);
+    return json::parse(file);
+}
+
+void row(const std::string &what, double value, const char *unit) {
+    std::printf("%-58s %14.*f %s\n", what.c_str(), value < 100 ? 2 : 0, value, unit);
+}
+
+void report(char **argv) {
+    const json operations = load(argv[1]);
+    json wire = load(argv[2]);
+    json result;
+
+    std::printf("Camera class, scripted platform\n");
+    for (const json &each : operations.at("benchmarks")) {
+        const std::string name = each.at("name");
+        if (each.contains("error_occurred"))
+            throw std::runtime_error(name + ": " + each.at("error_message").get<std::string>());
+        const double time = each.at("cpu_time");
+        row("  " + name, time, "ns");
+        result["operations_ns"][name] = time;
+    }
+
+    const double instructions = std::stod(argv[3]);
+    const double own = std::stod(argv[4]);
+    const double allocations = std::stod(argv[5]);
+    std::printf("\nOne probe, scripted platform\n");
+    row("  instructions", instructions, "");
+    row("  ... of them in libkxinfo-dalsa.so itself", own, "");
+    row("  heap allocations by libkxinfo-dalsa.so itself", allocations, "");
+    result["probe"] = {{"instructions", instructions},
+                       {"instructions_in_plug_in", own},
+                       {"allocations_by_plug_in", allocations}};
+
+    const json &probe = wire.at("probe");
+    std::printf("\nOne probe of a virtual camera, without finding it (medians of %d)\n",
+                wire.at("runs").get<int>());
+    for (const char *kind : {"readreg", "writereg", "readmem", "writemem", "other", "commands"})
+        row(std::string("  ") + kind, probe.at(kind), "");
+    row("  from open to close", probe.at("open_to_close_ms"), "ms");
+    row("  whole process", probe.at("process_ms"), "ms");
+    row("  ... time on the processor", probe.at("processor_ms"), "ms");
+    const auto against = [&](const char *name, const char *title) {
+        json &tool = wire.at(name);
+        for (const char *value : {"process_ms", "processor_ms", "commands"})
+            tool["ratio"][value] = probe.at(value).get<double>() / tool.at(value).get<double>();
+        std::printf("%s\n", title);
+        row("  its process", tool.at("process_ms"), "ms");
+        row("  ... time on the processor", tool.at("processor_ms"), "ms");
+        row("  its commands", tool.at("commands"), "");
+        row("  ratio of times, ours to its", tool.at("ratio").at("process_ms"), "");
+        row("  ratio of times on the processor, ours to its", tool.at("ratio").at("processor_ms"),
+            "");
+        row("  ratio of commands, ours to its", tool.at("ratio").at("commands"), "");
+    };
+    against("arv_tool_same", "arv-tool-0.8, the same writes, each feature read once");
+    against("arv_tool_least", "arv-tool-0.8, each mode switched only once");
+    result["wire"] = wire;
+
+    std::ofstream(argv[6]) << result.dump(2) << '\n';
+}
+
+} // namespace
+
+int main(int argc, char **argv) {
+    if (argc != 7) {
+        std::fprintf(stderr, "usage: bench-report OPERATIONS.json WIRE.json INSTRUCTIONS "
+                             "PLUGIN-INSTRUCTIONS ALLOCATIONS OUT.json\n");
+        return 2;
+    }
+    try {
+        report(argv);
+    } catch (const std::exception &error) {
+        std::fprintf(stderr, "bench-report: %s\n", error.what());
+        return 1;
+    }
+    return 0;
+}

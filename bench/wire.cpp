@@ -1,0 +1,263 @@
+// Probes a virtual camera, and reads the same features of it with arv-tool-0.8, in turn and each
+// time with a fresh camera; run in a private network. Time is that of the whole process, from its
+// start to its end, less the time that our own took for finding the camera: arv-tool is given the
+// camera's address and looks for none.
+//
+//   bench-wire RUNS KXINFO-SIMCAM BENCH-WIRE-PROBE OUT.json
+
+#include <algorithm>
+#include <chrono>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <fcntl.h>
+#include <fstream>
+#include <map>
+#include <spawn.h>
+#include <stdexcept>
+#include <string>
+#include <sys/resource.h>
+#include <sys/time.h>
+#include <sys/wait.h>
+#include <unistd.h>
+#include <vector>
+
+#include <nlohmann/json.hpp>
+
+extern char **environ; // NOLINT: its name is the C library's
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+using Arguments = std::vector<std::string>;
+using nlohmann::json;
+
+// Every write that the probe makes, in its order, and each feature that it reads: arv-tool shows a
+// value with its minimum, maximum and increment. Reads that the probe repeats stand here once.
+const Arguments kSame = {
+    "DeviceTemperatureSelector", "DeviceTemperatureSelector=Internal", "OffsetX", "OffsetY",
+    "Width", "Height", "AcquisitionFrameRate", "GainSelector=SensorAll", "Gain", "ExposureTime",
+    "PixelFormat", "WidthMax", "HeightMax", "GainSelector=SensorAll", "GainSelector=SensorAll",
+    // gamma
+    "lutMode", "lutType", "lutType=GammaCorrection", "lutMode=Active", "gammaCorrection",
+    "lutMode=Off",
+    // brightness target: value, range
+    "autoBrightnessMode", "autoBrightnessMode=Active", "autoBrightnessTarget",
+    "autoBrightnessMode=Off", "autoBrightnessMode=Active", "autoBrightnessMode=Off",
+    // automatic gain, lower limit: value, range; upper limit
+    "autoBrightnessMode=Active", "GainAuto", "GainAuto=Continuous", "gainAutoSource=SensorAll",
+    "gainAutoMinValue", "autoBrightnessMode=Off", "autoBrightnessMode=Active",
+    "gainAutoSource=SensorAll", "autoBrightnessMode=Off", "autoBrightnessMode=Active",
+    "gainAutoSource=SensorAll", "gainAutoMaxValue", "autoBrightnessMode=Off",
+    "autoBrightnessMode=Active", "gainAutoSource=SensorAll", "autoBrightnessMode=Off",
+    // automatic exposure
+    "autoBrightnessMode=Active", "ExposureAuto", "ExposureAuto=Continuous", "exposureAutoMinValue",
+    "autoBrightnessMode=Off", "autoBrightnessMode=Active", "autoBrightnessMode=Off",
+    "autoBrightnessMode=Active", "exposureAutoMaxValue", "autoBrightnessMode=Off",
+    "autoBrightnessMode=Active", "autoBrightnessMode=Off"};
+
+// The same features with each mode switched once: as little as anybody needs.
+const Arguments kLeast = {"DeviceTemperatureSelector",
+                          "DeviceTemperatureSelector=Internal",
+                          "OffsetX",
+                          "OffsetY",
+                          "Width",
+                          "Height",
+                          "AcquisitionFrameRate",
+                          "GainSelector=SensorAll",
+                          "Gain",
+                          "ExposureTime",
+                          "PixelFormat",
+                          "WidthMax",
+                          "HeightMax",
+                          "lutMode",
+                          "lutType",
+                          "lutType=GammaCorrection",
+                          "lutMode=Active",
+                          "gammaCorrection",
+                          "lutMode=Off",
+                          "autoBrightnessMode",
+                          "autoBrightnessMode=Active",
+                          "autoBrightnessTarget",
+                          "GainAuto",
+                          "GainAuto=Continuous",
+                          "gainAutoSource=SensorAll",
+                          "gainAutoMinValue",
+                          "gainAutoMaxValue",
+                          "ExposureAuto",
+                          "ExposureAuto=Continuous",
+                          "exposureAutoMinValue",
+                          "exposureAutoMaxValue",
+                          "autoBrightnessMode=Off"};
+
+class Child {
+public:
+    explicit Child(const Arguments &arguments) : name_(arguments.front()) {
+        int ends[2];
+        if (pipe2(ends, O_CLOEXEC) != 0)
+            throw std::runtime_error("cannot make a pipe");
+        posix_spawn_file_actions_t actions;
+        posix_spawn_file_actions_init(&actions);
+        posix_spawn_file_actions_adddup2(&actions, ends[1], STDOUT_FILENO);
+        std::vector<char *> raw;
+        for (const std::string &argument : arguments)
+            raw.push_back(const_cast<char *>(argument.c_str()));
+        raw.push_back(nullptr);
+        start_ = Clock::now();
+        const int problem = posix_spawnp(&pid_, raw[0], &actions, nullptr, raw.data(), environ);
+        posix_spawn_file_actions_destroy(&actions);
+        close(ends[1]);
+        out_ = fdopen(ends[0], "r");
+        if (problem != 0)
+            throw std::runtime_error("cannot start " + name_);
+    }
+    ~Child() {
+        if (pid_ > 0) {
+            kill(pid_, SIGKILL);
+            waitpid(pid_, nullptr, 0);
+        }
+        std::fclose(out_);
+    }
+    Child(const Child &) = delete;
+    Child &operator=(const Child &) = delete;
+
+    std::string line() {
+        std::string text;
+        for (int c = std::getc(out_); c != EOF && c != '\n'; c = std::getc(out_))
+            text += static_cast<char>(c);
+        return text;
+    }
+
+    void stop() const { kill(pid_, SIGTERM); }
+
+    /** Reads the output to its end; returns it. */
+    std::string finish() {
+        std::string text;
+        for (int c = std::getc(out_); c != EOF; c = std::getc(out_))
+            text += static_cast<char>(c);
+        int status = 0;
+        rusage usage{};
+        wait4(pid_, &status, 0, &usage);
+        pid_ = -1;
+        lasted_ = Clock::now() - start_;
+        for (const timeval &each : {usage.ru_utime, usage.ru_stime})
+            processor_ +=
+                static_cast<double>(each.tv_sec) * 1000 + static_cast<double>(each.tv_usec) / 1000;
+        if (status != 0)
+            throw std::runtime_error(name_ + " failed:\n" + text);
+        return text;
+    }
+
+    double milliseconds() const {
+        return std::chrono::duration<double, std::milli>(lasted_).count();
+    }
+
+    /** What it used of the processor. */
+    double processorMilliseconds() const { return processor_; }
+
+private:
+    std::string name_;
+    double processor_ = 0;
+    pid_t pid_ = -1;
+    std::FILE *out_ = nullptr;
+    Clock::time_point start_;
+    Clock::duration lasted_{};
+};
+
+struct Series {
+    std::map<std::string, std::vector<double>> values;
+
+    void add(const std::string &name, double value) { values[name].push_back(value); }
+
+    /** What the camera says that it was asked, when it ends. */
+    void addCommands(const std::string &closingLine) {
+        double all = 0;
+        for (const char *kind : {"readreg", "writereg", "readmem", "writemem", "other"}) {
+            const std::string key = std::string(" ") + kind + "=";
+            const auto at = closingLine.find(key);
+            if (at == std::string::npos)
+                throw std::runtime_error("the camera counted no " + std::string(kind));
+            const double count = std::atof(closingLine.c_str() + at + key.size());
+            add(kind, count);
+            all += count;
+        }
+        add("commands", all);
+    }
+
+    json medians() const {
+        json all;
+        for (const auto &[name, each] : values) {
+            std::vector<double> sorted = each;
+            std::sort(sorted.begin(), sorted.end());
+            const std::size_t middle = sorted.size() / 2;
+            all[name] =
+                sorted.size() % 2 ? sorted[middle] : (sorted[middle - 1] + sorted[middle]) / 2;
+        }
+        return all;
+    }
+};
+
+template <typename Use>
+void withFreshCamera(const std::string &simcam, Series &series, Use use) {
+    Child camera({simcam, "--camera", "S1234@127.0.0.2"});
+    if (camera.line().empty())
+        throw std::runtime_error("the virtual camera did not start");
+    use();
+    camera.stop();
+    series.addCommands(camera.finish());
+}
+
+void arvTool(const std::string &simcam, const Arguments &features, Series &series) {
+    Arguments command{"arv-tool-0.8", "-a", "127.0.0.2", "control"};
+    command.insert(command.end(), features.begin(), features.end());
+    withFreshCamera(simcam, series, [&] {
+        Child tool(command);
+        const std::string shown = tool.finish();
+        if (std::count(shown.begin(), shown.end(), '\n') !=
+            static_cast<std::ptrdiff_t>(features.size()))
+            throw std::runtime_error("arv-tool-0.8 did not show every feature:\n" + shown);
+        series.add("process_ms", tool.milliseconds());
+        series.add("processor_ms", tool.processorMilliseconds());
+    });
+}
+
+void ourProbe(const std::string &simcam, const std::string &probe, Series &series) {
+    withFreshCamera(simcam, series, [&] {
+        Child child({probe});
+        long long finding = 0, rest = 0;
+        const std::string said = child.finish();
+        if (std::sscanf(said.c_str(), "%lld %lld", &finding, &rest) != 2)
+            throw std::runtime_error("the probe said no times: " + said);
+        series.add("process_ms", child.milliseconds() - static_cast<double>(finding) / 1000);
+        series.add("processor_ms", child.processorMilliseconds());
+        series.add("open_to_close_ms", static_cast<double>(rest) / 1000);
+    });
+}
+
+} // namespace
+
+int main(int argc, char **argv) {
+    if (argc != 5) {
+        std::fprintf(stderr, "usage: bench-wire RUNS KXINFO-SIMCAM BENCH-WIRE-PROBE OUT.json\n");
+        return 2;
+    }
+    try {
+        setenv("KXGIGE_DISCOVERY_MS", "50", 1);
+        const int runs = std::atoi(argv[1]);
+        Series probe, same, least;
+        for (int run = 0; run < runs; ++run) {
+            ourProbe(argv[2], argv[3], probe);
+            arvTool(argv[2], kSame, same);
+            arvTool(argv[2], kLeast, least);
+        }
+        const json result{{"runs", runs},
+                          {"probe", probe.medians()},
+                          {"arv_tool_same", same.medians()},
+                          {"arv_tool_least", least.medians()}};
+        std::ofstream(argv[4]) << result.dump(2) << '\n';
+    } catch (const std::exception &error) {
+        std::fprintf(stderr, "bench-wire: %s\n", error.what());
+        return 1;
+    }
+    return 0;
+}
