@@ -1,7 +1,8 @@
 // Probes a virtual camera, and reads the same features of it with arv-tool-0.8, in turn and each
 // time with a fresh camera; run in a private network. Time is that of the whole process, from its
 // start to its end, less the time that our own took for finding the camera: arv-tool is given the
-// camera's address and looks for none.
+// camera's address and looks for none. From open to close our own measures itself; of arv-tool it
+// is what its process takes beyond one that only tells its version.
 //
 //   bench-wire RUNS KXINFO-SIMCAM BENCH-WIRE-PROBE OUT.json
 
@@ -221,6 +222,12 @@ void arvTool(const std::string &simcam, const Arguments &features, Series &serie
     });
 }
 
+void arvToolVersion(Series &series) {
+    Child tool({"arv-tool-0.8", "--version"});
+    tool.finish();
+    series.add("process_ms", tool.milliseconds());
+}
+
 void ourProbe(const std::string &simcam, const std::string &probe, Series &series) {
     withFreshCamera(simcam, series, [&] {
         Child child({probe});
@@ -244,16 +251,23 @@ int main(int argc, char **argv) {
     try {
         setenv("KXGIGE_DISCOVERY_MS", "50", 1);
         const int runs = std::atoi(argv[1]);
-        Series probe, same, least;
+        Series probe, same, least, version;
         for (int run = 0; run < runs; ++run) {
             ourProbe(argv[2], argv[3], probe);
             arvTool(argv[2], kSame, same);
             arvTool(argv[2], kLeast, least);
+            arvToolVersion(version);
         }
+        const auto withTime = [&](const Series &series) {
+            json all = series.medians();
+            all["open_to_close_ms"] = all.at("process_ms").get<double>() -
+                                      version.medians().at("process_ms").get<double>();
+            return all;
+        };
         const json result{{"runs", runs},
                           {"probe", probe.medians()},
-                          {"arv_tool_same", same.medians()},
-                          {"arv_tool_least", least.medians()}};
+                          {"arv_tool_same", withTime(same)},
+                          {"arv_tool_least", withTime(least)}};
         std::ofstream(argv[4]) << result.dump(2) << '\n';
     } catch (const std::exception &error) {
         std::fprintf(stderr, "bench-wire: %s\n", error.what());
