@@ -33,7 +33,6 @@ std::string textIn(const Camera::Tree &tree, const std::string &name);
 class Node : public INode {
 public:
     Node(Camera::Tree &tree, std::string_view name) : tree_(tree), name_(name) {}
-    Node(const Node &) = delete;
     Node &operator=(const Node &) = delete;
     ~Node() override = default;
 
@@ -53,6 +52,9 @@ public:
     std::string conditionEntry;
 
 protected:
+    // For a node that takes another's place.
+    Node(const Node &) = default;
+
     void touch(Op op, std::string_view detail = {}, bool verify = false,
                bool ignoreCache = false) const;
 
@@ -184,7 +186,7 @@ public:
     Value max = std::numeric_limits<Value>::max();
     Value inc = 0;
 
-private:
+protected:
     Value limit(Op op, Value value) {
         touch(op);
         if (const EAccessMode now = mode(); now == NI || now == NA)
@@ -212,13 +214,56 @@ public:
     }
 };
 
-class FloatNode final : public NumberNode<IFloat, double> {
+class FloatNode : public NumberNode<IFloat, double> {
 public:
     using NumberNode::NumberNode;
     bool HasInc() override {
         touch(Op::HasInc);
         return inc != 0;
     }
+};
+
+// An integer's interface on top of another node. It stands between the two because the numbers of
+// IInteger and IFloat come from functions of the same names, which no one class can override.
+class IntegerView : public IInteger {
+public:
+    int64_t GetValue(bool verify, bool ignoreCache) override {
+        return static_cast<int64_t>(readNumber(verify, ignoreCache));
+    }
+    void SetValue(int64_t value, bool verify) override {
+        char room[40];
+        writeNumber(textOf(value, room), static_cast<double>(value), verify);
+    }
+    int64_t GetMin() override { return static_cast<int64_t>(std::ceil(lowest())); }
+    int64_t GetMax() override { return static_cast<int64_t>(std::floor(highest())); }
+    int64_t GetInc() override { return std::max<int64_t>(1, static_cast<int64_t>(step())); }
+
+protected:
+    ~IntegerView() override = default;
+
+    virtual double readNumber(bool verify, bool ignoreCache) = 0;
+    virtual void writeNumber(std::string_view text, double value, bool verify) = 0;
+    virtual double lowest() = 0;
+    virtual double highest() = 0;
+    virtual double step() = 0;
+};
+
+// A float that is an integer too: one number, one range, two interfaces.
+class FloatIntegerNode final : public FloatNode, public IntegerView {
+public:
+    explicit FloatIntegerNode(const FloatNode &described) : FloatNode(described) {}
+
+private:
+    double readNumber(bool verify, bool ignoreCache) override {
+        return FloatNode::GetValue(verify, ignoreCache);
+    }
+    void writeNumber(std::string_view text, double value, bool verify) override {
+        touch(Op::SetValue, text, verify);
+        store(value, verify);
+    }
+    double lowest() override { return FloatNode::GetMin(); }
+    double highest() override { return FloatNode::GetMax(); }
+    double step() override { return FloatNode::GetInc(); }
 };
 
 class BooleanNode final : public Node, public IBoolean {
@@ -530,6 +575,12 @@ Camera &Camera::floatRange(double min, double max, double inc) {
 
 Camera &Camera::access(EAccessMode mode) {
     tree_->demand(tree_->last).ownMode = mode;
+    return *this;
+}
+
+Camera &Camera::alsoInteger() {
+    auto &described = tree_->lastAs<FloatNode>("a float");
+    tree_->nodes[tree_->last] = std::make_unique<FloatIntegerNode>(described);
     return *this;
 }
 

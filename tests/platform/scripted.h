@@ -255,6 +255,9 @@ public:
                               static_cast<double>(inc));
     }
     Camera &access(GenApi_3_0::EAccessMode mode);
+    /** A float that the camera offers as an integer too: the same number within the same range,
+     * which must fit 64 bits when asked for as integers. */
+    Camera &alsoInteger();
     /** It is not available while that enumeration shows another entry. */
     Camera &onlyWhile(std::string_view enumeration, std::string_view entry);
     /** It holds one number per entry of that enumeration, of which the current entry's counts. */

@@ -139,6 +139,47 @@ TEST_F(ScriptedPlatform, VerifiesRangeAndIncrementOnlyWhenAsked) {
     EXPECT_EQ("2.5", cam.value("Gain"));
 }
 
+TEST_F(ScriptedPlatform, OffersAFloatAsAnIntegerTooWhenToldSo) {
+    cam.enumeration("autoBrightnessMode", "Active", {"Off", "Active"})
+        .floating("limit", 2.75)
+        .range(1.5, 8.5, 0.5)
+        .onlyWhile("autoBrightnessMode", "Active")
+        .alsoInteger();
+    auto &floating = as<IFloat>("limit");
+    auto &integer = as<IInteger>("limit");
+
+    EXPECT_EQ(2.75, floating.GetValue());
+    EXPECT_EQ(2, integer.GetValue());
+    EXPECT_EQ(1.5, floating.GetMin());
+    EXPECT_EQ(2, integer.GetMin());
+    EXPECT_EQ(8.5, floating.GetMax());
+    EXPECT_EQ(8, integer.GetMax());
+    EXPECT_EQ(0.5, floating.GetInc());
+    EXPECT_EQ(1, integer.GetInc());
+    integer.SetValue(7);
+    EXPECT_EQ(7.0, floating.GetValue());
+    EXPECT_THAT(cam.accesses(),
+                ElementsAre(read("limit"), read("limit"), readMin("limit"), readMin("limit"),
+                            readMax("limit"), readMax("limit"), readInc("limit"), readInc("limit"),
+                            write("limit", 7), read("limit")));
+
+    EXPECT_THROW(integer.SetValue(9), GenICam_3_0::OutOfRangeException);
+    integer.SetValue(9, false);
+    EXPECT_EQ("9", cam.value("limit"));
+    cam.feature("limit").access(GenApi_3_0::RO);
+    EXPECT_THROW(integer.SetValue(2), GenICam_3_0::AccessException);
+    EXPECT_EQ(9, integer.GetValue());
+    as<IEnumeration>("autoBrightnessMode").FromString("Off");
+    EXPECT_THROW(integer.GetValue(), GenICam_3_0::AccessException);
+}
+
+TEST_F(ScriptedPlatform, OffersNoOtherKindAsAnIntegerToo) {
+    cam.integer("I", 1);
+    EXPECT_THROW(cam.alsoInteger(), std::logic_error);
+    cam.floating("F", 1);
+    EXPECT_FALSE(dynamic_cast<IInteger *>(node("F")));
+}
+
 TEST_F(ScriptedPlatform, TakesAnyNumberByDefault) {
     cam.integer("I", 0).floating("F", 0);
     auto &integer = as<IInteger>("I");
