@@ -359,7 +359,8 @@ struct Level {
 class LevelOfBrightness : public TargetOfBrightness, public testing::WithParamInterface<Level> {};
 
 TEST_P(LevelOfBrightness, IsTheNearestOf256AndHalvesGoUp) {
-    const auto &[asked, written] = GetParam();
+    const float asked = GetParam().target;
+    const int written = GetParam().written;
     target();
     EXPECT_EQ(lines({targetLine(written)}),
               logOf([&] { EXPECT_EQ(0, cam().ExSetAutoExpoVal(asked)); }));
@@ -394,11 +395,12 @@ class TargetOutOfBounds : public TargetOfBrightness,
                           public testing::WithParamInterface<BadTarget> {};
 
 TEST_P(TargetOutOfBounds, IsRefusedInAMessageWithoutLineEndBeforeTheCameraIsTouched) {
-    const auto &[asked, shown] = GetParam();
+    const float asked = GetParam().target;
+    const std::string shown = GetParam().shown;
     target();
     EXPECT_EQ(
-        lines({features.warning("ExSetAutoExpoVal", std::string("the value ") + shown +
-                                                        " is out of bounds [0.000000;1.000000]")}),
+        lines({features.warning("ExSetAutoExpoVal",
+                                "the value " + shown + " is out of bounds [0.000000;1.000000]")}),
         logOf([&] { EXPECT_EQ(-5, cam().ExSetAutoExpoVal(asked)); }));
     forget();
     EXPECT_EQ(-5, cam().ExSetAutoExpoVal(asked));
