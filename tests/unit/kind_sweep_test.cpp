@@ -375,6 +375,9 @@ TEST_F(EveryOperation, DoesWhatItMustWhateverIsWrongWithAFeature) {
         }
     }
 
+    if (HasFailure())
+        return; // the sweep ended early: what it reached tells nothing
+
     EXPECT_EQ(35u, featureCount);
     EXPECT_EQ(2u * (35u * 12u + 1u), cameras);
     expectAtLeast(250000);
