@@ -356,6 +356,10 @@ struct Level {
     int written;
 };
 
+void PrintTo(const Level &each, std::ostream *out) {
+    *out << each.target;
+}
+
 class LevelOfBrightness : public TargetOfBrightness, public testing::WithParamInterface<Level> {};
 
 TEST_P(LevelOfBrightness, IsTheNearestOf256AndHalvesGoUp) {
@@ -390,6 +394,10 @@ struct BadTarget {
     float target;
     const char *shown;
 };
+
+void PrintTo(const BadTarget &each, std::ostream *out) {
+    *out << each.shown;
+}
 
 class TargetOutOfBounds : public TargetOfBrightness,
                           public testing::WithParamInterface<BadTarget> {};
@@ -463,6 +471,10 @@ struct LimitsOf {
     float tooLow, tooHigh;
     const char *shownTooLow, *shownTooHigh;
 };
+
+void PrintTo(const LimitsOf &each, std::ostream *out) {
+    *out << each.title;
+}
 
 const LimitsOf kGain{"Gain",
                      "GAIN",
@@ -873,6 +885,10 @@ struct Factor {
     float decibels;
     int written;
 };
+
+void PrintTo(const Factor &each, std::ostream *out) {
+    *out << each.decibels << " dB";
+}
 
 class FactorOfGain : public AutomaticLimits, public testing::WithParamInterface<Factor> {};
 
