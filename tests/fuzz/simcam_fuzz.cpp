@@ -198,7 +198,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     static const Words before = network.words();
     std::map<std::uint32_t, std::set<std::uint32_t>> allowed;
 
-    std::optional<Endpoint> controller;
+    bool controlled = false;
+    Endpoint controller{};
     Clock::time_point heard; // the controller's last command
     Bytes packet;
     for (int count = 0; input.left() > 0 && count < 64; ++count) {
@@ -222,11 +223,11 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
         }
 
         if (network.control() == 0) {
-            MUST(!controller || network.now - heard > milliseconds(500),
+            MUST(!controlled || network.now - heard > milliseconds(500),
                  "control is not lost within the shortest heartbeat timeout");
-            controller.reset();
+            controlled = false;
         }
-        const bool couldWrite = !controller || *controller == sender;
+        const bool couldWrite = !controlled || controller == sender;
         const Bytes exact(packet); // a block of exactly that size
         const auto answer =
             network.camera.receive(exact.data(), exact.size(), sender, delivery, network.now);
@@ -238,17 +239,16 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
         for (const auto &[address, value] : values) {
             // Within one command, control may be taken first and given back last.
             tookControl = tookControl || (address == kControl && (value & 3) != 0);
-            if (couldWrite && (controller || tookControl) && delivery == Delivery::Unicast)
+            if (couldWrite && (controlled || tookControl) && delivery == Delivery::Unicast)
                 allowed[address].insert(
                     address == bootstrap::kHeartbeatTimeout ? std::max(value, 500u) : value);
         }
-        MUST(hasControl == controller.has_value() || (couldWrite && !values.empty()),
+        MUST(hasControl == controlled || (couldWrite && !values.empty()),
              "control changes by a write of its owner's, or to a free camera");
-        if (!hasControl)
-            controller.reset();
-        else if (!controller)
+        if (hasControl && !controlled)
             controller = sender;
-        if (controller && *controller == sender && exact.size() >= kHeaderSize && exact[0] == kKey)
+        controlled = hasControl;
+        if (controlled && controller == sender && exact.size() >= kHeaderSize && exact[0] == kKey)
             heard = network.now;
     }
 
