@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
+#include <memory>
 #include <unistd.h>
 
 #include "gevapi.h"
@@ -83,14 +84,14 @@ int _t_run_session(GEV_CAMERA_INFO *camera, const char *serial, const char *oper
         return kExitNoCamera;
     }
 
-    auto *cam = new KxTd::CExCam(handle);
+    auto cam = std::make_unique<KxTd::CExCam>(handle);
     cam->info = camera;
     KxSc__InitStaticKeys();
-    const int result = KxTd__Proc(cam);
+    const int result = KxTd__Proc(cam.get());
     if (result == 0)
         KxSc__ProcExport();
     GevCloseCamera(&handle);
-    delete cam;
+    cam.reset();
     KX_LOG_D_AS(operation, "device is disconnected\n");
     return result;
 }

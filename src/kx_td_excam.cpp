@@ -180,7 +180,9 @@ void select(const CNodeMapRef *nodeMap, const FloatTreatment &treatment) {
 
 void forceContinuous(const CNodeMapRef *nodeMap, const char *automation) {
     auto *enumeration = find<IEnumeration>(nodeMap, automation);
-    if (enumeration && enumeration->ToString(false, false) != "Continuous")
+    if (!enumeration)
+        return;
+    if (enumeration->ToString(false, false) != "Continuous")
         setEntry(enumeration, "Continuous");
 }
 

@@ -36,6 +36,8 @@ extern KX_API int32_t gKxLogMode;
 
 #ifdef KX_LOG_TAG
 
+#include <algorithm>
+
 /** An error of the calling source file. */
 #define KX_LOG_E(...) KX_LOG_E_AT(__LINE__, __VA_ARGS__)
 
@@ -72,9 +74,8 @@ extern KX_API int32_t gKxLogMode;
             if (gKxLogMode & KX_LOG_MODE_SYSLOG) {                                                 \
                 char kxLogText[1024];                                                              \
                 const size_t kxLogLimit = sizeof kxLogText - 1;                                    \
-                const size_t kxLogUsed = static_cast<size_t>(sysPrefix);                           \
-                if (kxLogUsed < kxLogLimit)                                                        \
-                    snprintf(kxLogText + kxLogUsed, kxLogLimit - kxLogUsed, __VA_ARGS__);          \
+                const size_t kxLogUsed = std::min(static_cast<size_t>(sysPrefix), kxLogLimit);     \
+                snprintf(kxLogText + kxLogUsed, kxLogLimit - kxLogUsed, __VA_ARGS__);              \
                 syslog((priority), "%s", kxLogText);                                               \
             }                                                                                      \
             if (gKxLogMode & KX_LOG_MODE_STDOUT)                                                   \

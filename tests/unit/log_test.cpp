@@ -70,6 +70,15 @@ TEST_F(Log, GoesToTheChosenSinksAlone) {
     EXPECT_EQ(silence, probe("S1", 4, 0));
 }
 
+TEST_F(Log, OfAnInformationGoesToTheChosenSinksAlone) {
+    framework.sees({{"Acme", "Other", "S1"}});
+    const Line none = info("no any Dalsa devices found\n");
+    EXPECT_EQ(lines({none}), probe("S1", 3, 3));
+    EXPECT_EQ((Logged{none.out, {}}), probe("S1", 3, 1));
+    EXPECT_EQ((Logged{{}, {none.system}}), probe("S1", 3, 2));
+    EXPECT_EQ(silence, probe("S1", 3, 0));
+}
+
 TEST_F(Log, IgnoresModeBitsThatItDoesNotKnow) {
     const Logged both = probe("S1", 4, 3);
     EXPECT_EQ(silence, probe("S1", 4, 4));
@@ -155,7 +164,8 @@ TEST_F(Log, AllocatesNothing) {
 
 using LogInAFreshProcess = Log;
 
-TEST_F(LogInAFreshProcess, IsOffUntilTheFirstCall) {
+// Without a fixture, which would set both.
+TEST(LogOfTheLoadedLibrary, IsOffUntilTheFirstCall) {
     IN_FRESH_PROCESS({
         EXPECT_EQ(0, gKxLogLevel);
         EXPECT_EQ(0, gKxLogMode);

@@ -575,6 +575,20 @@ TEST_F(WritingGamma, IsMinusFourWhenTheTableCannotBeSwitched) {
     EXPECT_THAT(camera.accesses(), ElementsAreArray(askingTheState));
 }
 
+TEST_F(WritingGamma, FailsTheSameWhenNothingIsLogged) {
+    table("Active", "GammaCorrection");
+    EXPECT_EQ(-2, cam().ExPropertyGetGamma(nullptr));
+    EXPECT_EQ(-5, set(1.0f));
+
+    table("Off", "UserDefined");
+    EXPECT_EQ(-2, set(1.0f));
+
+    table("Off", "UserDefined");
+    camera.feature("lutType").raises(
+        Op::Lookup, [this] { camera.without("lutType"); }, 2);
+    EXPECT_EQ(-4, set(1.0f));
+}
+
 TEST_F(WritingGamma, IsMinusOneWhenTheStateOfTheTableIsUnknown) {
     camera.floating("gammaCorrection", 0.5);
     EXPECT_EQ(silence, logOf([&] { EXPECT_EQ(-1, set(1.0f)); }));
@@ -667,6 +681,16 @@ TEST_F(UsersTable, IsNotWrittenWithoutIndexOrValue) {
     EXPECT_EQ(lines({features.warning("ExPropertySetLUTValue",
                                       "can't get dev params to set LUT value\n")}),
               logOf([&] { EXPECT_EQ(-1, cam().ExPropertySetLUTValue(1, 2)); }));
+}
+
+TEST_F(UsersTable, FailsTheSameWhenNothingIsLogged) {
+    camera.without("LUTSelector");
+    EXPECT_EQ(-2, cam().ExPropertySetLUTChannel(0, 3));
+
+    framework.nodeMap(NodeMap::None);
+    wrapAnew();
+    EXPECT_EQ(-1, cam().ExPropertySetLUTChannel(0, 3));
+    EXPECT_EQ(-1, cam().ExPropertySetLUTValue(1, 2));
 }
 
 TEST_F(UsersTable, LetsTheRefusalOfAnIndexOutBeforeTheEntryIsWritten) {
