@@ -19,9 +19,10 @@ if(KXINFO_WERROR)
   add_compile_options(-Werror)
 endif()
 
-# Paths in messages and debug information are relative to the project, whoever builds it where.
+# Paths in messages and debug information are relative to the project, whoever builds it where. The
+# build folder is named there without a slash too.
 add_compile_options(-ffile-prefix-map=${PROJECT_SOURCE_DIR}/=
-                    -ffile-prefix-map=${PROJECT_BINARY_DIR}/=build/)
+                    -ffile-prefix-map=${PROJECT_BINARY_DIR}=build)
 
 if(KXINFO_SANITIZE)
   add_compile_options(-fsanitize=${KXINFO_SANITIZE} -fno-sanitize-recover=all
