@@ -19,6 +19,7 @@
 #ifndef KXINFO_DALSA_KX_LOG_H
 #define KXINFO_DALSA_KX_LOG_H
 
+#include <algorithm>
 #include <stddef.h>
 #include <stdint.h>
 #include <stdio.h>
@@ -35,8 +36,6 @@ extern KX_API int32_t gKxLogLevel;
 extern KX_API int32_t gKxLogMode;
 
 #ifdef KX_LOG_TAG
-
-#include <algorithm>
 
 /** An error of the calling source file. */
 #define KX_LOG_E(...) KX_LOG_E_AT(__LINE__, __VA_ARGS__)
