@@ -229,7 +229,7 @@ float toLinear(float decibels) {
 int truncated(float value) {
     if (std::isnan(value))
         return 0;
-    // The nearest floats that an integer of 32 bits can hold.
+    // The first float above the integers of 32 bits, and the lowest of them, which is a float.
     if (value >= 2147483648.0f)
         return std::numeric_limits<int32_t>::max();
     if (value <= -2147483648.0f)

@@ -188,7 +188,8 @@ public:
     /**
      * Writes an enumeration, of any name, by the name of one of its entries.
      *
-     * An entry that the enumeration does not have raises InvalidArgumentException.
+     * An entry that the enumeration does not have raises InvalidArgumentException. Neither text may
+     * be null.
      */
     int ExPropertySetEnumFromStr(const char *feature, const char *entry);
 
@@ -214,31 +215,39 @@ public:
     int ExSetAutoExpoEna(bool enable);
 
     /**
-     * Sets the brightness that automatic control is to reach.
+     * Sets the brightness that automatic control is to reach, as ExPropertySetInt() does.
      *
      * \param target  0 to 1 of full scale; the nearest of 256 levels is written (halves go up). Not
      *                a number counts as 0
-     * \return also -5: out of range; nothing is written
+     * \return also -5: out of range; the camera is not asked
      */
     int ExSetAutoExpoVal(float target);
 
     /**
      * Sets the limits of automatic gain, in decibels. The camera gets them as linear factors
-     * without their fraction: 0 dB is written as 1, 6 dB as 1, 12 dB as 3, 20 dB as 10. The first
-     * call switches "GainAuto" to "Continuous" and "gainAutoSource" to "SensorAll" for good.
+     * without their fraction: 0 dB is written as 1, 6 dB as 1, 12 dB as 3, 20 dB as 10.
      *
-     * A limit that is not a number passes the checks and is written as 0, one beyond 32 bits as the
-     * nearest integer within.
+     * The limits are checked against the camera's ranges. While one of these has not been read yet,
+     * reading it switches "GainAuto" to "Continuous" and "gainAutoSource" to "SensorAll" for good,
+     * also when the limits are then refused. A limit that is not a number passes the checks and is
+     * written as 0, one beyond 32 bits as the nearest integer within.
      *
-     * \return 0; nothing is written on -4: the lower limit's range cannot be read; -5: the lower
-     *         limit is out of range or above the upper; -6, -7: the same for the upper limit; -8:
-     * the lower limit cannot be written; -9: the upper cannot, the lower is
+     * A range is read from a float feature, and a limit is written to an integer feature: a camera
+     * whose limits are floats alone refuses with -8, one whose limits are integers alone with -4.
+     *
+     * \return 0, or why not all was done:
+     *         -4: the lower limit's range cannot be read, also without a node map;
+     *         -5: the lower limit is out of range, or above the upper;
+     *         -6: the upper limit's range cannot be read;
+     *         -7: the upper limit is out of range;
+     *         -8: the lower limit cannot be written; so far no limit is;
+     *         -9: the upper limit cannot be written; the lower is
      */
     int ExPropertySetAutoRangeGain(float minDb, float maxDb);
 
     /**
-     * Sets the limits of automatic exposure time, in the camera's unit, without their fraction. The
-     * first call switches "ExposureAuto" to "Continuous" for good. Everything else is as for gain.
+     * Sets the limits of automatic exposure time, in the camera's unit, without their fraction.
+     * What reading a range switches is "ExposureAuto". Everything else is as for gain.
      */
     int ExPropertySetAutoRangeExpo(float minVal, float maxVal);
     ///@}
