@@ -1,6 +1,6 @@
 // Every operation reads the same way: no node map -> warn, -1; no such feature -> -2; prepare the
 // camera, do it, put back what was switched for the moment; 0. What differs from property to
-// property stands in two tables: the rows below, and floatTreatment() for what a float feature
+// property stands in two tables: the rows below, and _t_float_treatment() for what a float feature
 // needs of the camera before it can be touched and for the properties shown in decibels.
 
 #define KX_LOG_TAG "KX_TD_EXCAM"
@@ -72,7 +72,7 @@ const PropertyEntry _S_PropertyEntries[kPropertyCount] = {
     {"UNSPECIFIED_PROPERTY_TYPE", 0, 0, 0, 0, 0, false, false},
 };
 
-int rowOf(PropertyType type) {
+int _t_row_of(PropertyType type) {
     const int row = type % kPropertyCount;
     return row < 0 ? UNSPECIFIED_PROPERTY_TYPE : row;
 }
@@ -80,17 +80,17 @@ int rowOf(PropertyType type) {
 // The node of that name, seen as the interface asked for; null when there is no such node or it is
 // of another kind.
 template <typename Interface>
-Interface *find(const CNodeMapRef *nodeMap, const char *name) {
+Interface *_t_find(const CNodeMapRef *nodeMap, const char *name) {
     return dynamic_cast<Interface *>(nodeMap->_GetNode(name));
 }
 
 template <typename T>
-void deliver(T *output, T value) {
+void _t_deliver(T *output, T value) {
     if (output)
         *output = value;
 }
 
-void setEntry(IEnumeration *enumeration, const char *entry) {
+void _t_set_entry(IEnumeration *enumeration, const char *entry) {
     enumeration->FromString(entry, true);
 }
 
@@ -108,7 +108,7 @@ public:
     bool needed() const { return enumeration_ && kept_ != wanted_; }
 
     void apply() {
-        setEntry(enumeration_, wanted_);
+        _t_set_entry(enumeration_, wanted_);
         applied_ = true;
     }
 
@@ -131,13 +131,13 @@ private:
 
 // The camera shows its brightness target, and the limits of its automatic functions, only while its
 // brightness mode is active.
-TemporaryEntry activeBrightnessMode(const CNodeMapRef *nodeMap) {
-    return {find<IEnumeration>(nodeMap, "autoBrightnessMode"), "Active"};
+TemporaryEntry _t_active_brightness_mode(const CNodeMapRef *nodeMap) {
+    return {_t_find<IEnumeration>(nodeMap, "autoBrightnessMode"), "Active"};
 }
 
-TemporaryEntry integerPreparation(const CNodeMapRef *nodeMap, int row) {
+TemporaryEntry _t_integer_preparation(const CNodeMapRef *nodeMap, int row) {
     if (row == AUTO_BRIGHTNESS_TARGET_PROPERTY_TYPE)
-        return activeBrightnessMode(nodeMap);
+        return _t_active_brightness_mode(nodeMap);
     return {nullptr, ""};
 }
 
@@ -152,7 +152,7 @@ struct FloatTreatment {
     bool writesDecibels;
 };
 
-FloatTreatment floatTreatment(int row) {
+FloatTreatment _t_float_treatment(int row) {
     switch (row) {
     case GAIN_PROPERTY_TYPE:
         return {"GainSelector", "SensorAll", nullptr, nullptr, true, true};
@@ -171,31 +171,31 @@ FloatTreatment floatTreatment(int row) {
     }
 }
 
-void select(const CNodeMapRef *nodeMap, const FloatTreatment &treatment) {
+void _t_select(const CNodeMapRef *nodeMap, const FloatTreatment &treatment) {
     if (!treatment.selector)
         return;
-    if (auto *selector = find<IEnumeration>(nodeMap, treatment.selector))
-        setEntry(selector, treatment.selectorEntry);
+    if (auto *selector = _t_find<IEnumeration>(nodeMap, treatment.selector))
+        _t_set_entry(selector, treatment.selectorEntry);
 }
 
-void forceContinuous(const CNodeMapRef *nodeMap, const char *automation) {
-    auto *enumeration = find<IEnumeration>(nodeMap, automation);
+void _t_force_continuous(const CNodeMapRef *nodeMap, const char *automation) {
+    auto *enumeration = _t_find<IEnumeration>(nodeMap, automation);
     if (!enumeration)
         return;
     if (enumeration->ToString(false, false) != "Continuous")
-        setEntry(enumeration, "Continuous");
+        _t_set_entry(enumeration, "Continuous");
 }
 
 // Prepares the camera for reading a float feature; the caller restores what is returned. Given an
 // operation's name, the steps for the automatic gain limits are logged for it.
-TemporaryEntry prepareReading(const CNodeMapRef *nodeMap, const FloatTreatment &treatment,
-                              const char *operation) {
-    select(nodeMap, treatment);
+TemporaryEntry _t_prepare_reading(const CNodeMapRef *nodeMap, const FloatTreatment &treatment,
+                                  const char *operation) {
+    _t_select(nodeMap, treatment);
     if (!treatment.automation)
         return {nullptr, ""};
 
     const bool logged = operation && treatment.source;
-    TemporaryEntry brightnessMode = activeBrightnessMode(nodeMap);
+    TemporaryEntry brightnessMode = _t_active_brightness_mode(nodeMap);
     if (brightnessMode.needed()) {
         if (logged)
             KX_LOG_D_AS(operation, "temporary enabling auto mode...\n");
@@ -204,29 +204,30 @@ TemporaryEntry prepareReading(const CNodeMapRef *nodeMap, const FloatTreatment &
             KX_LOG_D_AS(operation, "done\n");
     }
 
-    forceContinuous(nodeMap, treatment.automation);
+    _t_force_continuous(nodeMap, treatment.automation);
 
-    if (auto *source = treatment.source ? find<IEnumeration>(nodeMap, treatment.source) : nullptr) {
+    if (auto *source =
+            treatment.source ? _t_find<IEnumeration>(nodeMap, treatment.source) : nullptr) {
         if (logged)
             KX_LOG_D_AS(operation, "temporary enabling SensorAll mode for autogain ...\n");
-        setEntry(source, "SensorAll");
+        _t_set_entry(source, "SensorAll");
         if (logged)
             KX_LOG_D_AS(operation, "done\n");
     }
     return brightnessMode;
 }
 
-float toDecibels(float linear) {
+float _t_to_decibels(float linear) {
     return 20.0f * log10f(linear);
 }
 
-float toLinear(float decibels) {
+float _t_to_linear(float decibels) {
     return powf(10.0f, decibels / 20.0f);
 }
 
 // The integer that a limit or a target is written as: without its fraction, and defined for every
 // float, since one that is not a number passes the checks of bounds.
-int truncated(float value) {
+int _t_truncated(float value) {
     if (std::isnan(value))
         return 0;
     // The first float above the integers of 32 bits, and the lowest of them, which is a float.
@@ -237,29 +238,29 @@ int truncated(float value) {
     return static_cast<int>(value);
 }
 
-float floatIncrement(const PropertyEntry &entry) {
+float _t_float_increment(const PropertyEntry &entry) {
     float increment;
     std::memcpy(&increment, &entry.incrementBits, sizeof increment);
     return increment;
 }
 
-void storeFloatRange(PropertyEntry &entry, float min, float max, float inc) {
+void _t_store_float_range(PropertyEntry &entry, float min, float max, float inc) {
     entry.floatMin = min;
     entry.floatMax = max;
     std::memcpy(&entry.incrementBits, &inc, sizeof inc);
     entry.floatRangeValid = true;
 }
 
-void deliverFloatRange(const PropertyEntry &entry, float *min, float *max, float *inc) {
-    deliver(min, entry.floatMin);
-    deliver(max, entry.floatMax);
-    deliver(inc, floatIncrement(entry));
+void _t_deliver_float_range(const PropertyEntry &entry, float *min, float *max, float *inc) {
+    _t_deliver(min, entry.floatMin);
+    _t_deliver(max, entry.floatMax);
+    _t_deliver(inc, _t_float_increment(entry));
 }
 
-void deliverIntRange(const PropertyEntry &entry, int *min, int *max, int *inc) {
-    deliver(min, entry.intMin);
-    deliver(max, entry.intMax);
-    deliver(inc, entry.incrementBits);
+void _t_deliver_int_range(const PropertyEntry &entry, int *min, int *max, int *inc) {
+    _t_deliver(min, entry.intMin);
+    _t_deliver(max, entry.intMax);
+    _t_deliver(inc, entry.incrementBits);
 }
 
 // What the limits of automatic gain and of automatic exposure have in common, and what not.
@@ -273,10 +274,10 @@ struct AutoLimits {
 
 // Both limits are checked before the lower is written, and the lower is written before the upper;
 // if that fails, the new lower limit stays. Logs for the operation given.
-int setAutoLimits(CExCam &cam, const AutoLimits &limits, float min, float max,
-                  const char *operation) {
+int _t_set_auto_limits(CExCam &cam, const AutoLimits &limits, float min, float max,
+                       const char *operation) {
     const auto written = [&limits](float limit) {
-        return truncated(limits.inDecibels ? toLinear(limit) : limit);
+        return _t_truncated(limits.inDecibels ? _t_to_linear(limit) : limit);
     };
     float lowest = 0;
     float highest = 0;
@@ -311,7 +312,7 @@ int setAutoLimits(CExCam &cam, const AutoLimits &limits, float min, float max,
     return kDone;
 }
 
-int noNodeMap(const char *operation, int number, const char *name) {
+int _t_no_node_map(const char *operation, int number, const char *name) {
     KX_LOG_W_AS(operation, "can't get property info %u (%s)\n", static_cast<unsigned>(number),
                 name);
     return kNoNodeMap;
@@ -327,17 +328,17 @@ CExCam::CExCam(void *cameraHandle) : handle(cameraHandle), info(nullptr), reserv
 CExCam::~CExCam() = default;
 
 int CExCam::ExPropertyGetInt(PropertyType type, int *value) {
-    const int row = rowOf(type);
+    const int row = _t_row_of(type);
     const char *name = entries_[row].name;
     if (!nodeMap)
-        return noNodeMap(__func__, row, name);
+        return _t_no_node_map(__func__, row, name);
 
-    TemporaryEntry preparation = integerPreparation(nodeMap, row);
+    TemporaryEntry preparation = _t_integer_preparation(nodeMap, row);
     preparation.applyIfNeeded();
 
     int result = kNoSuchFeature;
-    if (auto *node = find<IInteger>(nodeMap, name)) {
-        deliver(value, static_cast<int>(node->GetValue(false, false)));
+    if (auto *node = _t_find<IInteger>(nodeMap, name)) {
+        _t_deliver(value, static_cast<int>(node->GetValue(false, false)));
         result = kDone;
     }
 
@@ -346,16 +347,16 @@ int CExCam::ExPropertyGetInt(PropertyType type, int *value) {
 }
 
 int CExCam::ExPropertySetInt(PropertyType type, int value) {
-    const int row = rowOf(type);
+    const int row = _t_row_of(type);
     const char *name = entries_[row].name;
     if (!nodeMap)
-        return noNodeMap(__func__, row, name);
+        return _t_no_node_map(__func__, row, name);
 
-    TemporaryEntry preparation = integerPreparation(nodeMap, row);
+    TemporaryEntry preparation = _t_integer_preparation(nodeMap, row);
     preparation.applyIfNeeded();
 
     int result = kNoSuchFeature;
-    if (auto *node = find<IInteger>(nodeMap, name)) {
+    if (auto *node = _t_find<IInteger>(nodeMap, name)) {
         node->SetValue(value, true);
         KX_LOG_D("### set property %u (%s) to %i ###\n", static_cast<unsigned>(row), name, value);
         result = kDone;
@@ -366,20 +367,20 @@ int CExCam::ExPropertySetInt(PropertyType type, int value) {
 }
 
 int CExCam::ExPropertyGetIntRange(PropertyType type, int *min, int *max, int *inc) {
-    const int row = rowOf(type);
+    const int row = _t_row_of(type);
     PropertyEntry &entry = entries_[row];
     if (entry.intRangeValid) {
-        deliverIntRange(entry, min, max, inc);
+        _t_deliver_int_range(entry, min, max, inc);
         return kDone;
     }
     if (!nodeMap)
-        return noNodeMap(__func__, type, entry.name);
+        return _t_no_node_map(__func__, type, entry.name);
 
-    TemporaryEntry preparation = integerPreparation(nodeMap, row);
+    TemporaryEntry preparation = _t_integer_preparation(nodeMap, row);
     preparation.applyIfNeeded();
 
     int result = kNoSuchFeature;
-    if (auto *node = find<IInteger>(nodeMap, entry.name)) {
+    if (auto *node = _t_find<IInteger>(nodeMap, entry.name)) {
         const int64_t lowest = node->GetMin();
         const int64_t highest = node->GetMax();
         const int64_t step = node->GetInc();
@@ -395,24 +396,24 @@ int CExCam::ExPropertyGetIntRange(PropertyType type, int *min, int *max, int *in
 
     preparation.restore();
     // Also when the feature is missing: callers are told by the result, the values are the row's.
-    deliverIntRange(entry, min, max, inc);
+    _t_deliver_int_range(entry, min, max, inc);
     return result;
 }
 
 int CExCam::ExPropertyGetFloat(PropertyType type, float *value) {
-    const int row = rowOf(type);
+    const int row = _t_row_of(type);
     const char *name = entries_[row].name;
     if (!nodeMap)
-        return noNodeMap(__func__, row, name);
+        return _t_no_node_map(__func__, row, name);
 
-    const FloatTreatment treatment = floatTreatment(row);
-    TemporaryEntry preparation = prepareReading(nodeMap, treatment, __func__);
+    const FloatTreatment treatment = _t_float_treatment(row);
+    TemporaryEntry preparation = _t_prepare_reading(nodeMap, treatment, __func__);
 
     int result = kNoSuchFeature;
-    if (auto *node = find<IFloat>(nodeMap, name)) {
+    if (auto *node = _t_find<IFloat>(nodeMap, name)) {
         const auto read = static_cast<float>(node->GetValue(false, false));
         if (value)
-            *value = treatment.readsDecibels ? toDecibels(read) : read;
+            *value = treatment.readsDecibels ? _t_to_decibels(read) : read;
         result = kDone;
     }
 
@@ -421,19 +422,19 @@ int CExCam::ExPropertyGetFloat(PropertyType type, float *value) {
 }
 
 int CExCam::ExPropertySetFloat(PropertyType type, float value) {
-    const int row = rowOf(type);
+    const int row = _t_row_of(type);
     const char *name = entries_[row].name;
     if (!nodeMap)
-        return noNodeMap(__func__, row, name);
+        return _t_no_node_map(__func__, row, name);
 
-    const FloatTreatment treatment = floatTreatment(row);
-    select(nodeMap, treatment);
+    const FloatTreatment treatment = _t_float_treatment(row);
+    _t_select(nodeMap, treatment);
 
-    auto *node = find<IFloat>(nodeMap, name);
+    auto *node = _t_find<IFloat>(nodeMap, name);
     if (!node)
         return kNoSuchFeature;
 
-    const float written = treatment.writesDecibels ? toLinear(value) : value;
+    const float written = treatment.writesDecibels ? _t_to_linear(value) : value;
     node->SetValue(static_cast<double>(written), true);
     KX_LOG_D("### set property %u (%s) to %f ###\n", static_cast<unsigned>(row), name,
              static_cast<double>(value));
@@ -441,35 +442,36 @@ int CExCam::ExPropertySetFloat(PropertyType type, float value) {
 }
 
 int CExCam::ExPropertyGetFloatRange(PropertyType type, float *min, float *max, float *inc) {
-    const int row = rowOf(type);
+    const int row = _t_row_of(type);
     PropertyEntry &entry = entries_[row];
     if (entry.floatRangeValid) {
-        deliverFloatRange(entry, min, max, inc);
+        _t_deliver_float_range(entry, min, max, inc);
         return kDone;
     }
     if (!nodeMap)
-        return noNodeMap(__func__, type, entry.name);
+        return _t_no_node_map(__func__, type, entry.name);
 
-    const FloatTreatment treatment = floatTreatment(row);
-    TemporaryEntry preparation = prepareReading(nodeMap, treatment, nullptr);
+    const FloatTreatment treatment = _t_float_treatment(row);
+    TemporaryEntry preparation = _t_prepare_reading(nodeMap, treatment, nullptr);
 
     int result = kNoSuchFeature;
-    if (auto *node = find<IFloat>(nodeMap, entry.name)) {
+    if (auto *node = _t_find<IFloat>(nodeMap, entry.name)) {
         const double lowest = node->GetMin();
         const double highest = node->GetMax();
         const double step = node->GetInc();
         if (treatment.readsDecibels)
             // The increment is the first step above the minimum in decibels, not a step width.
-            storeFloatRange(entry, toDecibels(static_cast<float>(lowest)),
-                            toDecibels(static_cast<float>(highest)),
-                            toDecibels(static_cast<float>(lowest + step)));
+            _t_store_float_range(entry, _t_to_decibels(static_cast<float>(lowest)),
+                                 _t_to_decibels(static_cast<float>(highest)),
+                                 _t_to_decibels(static_cast<float>(lowest + step)));
         else
-            storeFloatRange(entry, static_cast<float>(lowest), static_cast<float>(highest),
-                            static_cast<float>(step));
+            _t_store_float_range(entry, static_cast<float>(lowest), static_cast<float>(highest),
+                                 static_cast<float>(step));
         KX_LOG_D("### get property %u (%s) range: min=%f max=%f inc=%f ###\n",
                  static_cast<unsigned>(row), entry.name, static_cast<double>(entry.floatMin),
-                 static_cast<double>(entry.floatMax), static_cast<double>(floatIncrement(entry)));
-        deliverFloatRange(entry, min, max, inc);
+                 static_cast<double>(entry.floatMax),
+                 static_cast<double>(_t_float_increment(entry)));
+        _t_deliver_float_range(entry, min, max, inc);
         result = kDone;
     }
 
@@ -478,12 +480,12 @@ int CExCam::ExPropertyGetFloatRange(PropertyType type, float *min, float *max, f
 }
 
 int CExCam::ExPropertySetEna(PropertyType type, bool enable) {
-    const int row = rowOf(type);
+    const int row = _t_row_of(type);
     const char *name = entries_[row].name;
     if (!nodeMap)
-        return noNodeMap(__func__, row, name);
+        return _t_no_node_map(__func__, row, name);
 
-    auto *node = find<IBoolean>(nodeMap, name);
+    auto *node = _t_find<IBoolean>(nodeMap, name);
     if (!node)
         return kNoSuchFeature;
 
@@ -500,24 +502,24 @@ int CExCam::ExPropertySetEnumFromStr(const char *feature, const char *entry) {
         return kNoNodeMap;
     }
 
-    auto *enumeration = find<IEnumeration>(nodeMap, feature);
+    auto *enumeration = _t_find<IEnumeration>(nodeMap, feature);
     if (!enumeration)
         return kNoSuchFeature;
 
-    setEntry(enumeration, entry);
+    _t_set_entry(enumeration, entry);
     KX_LOG_D("### set enum param \"%s\" to \"%s\"\n", feature, entry);
     return kDone;
 }
 
 int CExCam::ExPropertySetEnaAutoPush(PropertyType type, bool enable) {
-    const int row = rowOf(type);
+    const int row = _t_row_of(type);
     const char *name = entries_[row].name;
     if (!nodeMap) {
         KX_LOG_W("Can't get dev params to enable Auto mode\n");
         return kNoNodeMap;
     }
 
-    TemporaryEntry brightnessMode = activeBrightnessMode(nodeMap);
+    TemporaryEntry brightnessMode = _t_active_brightness_mode(nodeMap);
     if (brightnessMode.needed()) {
         if (!enable)
             return kDone; // while automatic control is inactive, all of it is off
@@ -525,9 +527,9 @@ int CExCam::ExPropertySetEnaAutoPush(PropertyType type, bool enable) {
     }
 
     int result = kNoSuchFeature;
-    if (auto *automation = find<IEnumeration>(nodeMap, name)) {
+    if (auto *automation = _t_find<IEnumeration>(nodeMap, name)) {
         const char *entry = enable ? "Continuous" : "Off";
-        setEntry(automation, entry);
+        _t_set_entry(automation, entry);
         KX_LOG_D("### set property %u (%s) to \"%s\" ###\n", static_cast<unsigned>(row), name,
                  entry);
         result = kDone;
@@ -551,19 +553,19 @@ int CExCam::ExSetAutoExpoEna(bool enable) {
         return kNoNodeMap;
     }
 
-    auto *brightnessMode = find<IEnumeration>(nodeMap, "autoBrightnessMode");
+    auto *brightnessMode = _t_find<IEnumeration>(nodeMap, "autoBrightnessMode");
     if (!brightnessMode)
         return kNoSuchFeature;
     const char *mode = enable ? "Active" : "Off";
-    setEntry(brightnessMode, mode);
+    _t_set_entry(brightnessMode, mode);
     KX_LOG_D("### set property autoBrightnessMode to %s ###\n", mode);
     if (!enable)
         return kDone;
 
-    auto *sequence = find<IEnumeration>(nodeMap, "autoBrightnessSequence");
+    auto *sequence = _t_find<IEnumeration>(nodeMap, "autoBrightnessSequence");
     if (!sequence)
         return kNoBrightnessSequence;
-    setEntry(sequence, "Exposure_Gain_Iris");
+    _t_set_entry(sequence, "Exposure_Gain_Iris");
     // The message has a name of its own for the entry.
     KX_LOG_D("### set property autoBrightnessSequence to ExpoGainIris ###\n");
     return kDone;
@@ -576,20 +578,20 @@ int CExCam::ExSetAutoExpoVal(float target) {
         return kTargetOutOfRange;
     }
     return ExPropertySetInt(AUTO_BRIGHTNESS_TARGET_PROPERTY_TYPE,
-                            truncated(roundf(target * 255.0f)));
+                            _t_truncated(roundf(target * 255.0f)));
 }
 
 int CExCam::ExPropertySetAutoRangeGain(float minDb, float maxDb) {
-    return setAutoLimits(
+    return _t_set_auto_limits(
         *this, {AUTO_GAIN_MIN_PROPERTY_TYPE, AUTO_GAIN_MAX_PROPERTY_TYPE, "Gain", "GAIN", true},
         minDb, maxDb, __func__);
 }
 
 int CExCam::ExPropertySetAutoRangeExpo(float minVal, float maxVal) {
-    return setAutoLimits(*this,
-                         {AUTO_EXPOSURE_MIN_PROPERTY_TYPE, AUTO_EXPOSURE_MAX_PROPERTY_TYPE,
-                          "Shutter", "SHUTTER", false},
-                         minVal, maxVal, __func__);
+    return _t_set_auto_limits(*this,
+                              {AUTO_EXPOSURE_MIN_PROPERTY_TYPE, AUTO_EXPOSURE_MAX_PROPERTY_TYPE,
+                               "Shutter", "SHUTTER", false},
+                              minVal, maxVal, __func__);
 }
 
 td_lg_states CExCam::ExPropertyGetLUTMode() {
@@ -598,8 +600,8 @@ td_lg_states CExCam::ExPropertyGetLUTMode() {
         return TD_LG_UNKNOWN;
     }
 
-    auto *lutMode = find<IEnumeration>(nodeMap, "lutMode");
-    auto *lutType = find<IEnumeration>(nodeMap, "lutType");
+    auto *lutMode = _t_find<IEnumeration>(nodeMap, "lutMode");
+    auto *lutType = _t_find<IEnumeration>(nodeMap, "lutType");
     if (!lutMode || !lutType)
         return TD_LG_UNKNOWN;
 
@@ -624,8 +626,8 @@ int CExCam::ExPropertySetLUTMode(td_lg_states state) {
         return kNoNodeMap;
     }
 
-    auto *lutMode = find<IEnumeration>(nodeMap, "lutMode");
-    auto *lutType = find<IEnumeration>(nodeMap, "lutType");
+    auto *lutMode = _t_find<IEnumeration>(nodeMap, "lutMode");
+    auto *lutType = _t_find<IEnumeration>(nodeMap, "lutType");
     if (!lutMode || !lutType)
         return kNoSuchFeature;
 
@@ -634,13 +636,13 @@ int CExCam::ExPropertySetLUTMode(td_lg_states state) {
     if (state == TD_LG_USER_LUT || state == TD_LG_GAMMA) {
         mode = "Active";
         type = state == TD_LG_GAMMA ? "GammaCorrection" : "UserDefined";
-        setEntry(lutType, type);
+        _t_set_entry(lutType, type);
     }
     if (state == TD_LG_USER_LUT) {
-        if (auto *lutSize = find<IEnumeration>(nodeMap, "lutSize"))
-            setEntry(lutSize, "Bpp12");
+        if (auto *lutSize = _t_find<IEnumeration>(nodeMap, "lutSize"))
+            _t_set_entry(lutSize, "Bpp12");
     }
-    setEntry(lutMode, mode);
+    _t_set_entry(lutMode, mode);
     KX_LOG_D("### set Lut mode to \"%s\"; Lut type to \"%s\" ###\n", mode, type);
     return kDone;
 }
@@ -648,7 +650,7 @@ int CExCam::ExPropertySetLUTMode(td_lg_states state) {
 int CExCam::ExPropertyGetGammaRange(float *min, float *max, float *inc) {
     PropertyEntry &entry = entries_[GAMMA_PROPERTY_TYPE];
     if (entry.floatRangeValid) {
-        deliverFloatRange(entry, min, max, inc);
+        _t_deliver_float_range(entry, min, max, inc);
         return kDone;
     }
 
@@ -657,24 +659,25 @@ int CExCam::ExPropertyGetGammaRange(float *min, float *max, float *inc) {
         return kGammaStateUnknown;
 
     // The camera shows gamma only while the table's type is the gamma curve.
-    TemporaryEntry gammaType(
-        state == TD_LG_GAMMA ? nullptr : find<IEnumeration>(nodeMap, "lutType"), "GammaCorrection");
+    TemporaryEntry gammaType(state == TD_LG_GAMMA ? nullptr
+                                                  : _t_find<IEnumeration>(nodeMap, "lutType"),
+                             "GammaCorrection");
     if (gammaType.needed()) {
         gammaType.apply();
         KX_LOG_D("### Gamma feature is disabled ###\n");
     }
 
     int result = kNoSuchFeature;
-    if (auto *node = find<IFloat>(nodeMap, entry.name)) {
+    if (auto *node = _t_find<IFloat>(nodeMap, entry.name)) {
         KX_LOG_D("Gamma correction range: node is obtained\n");
         const double lowest = node->GetMin();
         const double highest = node->GetMax();
         const double step = node->GetInc();
-        storeFloatRange(entry, static_cast<float>(lowest), static_cast<float>(highest),
-                        static_cast<float>(step));
+        _t_store_float_range(entry, static_cast<float>(lowest), static_cast<float>(highest),
+                             static_cast<float>(step));
         KX_LOG_D("### Gamma range: min=%f max=%f ###\n", static_cast<double>(entry.floatMin),
                  static_cast<double>(entry.floatMax));
-        deliverFloatRange(entry, min, max, inc);
+        _t_deliver_float_range(entry, min, max, inc);
         result = kDone;
     }
 
@@ -686,7 +689,7 @@ int CExCam::ExPropertyGetGamma(float *gamma) {
     const td_lg_states state = ExPropertyGetLUTMode();
     if (state != TD_LG_UNKNOWN && state != TD_LG_GAMMA) {
         KX_LOG_D("### Gamma feature is disabled (%u) ###\n", static_cast<unsigned>(state));
-        deliver(gamma, -1.0f);
+        _t_deliver(gamma, -1.0f);
         return kDone;
     }
 
@@ -695,7 +698,7 @@ int CExCam::ExPropertyGetGamma(float *gamma) {
 
     // A camera that does not tell what its table does may have a gamma all the same.
     const char *name = entries_[GAMMA_PROPERTY_TYPE].name;
-    auto *node = nodeMap ? find<IFloat>(nodeMap, name) : nullptr;
+    auto *node = nodeMap ? _t_find<IFloat>(nodeMap, name) : nullptr;
     if (!node) {
         KX_LOG_W("Can't get Gamma enum parameter\n");
         return kNoSuchFeature;
@@ -703,7 +706,7 @@ int CExCam::ExPropertyGetGamma(float *gamma) {
 
     const auto read = static_cast<float>(node->GetValue(false, false));
     KX_LOG_D("### get Gamma value: %f ###\n", static_cast<double>(read));
-    deliver(gamma, read);
+    _t_deliver(gamma, read);
     return kDone;
 }
 
@@ -735,7 +738,7 @@ int CExCam::ExPropertySetGamma(float gamma) {
         }
     }
 
-    auto *node = find<IFloat>(nodeMap, entries_[GAMMA_PROPERTY_TYPE].name);
+    auto *node = _t_find<IFloat>(nodeMap, entries_[GAMMA_PROPERTY_TYPE].name);
     if (!node) {
         KX_LOG_W("Can't get Gamma enum parameter\n");
         return kNoSuchFeature;
@@ -754,13 +757,13 @@ int CExCam::ExPropertySetLUTChannel(int channel, int channelCount) {
         return kNoNodeMap;
     }
 
-    auto *selector = find<IEnumeration>(nodeMap, "LUTSelector");
+    auto *selector = _t_find<IEnumeration>(nodeMap, "LUTSelector");
     if (!selector) {
         KX_LOG_W("can't get LUTSelector parameter\n");
         return kNoSuchFeature;
     }
 
-    setEntry(selector, channel == 0 ? "Red" : channel == 1 ? "Green" : "Blue");
+    _t_set_entry(selector, channel == 0 ? "Red" : channel == 1 ? "Green" : "Blue");
     return kDone;
 }
 
@@ -770,8 +773,8 @@ int CExCam::ExPropertySetLUTValue(int index, int value) {
         return kNoNodeMap;
     }
 
-    auto *lutIndex = find<IInteger>(nodeMap, "LUTIndex");
-    auto *lutValue = find<IInteger>(nodeMap, "LUTValue");
+    auto *lutIndex = _t_find<IInteger>(nodeMap, "LUTIndex");
+    auto *lutValue = _t_find<IInteger>(nodeMap, "LUTValue");
     if (!lutIndex || !lutValue)
         return kNoSuchFeature;
 

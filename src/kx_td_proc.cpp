@@ -2,7 +2,7 @@
 // report and has each group of settings published in turn. Nobody examines the camera object's
 // result codes: a feature that the camera lacks is shown and published as what its variable holds,
 // 0 at first. Two places stop exceptions, ProcOnce() and the gamma step, and both have them
-// classified by classifyException().
+// classified by _t_classify_exception().
 
 #define KX_LOG_TAG "KX_TD_PROC"
 
@@ -62,7 +62,7 @@ struct FloatSetting {
 };
 
 template <typename Setting>
-void publish(KxScParamId id, const Setting &setting) {
+void _t_publish(KxScParamId id, const Setting &setting) {
     KxSc__SetParamVal(id, KX_SC_NO_INDEX, &setting.cur, &setting.min, &setting.max, &setting.inc);
 }
 
@@ -72,19 +72,19 @@ void publish(KxScParamId id, const Setting &setting) {
         static_cast<double>((setting).max), static_cast<double>((setting).inc)
 #define KX_INT_FIELDS(setting) (setting).cur, (setting).min, (setting).max, (setting).inc
 
-void raiseStepToTenth(float &inc) {
+void _t_raise_step_to_tenth(float &inc) {
     if (static_cast<double>(inc) < 0.1)
         inc = 0.1f;
 }
 
-int lessMargin(int extent) {
+int _t_less_margin(int extent) {
     return static_cast<int>(static_cast<uint32_t>(extent) - kOffsetMargin);
 }
 
 // Logs the exception being handled, on behalf of an operation that guards an activity (the origin),
 // and returns the number that stands for it in the closing lines. Log tools look for these texts as
 // they are: the first two have no line end, one is misspelt, and a property error counts as 0.
-int classifyException(const char *operation, const char *origin) {
+int _t_classify_exception(const char *operation, const char *origin) {
     try {
         throw;
     } catch (const InvalidArgumentException &e) {
@@ -130,7 +130,7 @@ int classifyException(const char *operation, const char *origin) {
 
 // Makes sure that the temperature is the internal sensor's, also when nothing is printed, and
 // prints it for the operation. Cameras without the choice of a sensor are left alone.
-void reportTemperature(const CNodeMapRef *nodeMap, const char *operation) {
+void _t_report_temperature(const CNodeMapRef *nodeMap, const char *operation) {
     if (!nodeMap)
         return;
     auto *selector = dynamic_cast<IEnumeration *>(nodeMap->_GetNode("DeviceTemperatureSelector"));
@@ -160,7 +160,7 @@ int CCamProc::ProcOnce(CExCam *cam) {
         result = ProcCheckCamConfig(cam);
     } catch (...) {
         result = 0;
-        status = classifyException(__func__, "check config");
+        status = _t_classify_exception(__func__, "check config");
     }
 
     if (result < 0) {
@@ -179,7 +179,7 @@ int CCamProc::ProcCheckCamConfig(CExCam *cam) {
     KX_LOG_D("Model            : %s\n", info.model);
     KX_LOG_D("Version          : %s\n", info.version);
     KX_LOG_D("DeviceSerialID   : %s\n", info.serial);
-    reportTemperature(cam->nodeMap, __func__);
+    _t_report_temperature(cam->nodeMap, __func__);
 
     // Two labels name other features than the ones read; log tools look for them as they are.
     KX_LOG_D("~~ Camera Device Current Settings ~~\n");
@@ -234,29 +234,29 @@ int CCamProc::ProcParametrizeCamAoi(CExCam *cam) {
     cam->ExPropertyGetInt(WIDTH_MAX_PROPERTY_TYPE, &widthMax);
     cam->ExPropertyGetInt(OFFSET_X_PROPERTY_TYPE, &roi.cur);
     cam->ExPropertyGetIntRange(OFFSET_X_PROPERTY_TYPE, &roi.min, &roi.max, &roi.inc);
-    roi.max = lessMargin(widthMax);
+    roi.max = _t_less_margin(widthMax);
     KX_LOG_D("  cur OffsX val is %i (min %i, max %i, inc %i)\n", KX_INT_FIELDS(roi));
-    publish(KxScParamOffsetX, roi);
+    _t_publish(KxScParamOffsetX, roi);
 
     int heightMax = 0;
     cam->ExPropertyGetInt(HEIGHT_MAX_PROPERTY_TYPE, &heightMax);
     cam->ExPropertyGetInt(OFFSET_Y_PROPERTY_TYPE, &roi.cur);
     cam->ExPropertyGetIntRange(OFFSET_Y_PROPERTY_TYPE, &roi.min, &roi.max, &roi.inc);
-    roi.max = lessMargin(heightMax);
+    roi.max = _t_less_margin(heightMax);
     KX_LOG_D("  cur OffsY val is %i (min %i, max %i, inc %i)\n", KX_INT_FIELDS(roi));
-    publish(KxScParamOffsetY, roi);
+    _t_publish(KxScParamOffsetY, roi);
 
     cam->ExPropertyGetInt(WIDTH_PROPERTY_TYPE, &roi.cur);
     cam->ExPropertyGetIntRange(WIDTH_PROPERTY_TYPE, &roi.min, &roi.max, &roi.inc);
     roi.max = widthMax;
     KX_LOG_D("  cur Width val is %i (min %i, max %i, inc %i)\n", KX_INT_FIELDS(roi));
-    publish(KxScParamWidth, roi);
+    _t_publish(KxScParamWidth, roi);
 
     cam->ExPropertyGetInt(HEIGHT_PROPERTY_TYPE, &roi.cur);
     cam->ExPropertyGetIntRange(HEIGHT_PROPERTY_TYPE, &roi.min, &roi.max, &roi.inc);
     roi.max = heightMax;
     KX_LOG_D("  cur Height val is %i (min %i, max %i, inc %i)\n", KX_INT_FIELDS(roi));
-    publish(KxScParamHeight, roi);
+    _t_publish(KxScParamHeight, roi);
     return 0;
 }
 
@@ -264,9 +264,9 @@ void CCamProc::ProcParametrizeCamFps(CExCam *cam) {
     FloatSetting fps;
     cam->ExPropertyGetFloatRange(FRAME_RATE_PROPERTY_TYPE, &fps.min, &fps.max, &fps.inc);
     cam->ExPropertyGetFloat(FRAME_RATE_PROPERTY_TYPE, &fps.cur);
-    raiseStepToTenth(fps.inc);
+    _t_raise_step_to_tenth(fps.inc);
     KX_LOG_D("  cur AcqFps val is %f (min %f, max %f, inc %f)\n", KX_FLOAT_FIELDS(fps));
-    publish(KxScParamFps, fps);
+    _t_publish(KxScParamFps, fps);
 }
 
 void CCamProc::ProcParametrizeCamRotate(CExCam *) {
@@ -280,7 +280,7 @@ void CCamProc::ProcParametrizeCamManGain(CExCam *cam) {
     cam->ExPropertyGetFloat(GAIN_PROPERTY_TYPE, &gain.cur);
     gain.inc = kGainStep;
     KX_LOG_D("  cur Gain val is %f (min %f, max %f, inc %f)\n", KX_FLOAT_FIELDS(gain));
-    publish(KxScParamGain, gain);
+    _t_publish(KxScParamGain, gain);
 }
 
 void CCamProc::ProcParametrizeCamManExpo(CExCam *cam) {
@@ -289,7 +289,7 @@ void CCamProc::ProcParametrizeCamManExpo(CExCam *cam) {
                                  &exposure.inc);
     cam->ExPropertyGetFloat(EXPOSURE_TIME_PROPERTY_TYPE, &exposure.cur);
     KX_LOG_D("  cur ExpoTime val is %f (min %f, max %f, inc %f)\n", KX_FLOAT_FIELDS(exposure));
-    publish(KxScParamExposure, exposure);
+    _t_publish(KxScParamExposure, exposure);
 }
 
 void CCamProc::ProcParametrizeCamGamma(CExCam *cam) {
@@ -308,13 +308,13 @@ void CCamProc::ProcParametrizeCamGamma(CExCam *cam) {
         cam->ExPropertyGetGamma(&gamma.cur);
         if (state != TD_LG_GAMMA)
             cam->ExPropertySetLUTMode(state);
-        raiseStepToTenth(gamma.inc);
+        _t_raise_step_to_tenth(gamma.inc);
     } catch (...) {
-        status = classifyException(__func__, "check gamma config");
+        status = _t_classify_exception(__func__, "check gamma config");
     }
     KX_LOG_D("  cur Gamma val is %f (min %f, max %f, inc %f) (status %i)\n", KX_FLOAT_FIELDS(gamma),
              status);
-    publish(KxScParamGamma, gamma);
+    _t_publish(KxScParamGamma, gamma);
 }
 
 void CCamProc::ProcParametrizeCamAutoFuncParams(CExCam *cam) {
@@ -328,7 +328,7 @@ void CCamProc::ProcParametrizeCamAutoFuncParams(CExCam *cam) {
     setting.max = static_cast<float>(target.max) / kBrightnessFullScale;
     setting.inc = static_cast<float>(target.inc) / kBrightnessFullScale;
     KX_LOG_D("AutoFunc params: bright %f (min %f, max %f, inc %f)\n", KX_FLOAT_FIELDS(setting));
-    publish(KxScParamAutoBrightTarget, setting);
+    _t_publish(KxScParamAutoBrightTarget, setting);
 
     cam->ExPropertyGetFloat(AUTO_GAIN_MIN_PROPERTY_TYPE, &setting.cur);
     cam->ExPropertyGetFloatRange(AUTO_GAIN_MIN_PROPERTY_TYPE, &setting.min, &setting.max,
@@ -336,7 +336,7 @@ void CCamProc::ProcParametrizeCamAutoFuncParams(CExCam *cam) {
     setting.inc = kGainStep;
     KX_LOG_D("AutoFunc params: gainLimit Lower - %f (min %f, max %f, inc %f)\n",
              KX_FLOAT_FIELDS(setting));
-    publish(KxScParamAutoGainLower, setting);
+    _t_publish(KxScParamAutoGainLower, setting);
 
     cam->ExPropertyGetFloat(AUTO_GAIN_MAX_PROPERTY_TYPE, &setting.cur);
     cam->ExPropertyGetFloatRange(AUTO_GAIN_MAX_PROPERTY_TYPE, &setting.min, &setting.max,
@@ -344,21 +344,21 @@ void CCamProc::ProcParametrizeCamAutoFuncParams(CExCam *cam) {
     setting.inc = kGainStep;
     KX_LOG_D("AutoFunc params: gainLimit Upper - %f (min %f, max %f, inc %f)\n",
              KX_FLOAT_FIELDS(setting));
-    publish(KxScParamAutoGainUpper, setting);
+    _t_publish(KxScParamAutoGainUpper, setting);
 
     cam->ExPropertyGetFloat(AUTO_EXPOSURE_MIN_PROPERTY_TYPE, &setting.cur);
     cam->ExPropertyGetFloatRange(AUTO_EXPOSURE_MIN_PROPERTY_TYPE, &setting.min, &setting.max,
                                  &setting.inc);
     KX_LOG_D("AutoFunc params: expoTime Lower - %f (min %f, max %f, inc %f)\n",
              KX_FLOAT_FIELDS(setting));
-    publish(KxScParamAutoExpoLower, setting);
+    _t_publish(KxScParamAutoExpoLower, setting);
 
     cam->ExPropertyGetFloat(AUTO_EXPOSURE_MAX_PROPERTY_TYPE, &setting.cur);
     cam->ExPropertyGetFloatRange(AUTO_EXPOSURE_MAX_PROPERTY_TYPE, &setting.min, &setting.max,
                                  &setting.inc);
     KX_LOG_D("AutoFunc params: expoTime Upper - %f (min %f, max %f, inc %f)\n",
              KX_FLOAT_FIELDS(setting));
-    publish(KxScParamAutoExpoUpper, setting);
+    _t_publish(KxScParamAutoExpoUpper, setting);
 }
 
 void CCamProc::ProcParametrizeCamOutLines(CExCam *) {
