@@ -40,9 +40,10 @@ else()
   endif()
   target_include_directories(kxinfo-platform SYSTEM INTERFACE
     ${GIGEV_INCLUDE_DIR} ${GENICAM_INCLUDE_DIR})
-  target_link_libraries(kxinfo-platform INTERFACE ${GIGEV_LIBRARY} ${GENICAM_LIBRARIES})
+  set(KXINFO_PLATFORM_LIBRARIES ${GIGEV_LIBRARY} ${GENICAM_LIBRARIES})
+  target_link_libraries(kxinfo-platform INTERFACE ${KXINFO_PLATFORM_LIBRARIES})
 
-  foreach(_library ${GIGEV_LIBRARY} ${GENICAM_LIBRARIES})
+  foreach(_library IN LISTS KXINFO_PLATFORM_LIBRARIES)
     cmake_path(GET _library PARENT_PATH _folder)
     list(APPEND KXINFO_PLATFORM_RPATH ${_folder})
   endforeach()
