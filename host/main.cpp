@@ -32,20 +32,20 @@ struct ProbeRun {
     bool logShown;
 };
 
-ProbeRun runProbe(const Plugin &plugin, const Request &request) {
+ProbeRun runProbe(const Plugin &plugin, const ProbeRequest &request) {
     const char *serial = request.serial.c_str();
-    if (request.logMode & KX_LOG_MODE_STDOUT) {
+    if (request.log.mode & KX_LOG_MODE_STDOUT) {
         const auto redirection =
             request.json ? std::make_unique<StandardOutputTo>(STDERR_FILENO) : nullptr;
-        return {plugin.run(serial, request.logMode, request.logLevel), {}, true};
+        return {plugin.run(serial, request.log.mode, request.log.level), {}, true};
     }
     // The level counts for both sinks: the system log must not get more than was asked for.
-    const int level = request.logMode ? request.logLevel : KX_LOG_LEVEL_INFO;
+    const int level = request.log.mode ? request.log.level : KX_LOG_LEVEL_INFO;
     const MemoryFile log;
     Outcome outcome;
     {
         const StandardOutputTo memory(log.descriptor());
-        outcome = plugin.run(serial, request.logMode | KX_LOG_MODE_STDOUT, level);
+        outcome = plugin.run(serial, request.log.mode | KX_LOG_MODE_STDOUT, level);
     }
     return {outcome, log.text(), false};
 }
@@ -125,9 +125,9 @@ void tellIncompleteness(const Publication &publication) {
              "debug' to see it.");
 }
 
-int list(const Plugin &plugin, const Request &request) {
-    const Outcome outcome = plugin.run(nullptr, request.logMode | KX_LOG_MODE_STDOUT,
-                                       std::max<int>(request.logLevel, KX_LOG_LEVEL_INFO));
+int list(const Plugin &plugin, const ListRequest &request) {
+    const Outcome outcome = plugin.run(nullptr, request.log.mode | KX_LOG_MODE_STDOUT,
+                                       std::max<int>(request.log.level, KX_LOG_LEVEL_INFO));
     if (outcome.exception || outcome.code < 0 || outcome.code > 1)
         return tellFailure(outcome);
     if (outcome.code == 1)
@@ -135,7 +135,7 @@ int list(const Plugin &plugin, const Request &request) {
     return outcome.code;
 }
 
-int probe(const Plugin &plugin, const Request &request) {
+int probe(const Plugin &plugin, const ProbeRequest &request) {
     const ProbeRun run = runProbe(plugin, request);
     const Publication publication = takePublication();
 
@@ -164,11 +164,19 @@ int probe(const Plugin &plugin, const Request &request) {
     return kDone;
 }
 
+struct Serve {
+    int operator()(const ListRequest &request) const {
+        return list(Plugin::load(request.plugin), request);
+    }
+    int operator()(const ProbeRequest &request) const {
+        return probe(Plugin::load(request.plugin), request);
+    }
+    int operator()(const CameraCommand &command) const { return loadCameraCommands()(command); }
+};
+
 int serve(const Request &request) {
     try {
-        const Plugin plugin = Plugin::load(request.plugin);
-        return request.command == Request::Command::List ? list(plugin, request)
-                                                         : probe(plugin, request);
+        return std::visit(Serve{}, request);
     } catch (const PluginError &error) {
         tell(error.what());
         return kWrongUsage;

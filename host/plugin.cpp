@@ -12,29 +12,34 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// Where the plug-in is, seen from the folder of this program: in the build tree, and installed.
+// Where the plug-in's folder is, seen from the folder of this program: in the build tree, and
+// installed.
 const char *const kPlaces[] = {
-    "../lib/libkxinfo-dalsa.so",
-    "../lib/kxinfo/libkxinfo-dalsa.so",
+    "../lib/",
+    "../lib/kxinfo/",
 #ifdef KXINFO_ARCHITECTURE
-    "../lib/" KXINFO_ARCHITECTURE "/kxinfo/libkxinfo-dalsa.so",
-    "../lib/" KXINFO_ARCHITECTURE "/libkxinfo-dalsa.so",
+    "../lib/" KXINFO_ARCHITECTURE "/kxinfo/",
+    "../lib/" KXINFO_ARCHITECTURE "/",
 #endif
 };
 
-std::string findOwnPlugin() {
+// A library that kxinfo comes with.
+std::string findOwn(const std::string &library, const std::string &complaint) {
     const fs::path folder = fs::read_symlink("/proc/self/exe").parent_path();
     std::string looked;
     for (const char *place : kPlaces) {
-        std::string file = (folder / place).lexically_normal();
+        std::string file = (folder / (place + library)).lexically_normal();
         std::error_code ignored;
         if (fs::exists(file, ignored))
             return file;
         looked += "\n  " + file;
     }
-    throw PluginError("the plug-in is not where kxinfo looks for it; name its file with --plugin. "
-                      "kxinfo looked for:" +
-                      looked);
+    throw PluginError(complaint + " kxinfo looked for:" + looked);
+}
+
+std::string findOwnPlugin() {
+    return findOwn("libkxinfo-dalsa.so", "the plug-in is not where kxinfo looks for it; name its "
+                                         "file with --plugin.");
 }
 
 std::string checkedFile(const std::string &file) {
@@ -65,6 +70,21 @@ Plugin Plugin::load(const std::optional<std::string> &file) {
                           "a plug-in's library file with --plugin, or leave --plugin out to use "
                           "the one that kxinfo comes with.");
     return Plugin(entry);
+}
+
+RunCameraCommand loadCameraCommands() {
+    const std::string path =
+        findOwn("kxinfo-camera.so", "the library with the commands on a camera is not where kxinfo "
+                                    "looks for it. Install kxinfo and its plug-in together.");
+    void *library = dlopen(path.c_str(), RTLD_LAZY);
+    if (!library)
+        throw PluginError("the library with the commands on a camera cannot be loaded: " +
+                          std::string(dlerror()) +
+                          ". Expected beside it are the plug-in and the camera platform.");
+    const auto run = reinterpret_cast<RunCameraCommand>(dlsym(library, kRunCameraCommand));
+    if (!run)
+        throw PluginError("\"" + path + "\" does not fit this kxinfo. Install both anew.");
+    return run;
 }
 
 Outcome Plugin::run(const char *serial, int logMode, int logLevel) const {

@@ -1,4 +1,4 @@
-/** A plug-in's library, loaded into this process. */
+/** Libraries that are loaded into this process: a plug-in, and the commands on a camera. */
 #ifndef KXINFO_HOST_PLUGIN_H
 #define KXINFO_HOST_PLUGIN_H
 
@@ -6,6 +6,7 @@
 #include <stdexcept>
 #include <string>
 
+#include "camera_commands.h"
 #include "kx_proc.h"
 
 namespace kxinfo {
@@ -44,6 +45,14 @@ private:
 
     Entry entry_;
 };
+
+/**
+ * Loads the commands on one camera, for the life of the process, from beside the plug-in that
+ * kxinfo comes with.
+ *
+ * \throws PluginError
+ */
+RunCameraCommand loadCameraCommands();
 
 } // namespace kxinfo
 

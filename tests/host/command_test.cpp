@@ -81,18 +81,21 @@ TEST(CommandLine, HelpsWithExamplesAndExitStatuses) {
               R"(Examples:
   kxinfo list                     lists the cameras that answer
   kxinfo probe S1234567           shows the settings of the camera with this serial number
-  kxinfo probe ""                 shows the settings of the first camera found
-  kxinfo probe "" --json          the same as a JSON document
-  kxinfo probe "" --log stdout --level debug
-                                  the same below the plug-in's log
+  kxinfo probe --all              the same of every camera
+  kxinfo probe "" --json          of the first camera found, as a JSON document
+  kxinfo get S1234567 Gain        shows a property
+  kxinfo set S1234567 Gain=6      sets it, in decibels
+  kxinfo save S1234567 camera.json
+                                  writes all settings to a file, for 'kxinfo restore'
 
-Run 'kxinfo list --help' or 'kxinfo probe --help' for the options of a command.
+'kxinfo COMMAND --help' tells the options of a command and shows an example.
 
 Exit status:
   0  done
   1  no camera was found, none with that serial number, or it cannot be opened
-  2  wrong usage, or the plug-in cannot be loaded
-  3  the probe failed, or its result could not be written
+  2  wrong usage: an unknown property, a value out of range, a plug-in that cannot be loaded;
+     no setting was changed
+  3  the camera or the plug-in failed, or not all could be done; the message says what
 )");
 }
 
@@ -105,6 +108,9 @@ TEST(CommandLine, HelpsWithTheOptionsOfACommand) {
             EXPECT_NE(help.out.find(option), std::string::npos) << option;
     }
 }
+
+const std::string kExpected = "expected is 'list', 'probe', 'get', 'set', 'gamma', 'lut', 'auto', "
+                              "'save' or 'restore'";
 
 struct WrongUsage {
     std::vector<std::string> arguments;
@@ -121,17 +127,21 @@ INSTANTIATE_TEST_SUITE_P(
     WrongUsage, CommandLineRefuses,
     testing::Values(
         WrongUsage{{},
-                   "a command is missing; expected is 'list' or 'probe'. Run 'kxinfo --help' for "
-                   "the commands and examples."},
+                   "a command is missing; " + kExpected +
+                       ". Run 'kxinfo --help' for "
+                       "the commands and examples."},
         WrongUsage{{"open"},
-                   "unknown command \"open\"; expected is 'list' or 'probe'. Run 'kxinfo --help' "
-                   "for the commands and examples."},
+                   "unknown command \"open\"; " + kExpected +
+                       ". Run 'kxinfo --help' "
+                       "for the commands and examples."},
         WrongUsage{{""},
-                   "unknown command \"\"; expected is 'list' or 'probe'. Run 'kxinfo --help' for "
-                   "the commands and examples."},
+                   "unknown command \"\"; " + kExpected +
+                       ". Run 'kxinfo --help' for "
+                       "the commands and examples."},
         WrongUsage{{"--json"},
-                   "unknown option \"--json\"; expected is 'list' or 'probe', then its options. "
-                   "Run 'kxinfo --help' for the commands and examples."},
+                   "unknown option \"--json\"; " + kExpected +
+                       ", then its options. "
+                       "Run 'kxinfo --help' for the commands and examples."},
         WrongUsage{{"probe"},
                    "'probe' needs the camera's serial number, or how it begins (\"\" for the first "
                    "camera found). Run 'kxinfo probe --help' for what is expected."},
@@ -140,8 +150,8 @@ INSTANTIATE_TEST_SUITE_P(
                    "expected."},
         WrongUsage{{"probe", "S1", "S2"},
                    "'probe' does not take \"S2\". Run 'kxinfo probe --help' for what is expected."},
-        WrongUsage{{"list", "--json"},
-                   "'list' does not take \"--json\". Run 'kxinfo list --help' for what is "
+        WrongUsage{{"list", "S1"},
+                   "'list' does not take \"S1\". Run 'kxinfo list --help' for what is "
                    "expected."},
         WrongUsage{{"list", "--log", "file"},
                    "--log: file not in {none,stdout,syslog,both}. Run 'kxinfo list --help' for "

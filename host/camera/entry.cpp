@@ -1,0 +1,102 @@
+#include <syslog.h>
+
+#include <csignal>
+#include <memory>
+
+#include "Base/GCException.h"
+#include "camera_commands.h"
+#include "command.h"
+#include "kx_log.h"
+#include "standard_output.h"
+#include "words.h"
+
+namespace kxinfo {
+
+namespace {
+
+volatile std::sig_atomic_t stopAsked = 0;
+
+// Asked once, a command stops at the next safe place; asked twice, the process ends at once.
+void stopCleanly() {
+    struct sigaction action = {};
+    action.sa_handler = [](int) { stopAsked = 1; };
+    action.sa_flags = SA_RESETHAND | SA_RESTART;
+    for (const int signal : {SIGINT, SIGTERM})
+        (void)sigaction(signal, &action, nullptr);
+}
+
+void startLogging(const LogOptions &log) {
+    if (log.mode & KX_LOG_MODE_SYSLOG)
+        openlog("kxinfo-dalsa", LOG_PID | LOG_ODELAY, LOG_DAEMON);
+    gKxLogMode = log.mode;
+    gKxLogLevel = log.level;
+}
+
+// Tells what ended the work; returns the status that it ends the command with.
+int tellWhy(const Session &session) {
+    const std::string camera = "camera " + std::string(session.info().serial);
+    try {
+        throw;
+    } catch (const CommandError &error) {
+        tell(error.text);
+        return error.status;
+    } catch (const GenICam_3_0::TimeoutException &error) {
+        tell(camera + " has stopped answering. Check its power and cable, and try again. (" +
+             reasonOf(error) + ")");
+    } catch (const GenICam_3_0::GenericException &error) {
+        tell(camera + " refuses: " + reasonOf(error) + ".");
+    } catch (const std::exception &error) {
+        tell("this computer does not let kxinfo do its work: " + std::string(error.what()) + ".");
+    }
+    return kFailed;
+}
+
+} // namespace
+
+int onCamera(const CameraRequest &request,
+             const std::function<int(Session &session, Modes &modes)> &work) {
+    Session session(request.serial);
+    Modes modes(session.nodeMap());
+    int status = kDone;
+    try {
+        status = work(session, modes);
+    } catch (...) {
+        status = tellWhy(session);
+    }
+    const std::string changes = modes.changes();
+    const std::string left = modes.putBack();
+    if (!left.empty()) {
+        tell(left);
+        return kFailed;
+    }
+    if (!changes.empty())
+        tell("what had been set is put back: " + changes + ".");
+    return status;
+}
+
+void stopIfAsked() {
+    if (stopAsked)
+        throw CommandError{kFailed, "stopped, as asked for."};
+}
+
+std::string cameraLine(const Session &session) {
+    return "Camera " + std::string(session.info().serial) + " (" + session.info().model + ")\n";
+}
+
+} // namespace kxinfo
+
+extern "C" KX_API int kxinfoRunCameraCommand(const kxinfo::CameraCommand &command) {
+    using namespace kxinfo;
+    stopCleanly();
+    try {
+        return std::visit(
+            [](const auto &request) {
+                startLogging(request.log);
+                return run(request);
+            },
+            command);
+    } catch (const CommandError &error) {
+        tell(error.text);
+        return error.status;
+    }
+}

@@ -1,0 +1,88 @@
+/** The user's lookup table, entry by entry. */
+#ifndef KXINFO_HOST_CAMERA_LOOKUP_TABLE_H
+#define KXINFO_HOST_CAMERA_LOOKUP_TABLE_H
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "modes.h"
+#include "session.h"
+
+namespace kxinfo {
+
+/** Shows on a terminal how far a long piece of work has come; elsewhere nothing. */
+class Progress {
+public:
+    /** \param what  what is counted, "entries read" for example */
+    Progress(std::string what, size_t total);
+    ~Progress();
+
+    Progress(const Progress &) = delete;
+    Progress &operator=(const Progress &) = delete;
+
+    /** One more is done. */
+    void step();
+
+private:
+    std::string what_;
+    size_t total_;
+    size_t done_ = 0;
+    bool shown_;
+};
+
+/** An entry, and what it held before. */
+struct WrittenEntry {
+    int channel;
+    int index;
+    int before;
+};
+
+class LookupTable {
+public:
+    /**
+     * Switches to the user's table of 12 bits with \p modes.
+     *
+     * \throws CommandError (kFailed) when the camera has no table whose entries can be written
+     */
+    LookupTable(const Session &session, Modes &modes);
+
+    /** Indexes go from 0 to size() - 1, entries from lowest() to highest(). */
+    int size() const { return size_; }
+    int lowest() const { return lowest_; }
+    int highest() const { return highest_; }
+
+    /** Names of the colours that have a table of their own; empty: one table for all. */
+    const std::vector<std::string> &channels() const { return channels_; }
+
+    /** How many tables there are: one for all colours, or one for each. */
+    int tables() const;
+
+    /** Selects a table, 0 to tables() - 1. */
+    void select(int table);
+
+    int read(int index);
+
+    /** Writes an entry unless it holds the value already; keeps what it held for undo(). */
+    void write(int index, int value);
+
+    /** How many entries write() has changed. */
+    size_t written() const { return written_.size(); }
+
+    /** Writes back what write() has changed. \return what is wrong, as a sentence; empty: nothing */
+    std::string undo();
+
+private:
+    const Session &session_;
+    KxTd::CExCam camera_;
+    std::vector<std::string> channels_;
+    std::vector<WrittenEntry> written_;
+    int size_ = 0;
+    int lowest_ = 0;
+    int highest_ = 0;
+    int selected_ = 0;
+};
+
+} // namespace kxinfo
+
+#endif

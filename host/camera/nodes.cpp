@@ -1,0 +1,85 @@
+#include "nodes.h"
+
+namespace kxinfo {
+
+using namespace GenApi_3_0;
+
+namespace {
+
+template <class Interface>
+Interface *find(const CNodeMapRef &nodeMap, const char *feature) {
+    return dynamic_cast<Interface *>(nodeMap._GetNode(feature));
+}
+
+} // namespace
+
+Kind kindOf(const CNodeMapRef &nodeMap, const char *feature) {
+    if (find<IFloat>(nodeMap, feature))
+        return Kind::Float;
+    if (find<IInteger>(nodeMap, feature))
+        return Kind::Integer;
+    if (find<IBoolean>(nodeMap, feature))
+        return Kind::Boolean;
+    if (find<IEnumeration>(nodeMap, feature))
+        return Kind::Enumeration;
+    return Kind::Missing;
+}
+
+EAccessMode accessOf(const CNodeMapRef &nodeMap, const char *feature) {
+    const INode *node = nodeMap._GetNode(feature);
+    return node ? node->GetAccessMode() : NI;
+}
+
+bool isReadable(const CNodeMapRef &nodeMap, const char *feature) {
+    return IsReadable(nodeMap._GetNode(feature));
+}
+
+bool isWritable(const CNodeMapRef &nodeMap, const char *feature) {
+    return IsWritable(nodeMap._GetNode(feature));
+}
+
+RawValue readRaw(const CNodeMapRef &nodeMap, const char *feature) {
+    if (auto *floating = find<IFloat>(nodeMap, feature))
+        return floating->GetValue(false, false);
+    if (auto *integer = find<IInteger>(nodeMap, feature))
+        return integer->GetValue(false, false);
+    if (auto *boolean = find<IBoolean>(nodeMap, feature))
+        return boolean->GetValue(false, false);
+    return std::string(find<IEnumeration>(nodeMap, feature)->ToString(false, false).c_str());
+}
+
+void writeRaw(const CNodeMapRef &nodeMap, const char *feature, const RawValue &value) {
+    if (const auto *floating = std::get_if<double>(&value))
+        find<IFloat>(nodeMap, feature)->SetValue(*floating, true);
+    else if (const auto *integer = std::get_if<int64_t>(&value))
+        find<IInteger>(nodeMap, feature)->SetValue(*integer, true);
+    else if (const auto *boolean = std::get_if<bool>(&value))
+        find<IBoolean>(nodeMap, feature)->SetValue(*boolean, true);
+    else
+        find<IEnumeration>(nodeMap, feature)
+            ->FromString(std::get<std::string>(value).c_str(), true);
+}
+
+FloatLimits floatLimits(const CNodeMapRef &nodeMap, const char *feature) {
+    auto *node = find<IFloat>(nodeMap, feature);
+    return {node->GetMin(), node->GetMax(), node->GetInc()};
+}
+
+IntegerLimits integerLimits(const CNodeMapRef &nodeMap, const char *feature) {
+    auto *node = find<IInteger>(nodeMap, feature);
+    return {node->GetMin(), node->GetMax()};
+}
+
+std::vector<std::string> entriesOf(const CNodeMapRef &nodeMap, const char *feature) {
+    auto *enumeration = find<IEnumeration>(nodeMap, feature);
+    if (!enumeration)
+        return {};
+    StringList_t symbolics;
+    enumeration->GetSymbolics(symbolics);
+    std::vector<std::string> entries;
+    for (size_t i = 0; i < symbolics.size(); ++i)
+        entries.emplace_back(symbolics[i].c_str());
+    return entries;
+}
+
+} // namespace kxinfo

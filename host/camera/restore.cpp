@@ -1,0 +1,182 @@
+// kxinfo restore: what the camera refuses is tried again after the other settings, since the range
+// of one may depend on another; what it refuses to the end is told, and the rest stays restored.
+
+#include <algorithm>
+#include <fstream>
+#include <sstream>
+
+#include "Base/GCException.h"
+#include "command.h"
+#include "lookup_table.h"
+#include "saved_settings.h"
+#include "standard_output.h"
+#include "words.h"
+
+namespace kxinfo {
+
+namespace {
+
+std::string readFile(const std::string &name) {
+    std::ifstream file(name, std::ios::binary);
+    std::ostringstream text;
+    text << file.rdbuf();
+    if (!file)
+        throw CommandError{kWrongUsage, "\"" + name + "\" cannot be read. Check its name."};
+    return text.str();
+}
+
+class Restoring {
+public:
+    Restoring(const Session &session, Modes &modes) : session_(session), modes_(modes) {}
+
+    // Sets what differs.
+    void settings(const std::vector<SavedValue> &saved) {
+        std::vector<const SavedValue *> waiting;
+        for (const SavedValue &value : saved)
+            waiting.push_back(&value);
+        for (;;) {
+            std::vector<const SavedValue *> refused;
+            refusals_.clear();
+            for (const SavedValue *value : waiting) {
+                stopIfAsked();
+                const std::string reason = set(*value);
+                if (reason.empty())
+                    continue;
+                refused.push_back(value);
+                refusals_.push_back(std::string(value->setting->name) + " stays " +
+                                    presentText(*value->setting) + ": " + reason);
+            }
+            if (refused.empty() || refused.size() == waiting.size())
+                return;
+            waiting = std::move(refused);
+        }
+    }
+
+    const std::vector<std::string> &changes() const { return changes_; }
+    const std::vector<std::string> &refusals() const { return refusals_; }
+
+private:
+    // Why it cannot be set; empty when the camera has the value.
+    std::string set(const SavedValue &value) {
+        const SavedSetting &setting = *value.setting;
+        const auto &nodeMap = session_.nodeMap();
+        try {
+            if (kindOf(nodeMap, setting.feature) == Kind::Missing)
+                return meaningOf(-2);
+            const RawValue present = modes_.read(setting.feature, setting.reach);
+            if (present == value.raw)
+                return "";
+            if (present.index() != value.raw.index())
+                return "the camera has it as another kind of value";
+            modes_.write(setting.feature, setting.reach, value.raw);
+            changes_.push_back(std::string(setting.name) + ": " + textOf(setting, present) +
+                               " -> " + textOf(setting, value.raw));
+            return "";
+        } catch (const GenICam_3_0::TimeoutException &) {
+            throw;
+        } catch (const GenICam_3_0::GenericException &error) {
+            return reasonOf(error);
+        }
+    }
+
+    std::string presentText(const SavedSetting &setting) {
+        try {
+            return textOf(setting, modes_.read(setting.feature, setting.reach));
+        } catch (const GenICam_3_0::GenericException &) {
+            return "as it is";
+        }
+    }
+
+    const Session &session_;
+    Modes &modes_;
+    std::vector<std::string> changes_;
+    std::vector<std::string> refusals_;
+};
+
+// Which of the camera's tables a saved one is for, if it fits.
+int tableFor(const LookupTable &camera, const SavedTable &saved) {
+    const auto &channels = camera.channels();
+    const auto channel = std::find(channels.begin(), channels.end(), saved.channel);
+    if (channels.empty() ? !saved.channel.empty() : channel == channels.end())
+        throw CommandError{kFailed, "the camera has no such table"};
+    if (saved.entries.size() != static_cast<size_t>(camera.size()))
+        throw CommandError{kFailed, "the file holds " + std::to_string(saved.entries.size()) +
+                                        " entries, but the camera's table has " +
+                                        std::to_string(camera.size())};
+    for (const int entry : saved.entries)
+        if (entry < camera.lowest() || entry > camera.highest())
+            throw CommandError{kFailed, "the entry " + std::to_string(entry) + " is outside " +
+                                            std::to_string(camera.lowest()) + " to " +
+                                            std::to_string(camera.highest())};
+    return static_cast<int>(channel - channels.begin());
+}
+
+// Writes the tables that fit; a refusal for each that does not. Returns how many entries differed.
+size_t restoreTables(LookupTable &camera, const std::vector<SavedTable> &tables,
+                     std::vector<std::string> &refusals) {
+    Progress progress("entries of the lookup table compared",
+                      tables.size() * static_cast<size_t>(camera.size()));
+    for (const SavedTable &saved : tables) {
+        try {
+            camera.select(tableFor(camera, saved));
+        } catch (const CommandError &error) {
+            refusals.push_back("the lookup table" +
+                               (saved.channel.empty() ? "" : " of " + saved.channel) +
+                               " stays as it is: " + error.text);
+            continue;
+        }
+        for (size_t index = 0; index < saved.entries.size(); ++index) {
+            stopIfAsked();
+            camera.write(static_cast<int>(index), saved.entries[index]);
+            progress.step();
+        }
+    }
+    return camera.written();
+}
+
+int restore(const Session &session, Modes &modes, const SavedCamera &saved) {
+    Restoring restoring(session, modes);
+    std::optional<LookupTable> table;
+    std::vector<std::string> lines;
+    std::vector<std::string> refusals;
+    try {
+        if (!saved.tables.empty()) {
+            table.emplace(session, modes);
+            if (const size_t entries = restoreTables(*table, saved.tables, refusals))
+                lines.push_back("lookup table: " + std::to_string(entries) + " entries");
+        }
+        restoring.settings(saved.settings);
+    } catch (...) {
+        if (table)
+            if (const std::string left = table->undo(); !left.empty())
+                tell(left);
+        throw;
+    }
+    modes.keepChanges();
+
+    lines.insert(lines.begin(), restoring.changes().begin(), restoring.changes().end());
+    refusals.insert(refusals.begin(), restoring.refusals().begin(), restoring.refusals().end());
+    std::string text = cameraLine(session);
+    for (const std::string &line : lines)
+        text += line + "\n";
+    if (lines.empty() && refusals.empty())
+        text += "Nothing to restore: the camera is set as the file says.\n";
+    writeOut(text);
+    for (const std::string &refusal : refusals)
+        tell(refusal + ".");
+    return refusals.empty() ? kDone : kFailed;
+}
+
+} // namespace
+
+int run(const RestoreRequest &request) {
+    const SavedCamera saved = fromFile(readFile(request.file), request.file);
+    return onCamera(request, [&](Session &session, Modes &modes) {
+        if (saved.model != session.info().model)
+            tell("\"" + request.file + "\" was saved from a camera of another model, " +
+                 saved.model + "; what this one does not take is left as it is.");
+        return restore(session, modes, saved);
+    });
+}
+
+} // namespace kxinfo

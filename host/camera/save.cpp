@@ -1,0 +1,100 @@
+// kxinfo save: the file appears whole or not at all.
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <fstream>
+
+#include "Base/GCException.h"
+#include "command.h"
+#include "lookup_table.h"
+#include "saved_settings.h"
+#include "standard_output.h"
+#include "words.h"
+
+namespace kxinfo {
+
+namespace {
+
+void writeFile(const std::string &name, const std::string &text) {
+    const std::string unfinished = name + ".part";
+    std::ofstream file(unfinished, std::ios::binary | std::ios::trunc);
+    file << text;
+    file.close();
+    if (file && std::rename(unfinished.c_str(), name.c_str()) == 0)
+        return;
+    const std::string reason = strerror(errno);
+    (void)std::remove(unfinished.c_str());
+    throw CommandError{kFailed, "\"" + name + "\" cannot be written: " + reason + "."};
+}
+
+// The settings that can be reached on this camera and, if ever, be restored.
+std::vector<SavedValue> readSettings(const Session &session, Modes &modes) {
+    std::vector<SavedValue> values;
+    const auto &nodeMap = session.nodeMap();
+    for (const SavedSetting &setting : savedSettings()) {
+        stopIfAsked();
+        try {
+            if (kindOf(nodeMap, setting.feature) == Kind::Missing)
+                continue;
+            modes.reach(setting.reach);
+            if (isReadable(nodeMap, setting.feature) && isWritable(nodeMap, setting.feature))
+                values.push_back({&setting, modes.read(setting.feature, setting.reach)});
+        } catch (const GenICam_3_0::TimeoutException &) {
+            throw;
+        } catch (const GenICam_3_0::GenericException &error) {
+            throw CommandError{
+                kFailed, std::string(setting.name) +
+                             " cannot be read, so nothing was saved: " + reasonOf(error) + "."};
+        }
+    }
+    return values;
+}
+
+std::vector<SavedTable> readTables(const Session &session, Modes &modes) {
+    if (kindOf(session.nodeMap(), "LUTValue") == Kind::Missing ||
+        kindOf(session.nodeMap(), "LUTIndex") == Kind::Missing)
+        return {};
+    LookupTable camera(session, modes);
+    std::vector<SavedTable> tables;
+    Progress progress("entries of the lookup table read",
+                      static_cast<size_t>(camera.tables()) * static_cast<size_t>(camera.size()));
+    for (int table = 0; table < camera.tables(); ++table) {
+        camera.select(table);
+        SavedTable saved;
+        if (!camera.channels().empty())
+            saved.channel = camera.channels()[static_cast<size_t>(table)];
+        for (int index = 0; index < camera.size(); ++index) {
+            stopIfAsked();
+            saved.entries.push_back(camera.read(index));
+            progress.step();
+        }
+        tables.push_back(std::move(saved));
+    }
+    return tables;
+}
+
+} // namespace
+
+int run(const SaveRequest &request) {
+    return onCamera(request, [&](Session &session, Modes &modes) {
+        SavedCamera camera;
+        camera.manufacturer = session.info().manufacturer;
+        camera.model = session.info().model;
+        camera.serial = session.info().serial;
+        camera.settings = readSettings(session, modes);
+        if (request.table)
+            camera.tables = readTables(session, modes);
+        writeFile(request.file, asFile(camera));
+
+        size_t entries = 0;
+        for (const SavedTable &table : camera.tables)
+            entries += table.entries.size();
+        writeOut(cameraLine(session) + std::to_string(camera.settings.size()) + " settings and " +
+                 std::to_string(entries) + " entries of the lookup table saved to " + request.file +
+                 "\n");
+        return kDone;
+    });
+}
+
+} // namespace kxinfo

@@ -1,0 +1,355 @@
+#include "values.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+
+#include "Base/GCException.h"
+#include "table.h"
+#include "words.h"
+
+namespace kxinfo {
+
+using GenApi_3_0::EAccessMode;
+using KxTd::CExCam;
+
+namespace {
+
+struct ToText {
+    std::string operator()(std::monostate) const { return kNone; }
+    std::string operator()(float value) const { return numberText(value); }
+    std::string operator()(int32_t value) const { return std::to_string(value); }
+    std::string operator()(bool value) const { return value ? "true" : "false"; }
+    std::string operator()(const std::string &value) const { return value; }
+};
+
+void readIntegerRange(CExCam &camera, Reading &reading) {
+    int min = 0;
+    int max = 0;
+    int inc = 0;
+    if (const int code = camera.ExPropertyGetIntRange(reading.property->type, &min, &max, &inc)) {
+        reading.problem = meaningOf(code);
+        return;
+    }
+    if (min > max) // more than 32 bits hold: the camera class delivers the low ones
+        return;
+    reading.minimum = min;
+    reading.maximum = max;
+    reading.increment = inc;
+}
+
+void readFloatRange(CExCam &camera, Reading &reading) {
+    const Property &property = *reading.property;
+    float min = 0;
+    float max = 0;
+    float inc = 0;
+    const bool gamma = property.type == KxTd::GAMMA_PROPERTY_TYPE;
+    const int code = gamma ? camera.ExPropertyGetGammaRange(&min, &max, &inc)
+                           : camera.ExPropertyGetFloatRange(property.type, &min, &max, &inc);
+    if (code) {
+        reading.problem = code == 1 ? "what the lookup table does cannot be read" : meaningOf(code);
+        return;
+    }
+    reading.minimum = min;
+    reading.maximum = max;
+    // In decibels the increment is the value of the first step above the minimum.
+    if (inc != (property.inDecibels() ? min : 0))
+        reading.increment = inc;
+}
+
+// The camera class delivers -1 for a gamma that the lookup table does not hold.
+void readGamma(CExCam &camera, Reading &reading) {
+    float value = 0;
+    if (const int code = camera.ExPropertyGetGamma(&value))
+        reading.problem = meaningOf(code);
+    else if (value == -1.0f)
+        reading.problem = "gamma is disabled: the lookup table does not hold the gamma curve";
+    else
+        reading.value = value;
+}
+
+void readNumber(CExCam &camera, Reading &reading) {
+    int code = 0;
+    if (reading.kind == Kind::Float) {
+        float value = 0;
+        code = camera.ExPropertyGetFloat(reading.property->type, &value);
+        reading.value = value;
+    } else {
+        int value = 0;
+        code = camera.ExPropertyGetInt(reading.property->type, &value);
+        reading.value = value;
+    }
+    if (code) {
+        reading.value = {};
+        reading.problem = meaningOf(code);
+    }
+}
+
+// A switch or a choice, which the camera class has no operation to read for.
+PropertyValue plainValue(const RawValue &raw) {
+    if (const auto *boolean = std::get_if<bool>(&raw))
+        return *boolean;
+    return std::get<std::string>(raw);
+}
+
+const char *whyNot(EAccessMode access) {
+    switch (access) {
+    case GenApi_3_0::NI:
+        return "the camera does not implement it";
+    case GenApi_3_0::NA:
+        return "it is not available at present";
+    case GenApi_3_0::WO:
+        return "it can only be written";
+    case GenApi_3_0::RO:
+        return "it can only be read";
+    case GenApi_3_0::RW:
+        break;
+    }
+    return "it can be read and written";
+}
+
+void fill(const Session &session, Modes &modes, Reading &reading) {
+    const Property &property = *reading.property;
+    CExCam camera = session.camera();
+
+    reading.kind = kindOf(session.nodeMap(), property.feature);
+    if (reading.kind == Kind::Missing) {
+        reading.problem = meaningOf(-2);
+        return;
+    }
+    // Gamma is read before the table is switched to it.
+    const bool gamma = property.type == KxTd::GAMMA_PROPERTY_TYPE;
+    if (gamma)
+        readGamma(camera, reading);
+
+    modes.reach(property.reach);
+    reading.access = accessOf(session.nodeMap(), property.feature);
+    if (reading.kind == Kind::Integer)
+        readIntegerRange(camera, reading);
+    else if (reading.kind == Kind::Float)
+        readFloatRange(camera, reading);
+    else
+        reading.entries = entriesOf(session.nodeMap(), property.feature);
+    if (gamma || !reading.problem.empty())
+        return;
+
+    if (reading.access != GenApi_3_0::RO && reading.access != GenApi_3_0::RW)
+        reading.problem = whyNot(reading.access);
+    else if (reading.kind == Kind::Integer || reading.kind == Kind::Float)
+        readNumber(camera, reading);
+    else
+        reading.value = plainValue(modes.read(property.feature, property.reach));
+}
+
+CommandError refusal(const Reading &reading, const std::string &text) {
+    const Property &property = *reading.property;
+    return {kWrongUsage, std::string(property.name) + "=" + text +
+                             " is not possible; expected is " + rangeText(reading) + "."};
+}
+
+int32_t checkedInteger(const Reading &reading, const std::string &text) {
+    int32_t value = 0;
+    const auto [stop, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+    if (error != std::errc() || stop != text.data() + text.size())
+        throw refusal(reading, text);
+    const int32_t min = std::get<int32_t>(reading.minimum);
+    const int32_t max = std::get<int32_t>(reading.maximum);
+    const int32_t inc = std::get<int32_t>(reading.increment);
+    if (value < min || value > max)
+        throw refusal(reading, text);
+    const int64_t beyond = inc > 1 ? (int64_t{value} - min) % inc : 0;
+    if (beyond != 0) {
+        const int64_t below = value - beyond;
+        throw CommandError{kWrongUsage,
+                           std::string(reading.property->name) + "=" + text +
+                               " is not possible: " + "its step is " + std::to_string(inc) +
+                               "; the nearest are " + std::to_string(below) +
+                               (below + inc <= max ? " and " + std::to_string(below + inc) : "") +
+                               "."};
+    }
+    return value;
+}
+
+float checkedFloat(const Reading &reading, const std::string &text) {
+    const float min = std::get<float>(reading.minimum);
+    const float max = std::get<float>(reading.maximum);
+    float value = 0;
+    const auto [stop, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+    if (error != std::errc() || stop != text.data() + text.size())
+        throw refusal(reading, text);
+    // What is shown as 18.0618 is 18.06179973: whoever types what was shown means that.
+    for (const float end : {min, max})
+        if (numberText(value) == numberText(end))
+            return end;
+    if (!(value >= min && value <= max)) // not a number is outside as well
+        throw refusal(reading, text);
+    return value;
+}
+
+bool checkedBoolean(const Reading &reading, const std::string &text) {
+    const bool on = text == "true" || text == "1" || text == "on";
+    if (!on && text != "false" && text != "0" && text != "off")
+        throw refusal(reading, text);
+    return on;
+}
+
+// A factor as the camera takes it: within its range and on its steps.
+double fitted(const GenApi_3_0::CNodeMapRef &nodeMap, const char *feature, double factor) {
+    const FloatLimits limits = floatLimits(nodeMap, feature);
+    if (limits.inc > 0)
+        factor = limits.min + std::round((factor - limits.min) / limits.inc) * limits.inc;
+    return std::clamp(factor, limits.min, limits.max);
+}
+
+// The camera class converts decibels of gain and balance ratios, but not those of the automatic
+// limits; and a factor that its rounding puts beside the camera's range or steps is put there.
+int writeDecibels(const Session &session, const Property &property, float decibels) {
+    CExCam camera = session.camera();
+    const float factor = powf(10.0f, decibels / 20.0f);
+    const double exact = fitted(session.nodeMap(), property.feature, static_cast<double>(factor));
+    if (property.reach == Reach::SensorAutoGain)
+        return camera.ExPropertySetFloat(property.type, static_cast<float>(exact));
+    if (exact == static_cast<double>(factor))
+        return camera.ExPropertySetFloat(property.type, decibels);
+    writeRaw(session.nodeMap(), property.feature, exact);
+    return 0;
+}
+
+// Setting gamma switches the lookup table to it for good.
+int writeGamma(const Session &session, Modes &modes, float gamma) {
+    modes.remember("lutMode", Reach::Direct);
+    modes.remember("lutType", Reach::Direct);
+    const int code = session.camera().ExPropertySetGamma(gamma);
+    modes.changed("lutMode", Reach::Direct);
+    modes.changed("lutType", Reach::Direct);
+    return code;
+}
+
+std::string meaningOfGamma(int code) {
+    switch (code) {
+    case -1:
+        return "what the lookup table does cannot be read";
+    case -4:
+        return "the lookup table cannot be switched to the gamma curve";
+    case -5:
+        return "the range of gamma cannot be read";
+    case -6:
+        return "it is out of range";
+    default:
+        return meaningOf(code);
+    }
+}
+
+} // namespace
+
+Reading readProperty(const Session &session, Modes &modes, const Property &property) {
+    Reading reading;
+    reading.property = &property;
+    try {
+        fill(session, modes, reading);
+    } catch (const GenICam_3_0::TimeoutException &) {
+        throw;
+    } catch (const GenICam_3_0::GenericException &error) {
+        reading.value = {};
+        reading.problem = reasonOf(error);
+    }
+    return reading;
+}
+
+std::string valueText(const PropertyValue &value) {
+    return std::visit(ToText{}, value);
+}
+
+const char *unitOf(const Reading &reading) {
+    return reading.property->inDecibels() && reading.kind == Kind::Integer ? nullptr
+                                                                           : reading.property->unit;
+}
+
+std::string quantityText(const Reading &reading, const PropertyValue &value) {
+    const char *unit = unitOf(reading);
+    const bool number =
+        std::holds_alternative<float>(value) || std::holds_alternative<int32_t>(value);
+    return valueText(value) + (number && unit ? " " + std::string(unit) : "");
+}
+
+std::string changeText(const std::string &name, const std::string &before,
+                       const std::string &after) {
+    return name + ": " + before + (before == after ? "" : " -> " + after) + "\n";
+}
+
+std::string rangeText(const Reading &reading) {
+    switch (reading.kind) {
+    case Kind::Boolean:
+        return "true or false";
+    case Kind::Enumeration:
+        return choicesText(reading.entries);
+    default:
+        return (reading.kind == Kind::Integer ? "a whole number, " : "a number, ") +
+               valueText(reading.minimum) + " to " + quantityText(reading, reading.maximum);
+    }
+}
+
+PropertyValue checkedValue(const Reading &reading, const std::string &text) {
+    const std::string name = reading.property->name;
+    if (reading.kind == Kind::Missing)
+        throw CommandError{kFailed, name + " cannot be set: " + reading.problem + "."};
+    if (reading.access != GenApi_3_0::RW && reading.access != GenApi_3_0::WO)
+        throw CommandError{kWrongUsage, name + " cannot be set: " + whyNot(reading.access) + "."};
+    switch (reading.kind) {
+    case Kind::Boolean:
+        return checkedBoolean(reading, text);
+    case Kind::Enumeration:
+        if (std::find(reading.entries.begin(), reading.entries.end(), text) ==
+            reading.entries.end())
+            throw refusal(reading, text);
+        return text;
+    default:
+        break;
+    }
+    if (std::holds_alternative<std::monostate>(reading.minimum))
+        throw CommandError{kFailed, name + " cannot be set: its range cannot be read" +
+                                        (reading.problem.empty() ? "" : ", " + reading.problem) +
+                                        "."};
+    if (reading.kind == Kind::Integer)
+        return checkedInteger(reading, text);
+    return checkedFloat(reading, text);
+}
+
+void writeProperty(const Session &session, Modes &modes, const Reading &reading,
+                   const PropertyValue &value) {
+    const Property &property = *reading.property;
+    modes.remember(property.feature, property.reach);
+    CExCam camera = session.camera();
+    int code = 0;
+    if (property.type == KxTd::GAMMA_PROPERTY_TYPE) {
+        code = writeGamma(session, modes, std::get<float>(value));
+        if (code)
+            throw CommandError{kFailed, std::string(property.name) +
+                                            " was not set: " + meaningOfGamma(code) + "."};
+    } else if (const auto *number = std::get_if<float>(&value)) {
+        code = property.inDecibels() ? writeDecibels(session, property, *number)
+                                     : camera.ExPropertySetFloat(property.type, *number);
+    } else if (const auto *integer = std::get_if<int32_t>(&value)) {
+        code = camera.ExPropertySetInt(property.type, *integer);
+    } else if (const auto *boolean = std::get_if<bool>(&value)) {
+        code = camera.ExPropertySetEna(property.type, *boolean);
+    } else {
+        const std::string &entry = std::get<std::string>(value);
+        code = camera.ExPropertySetEnumFromStr(property.feature, entry.c_str());
+    }
+    if (code)
+        throw CommandError{kFailed,
+                           std::string(property.name) + " was not set: " + meaningOf(code) + "."};
+    modes.changed(property.feature, property.reach);
+}
+
+float numberFrom(const std::string &text, const std::string &what) {
+    float value = 0;
+    const auto [stop, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+    if (error != std::errc() || stop != text.data() + text.size() || std::isnan(value))
+        throw CommandError{kWrongUsage,
+                           what + " is \"" + text + "\"; expected is a number, for example 0.5."};
+    return value;
+}
+
+} // namespace kxinfo

@@ -1,0 +1,29 @@
+/** How commands say what went wrong. */
+#ifndef KXINFO_HOST_CAMERA_WORDS_H
+#define KXINFO_HOST_CAMERA_WORDS_H
+
+#include <exception>
+#include <string>
+
+#include "requests.h"
+
+namespace kxinfo {
+
+/** Ends a command: what it ends with, and why, as sentences for the user. */
+struct CommandError {
+    ExitStatus status;
+    std::string text;
+};
+
+/** Sentences on standard error, after "kxinfo: ". */
+void tell(const std::string &sentences);
+
+/** The camera's own reason, as the platform raised it, without its place in a source file. */
+std::string reasonOf(const std::exception &error);
+
+/** Result codes of the camera class that all of its operations share, in words. */
+std::string meaningOf(int code);
+
+} // namespace kxinfo
+
+#endif
