@@ -35,6 +35,7 @@ using Clock = std::chrono::steady_clock;
 
 constexpr int kShortestWindow = 1;
 constexpr int kLongestWindow = 1000;
+constexpr int kMostExpected = 64;
 constexpr size_t kMaxCameras = 4096;
 
 struct Interface {
@@ -141,6 +142,8 @@ public:
             cameras_.push_back(info);
     }
 
+    size_t count() const { return cameras_.size(); }
+
     std::vector<GEV_CAMERA_INFO> sorted() && {
         std::sort(cameras_.begin(), cameras_.end(),
                   [](const GEV_CAMERA_INFO &a, const GEV_CAMERA_INFO &b) {
@@ -158,7 +161,7 @@ private:
 };
 
 std::vector<GEV_CAMERA_INFO> collect(const std::vector<Line> &lines, uint16_t requestId,
-                                     Clock::time_point deadline) {
+                                     Clock::time_point deadline, std::optional<size_t> expected) {
     Cameras cameras;
     std::vector<pollfd> waits;
     waits.reserve(lines.size());
@@ -169,7 +172,12 @@ std::vector<GEV_CAMERA_INFO> collect(const std::vector<Line> &lines, uint16_t re
         const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now());
         if (left.count() <= 0)
             return std::move(cameras).sorted();
-        if (poll(waits.data(), waits.size(), static_cast<int>(left.count())) <= 0)
+        const bool complete = expected && cameras.count() >= *expected;
+        const int wait = complete ? 0 : static_cast<int>(left.count());
+        const int ready = poll(waits.data(), waits.size(), wait);
+        if (complete && ready == 0)
+            return std::move(cameras).sorted();
+        if (ready <= 0)
             continue;
         // One packet of each line in turn, so that a flood on one hides no camera on another.
         for (size_t i = 0; i < lines.size(); ++i) {
@@ -191,11 +199,11 @@ std::vector<GEV_CAMERA_INFO> collect(const std::vector<Line> &lines, uint16_t re
     }
 }
 
-std::optional<int> windowFrom(const char *text) {
+std::optional<int> numberFrom(const char *text, int least, int most) {
     int value = 0;
     const char *end = text + strlen(text);
     const auto [stop, error] = std::from_chars(text, end, value);
-    if (error != std::errc() || stop != end || value < kShortestWindow || value > kLongestWindow)
+    if (error != std::errc() || stop != end || value < least || value > most)
         return std::nullopt;
     return value;
 }
@@ -205,7 +213,7 @@ std::optional<int> windowFrom(const char *text) {
 DiscoveryOptions discoveryOptions() {
     DiscoveryOptions options;
     if (const char *text = getenv("KXGIGE_DISCOVERY_MS"); text && *text) {
-        if (const auto window = windowFrom(text))
+        if (const auto window = numberFrom(text, kShortestWindow, kLongestWindow))
             options.window = std::chrono::milliseconds(*window);
         else
             fprintf(stderr,
@@ -213,6 +221,15 @@ DiscoveryOptions discoveryOptions() {
                     "waiting %d ms\n",
                     text, kShortestWindow, kLongestWindow,
                     static_cast<int>(options.window.count()));
+    }
+    if (const char *text = getenv("KXGIGE_EXPECTED_CAMERAS"); text && *text) {
+        if (const auto expected = numberFrom(text, 1, kMostExpected))
+            options.expected = *expected;
+        else
+            fprintf(stderr,
+                    "KXGIGE_EXPECTED_CAMERAS: '%s' is no whole number of cameras from 1 to %d; "
+                    "waiting the whole %d ms\n",
+                    text, kMostExpected, static_cast<int>(options.window.count()));
     }
     if (const char *text = getenv("KXGIGE_INTERFACES")) {
         const std::string list = text;
@@ -245,7 +262,7 @@ std::vector<GEV_CAMERA_INFO> discover(const DiscoveryOptions &options) {
         throw std::system_error(error, std::generic_category(), "ask for cameras");
     if (lines.empty())
         return {};
-    return collect(lines, requestId, deadline);
+    return collect(lines, requestId, deadline, options.expected);
 }
 
 } // namespace gige

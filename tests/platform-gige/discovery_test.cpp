@@ -18,6 +18,7 @@ class Discovery : public testing::Test {
 protected:
     Discovery() {
         setenv("KXGIGE_DISCOVERY_MS", "150", 1);
+        unsetenv("KXGIGE_EXPECTED_CAMERAS");
         unsetenv("KXGIGE_INTERFACES");
     }
 
@@ -157,6 +158,70 @@ TEST_F(Discovery, ReportsAWindowThatIsNone) {
                   testing::internal::GetCapturedStderr());
         EXPECT_THAT(stopwatch.elapsed(), Ge(1000ms));
     }
+}
+
+TEST_F(Discovery, WaitsNoLongerThanForTheExpectedCameras) {
+    add("127.0.0.3", "three");
+    add("127.0.0.2", "two");
+    setenv("KXGIGE_DISCOVERY_MS", "1000", 1);
+    setenv("KXGIGE_EXPECTED_CAMERAS", "2", 1);
+    const Stopwatch stopwatch;
+
+    EXPECT_THAT(serials(), ElementsAre("two", "three"));
+
+    EXPECT_THAT(stopwatch.elapsed(), Lt(900ms));
+}
+
+TEST_F(Discovery, WaitsTheWholeWindowWhenAnExpectedCameraDoesNotAnswer) {
+    add("127.0.0.3", "three");
+    ScriptedCamera &twice = add("127.0.0.2", "two");
+    add("127.0.0.4", "echo").answerDiscoveryWith(twice.discoveryAnswer());
+    add("127.0.0.5", "tiny").answerDiscoveryWith({1, 2, 3});
+    setenv("KXGIGE_EXPECTED_CAMERAS", "3", 1);
+    const Stopwatch stopwatch;
+
+    EXPECT_THAT(serials(), ElementsAre("two", "three"));
+
+    EXPECT_THAT(stopwatch.elapsed(), AllOf(Ge(150ms), Lt(900ms)));
+}
+
+TEST_F(Discovery, IsNotHeldUpByAFloodOfAnswersBeyondTheExpectedOnes) {
+    add("127.0.0.2", "flood").floodDiscovery(100'000'000);
+    setenv("KXGIGE_EXPECTED_CAMERAS", "1", 1);
+    const Stopwatch stopwatch;
+
+    serials(10000);
+
+    EXPECT_THAT(stopwatch.elapsed(), Lt(1000ms));
+}
+
+TEST_F(Discovery, ReportsAnExpectedNumberThatIsNoneAndWaitsTheWholeWindow) {
+    ScriptedCamera &camera = add("127.0.0.2", "here");
+    for (const char *text : {"all", "0", "65", "-1", "2 ", "99999999999999999999"}) {
+        setenv("KXGIGE_EXPECTED_CAMERAS", text, 1);
+        const Stopwatch stopwatch;
+        testing::internal::CaptureStderr();
+
+        EXPECT_THAT(serials(), ElementsAre("here"));
+
+        EXPECT_EQ("KXGIGE_EXPECTED_CAMERAS: '" + std::string(text) +
+                      "' is no whole number of cameras from 1 to 64; waiting the whole 150 ms\n",
+                  testing::internal::GetCapturedStderr());
+        EXPECT_THAT(stopwatch.elapsed(), Ge(150ms));
+    }
+    EXPECT_EQ(6u, camera.received());
+}
+
+TEST_F(Discovery, TakesAnEmptyExpectedNumberForNone) {
+    add("127.0.0.2", "here");
+    setenv("KXGIGE_EXPECTED_CAMERAS", "", 1);
+    const Stopwatch stopwatch;
+    testing::internal::CaptureStderr();
+
+    EXPECT_THAT(serials(), ElementsAre("here"));
+
+    EXPECT_EQ("", testing::internal::GetCapturedStderr());
+    EXPECT_THAT(stopwatch.elapsed(), Ge(150ms));
 }
 
 TEST_F(Discovery, AsksTheInterfacesThatTheEnvironmentNames) {
