@@ -14,15 +14,14 @@ void tell(const std::string &sentences) {
     (void)fprintf(stderr, "kxinfo: %s\n", sentences.c_str());
 }
 
-int tellFailure(const Outcome &outcome) {
-    const std::string hint = ". Add '--log stdout --level debug' to see how far it came.";
+int tellFailure(const Outcome &outcome, const std::string &hint) {
     if (outcome.exception) {
-        tell("the plug-in failed with an exception: " + *outcome.exception + hint);
+        tell("the plug-in failed with an exception: " + *outcome.exception + ". " + hint);
         return kFailed;
     }
     const std::string code = std::to_string(outcome.code);
     if (outcome.code < 0) {
-        tell("the plug-in failed: it returned " + code + hint);
+        tell("the plug-in failed: it returned " + code + ". " + hint);
         return kFailed;
     }
     tell("the plug-in returned " + code +

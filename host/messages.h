@@ -14,12 +14,16 @@ void tell(const std::string &sentences);
 /** What is said when the plug-in finds no camera. */
 extern const char *const kNoDalsaCamera;
 
+/** How to learn more when the plug-in fails. */
+constexpr const char *kHintOfLog = "Add '--log stdout --level debug' to see how far it came.";
+
 /**
  * Tells what is wrong with a call that did not return 0 or 1.
  *
+ * \param hint  how the user learns more, as a sentence
  * \return the exit status for it
  */
-int tellFailure(const Outcome &outcome);
+int tellFailure(const Outcome &outcome, const std::string &hint = kHintOfLog);
 
 } // namespace kxinfo
 

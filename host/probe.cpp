@@ -9,7 +9,9 @@
 #include <algorithm>
 #include <memory>
 #include <new>
+#include <utility>
 
+#include "collected_run.h"
 #include "messages.h"
 #include "parameter_service.h"
 #include "report.h"
@@ -34,13 +36,8 @@ ProbeRun runProbe(const Plugin &plugin, const ProbeRequest &request) {
     }
     // The level counts for both sinks: the system log must not get more than was asked for.
     const int level = request.log.mode ? request.log.level : KX_LOG_LEVEL_INFO;
-    const MemoryFile log;
-    Outcome outcome;
-    {
-        const StandardOutputTo memory(log.descriptor());
-        outcome = plugin.run(serial, request.log.mode | KX_LOG_MODE_STDOUT, level);
-    }
-    return {outcome, log.text(), false};
+    CollectedRun run = runCollected(plugin, serial, request.log.mode, level);
+    return {std::move(run.outcome), std::move(run.log), false};
 }
 
 std::string cameraWith(const std::string &serial) {
