@@ -1,4 +1,4 @@
-// kxinfo: loads the plug-in as any host would, runs it once, and shows what it published.
+// kxinfo: loads the plug-in as any host would, runs it, and shows what it published.
 
 #include <cstdio>
 #include <exception>
@@ -9,6 +9,7 @@
 #include "messages.h"
 #include "plugin.h"
 #include "probe.h"
+#include "probe_all.h"
 #include "standard_output.h"
 
 namespace kxinfo {
@@ -20,7 +21,8 @@ struct Serve {
         return list(Plugin::load(request.plugin), request);
     }
     int operator()(const ProbeRequest &request) const {
-        return probe(Plugin::load(request.plugin), request);
+        const Plugin plugin = Plugin::load(request.plugin);
+        return request.all ? probeAll(plugin, request) : probe(plugin, request);
     }
     int operator()(const CameraCommand &command) const { return loadCameraCommands()(command); }
 };

@@ -36,12 +36,6 @@ const char *nameOfType(ValueType type) {
     return "text";
 }
 
-std::string cameraLine(const std::string &serial) {
-    if (serial.empty())
-        return "First camera found";
-    return "Camera whose serial number begins with \"" + serial + "\"";
-}
-
 // Setting, current, minimum, maximum, step, unit. A text has its choices in the place of the last
 // four.
 Row rowOf(const PublishedSetting &s) {
@@ -55,8 +49,14 @@ Row rowOf(const PublishedSetting &s) {
 
 } // namespace
 
+std::string headingOf(const std::string &serial) {
+    if (serial.empty())
+        return "First camera found";
+    return "Camera whose serial number begins with \"" + serial + "\"";
+}
+
 std::string asTable(const std::string &serial, const std::vector<PublishedSetting> &settings) {
-    const std::string text = cameraLine(serial) + "\n\n";
+    const std::string text = headingOf(serial) + "\n\n";
     if (settings.empty())
         return text + "No settings were published.\n";
 

@@ -9,15 +9,18 @@
 
 namespace kxinfo {
 
+/** The line above a table, which says which camera was asked for. */
+std::string headingOf(const std::string &serial);
+
 /**
- * A table with aligned columns, under a line that says which camera was asked for. Numbers are
+ * A table with aligned columns, under its heading. Numbers are
  * rounded to six significant digits.
  *
  * \param serial  beginning of the serial number, as asked for; empty: the first camera
  */
 std::string asTable(const std::string &serial, const std::vector<PublishedSetting> &settings);
 
-/** The document described in docs/host-guide.md, with a line end. Numbers are exact. */
+/** The document described in docs/json.md, with a line end. Numbers are exact. */
 std::string asJson(const std::string &serial, const std::vector<PublishedSetting> &settings);
 
 } // namespace kxinfo
