@@ -50,6 +50,17 @@ int commandsIn(const std::string &closingLine) {
     return sum;
 }
 
+std::string violations(const std::string &document, const std::string &schema) {
+    const TemporaryFolder folder;
+    const Result result =
+        run({JSON_VALIDATOR, JSON_SCHEMAS "/" + schema, folder.file("document.json", document)});
+    // The validator failing in whatever way is no document that holds.
+    if (result.status != 0 && result.out.empty())
+        return "the validator ended with status " + std::to_string(result.status) + "\n" +
+               result.err;
+    return result.out;
+}
+
 void Wire::SetUpTestSuite() {
     setenv("KXGIGE_DISCOVERY_MS", "300", 1);
 }

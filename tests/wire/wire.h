@@ -21,6 +21,14 @@ std::vector<std::string> changes(const std::string &before, const std::string &a
 /** How many commands a virtual camera's closing line counts. */
 int commandsIn(const std::string &closingLine);
 
+/**
+ * Where a JSON document is not as a schema of docs/schema says, a line for each place; empty when
+ * it holds.
+ *
+ * \param schema  its file's name, such as "list.schema.json"
+ */
+std::string violations(const std::string &document, const std::string &schema);
+
 /** kxinfo and virtual cameras in a network of their own. */
 class Wire : public testing::Test {
 protected:
