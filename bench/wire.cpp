@@ -4,7 +4,10 @@
 // camera's address and looks for none. From open to close our own measures itself; of arv-tool it
 // is what its process takes beyond one that only tells its version.
 //
-//   bench-wire RUNS KXINFO-SIMCAM BENCH-WIRE-PROBE OUT.json
+// Then 'kxinfo probe --all' of one and of eight cameras, and 'kxinfo probe' of one, a few times, each
+// as a user runs it: with the whole time for finding cameras.
+//
+//   bench-wire RUNS KXINFO-SIMCAM BENCH-WIRE-PROBE KXINFO OUT.json
 
 #include <algorithm>
 #include <chrono>
@@ -241,34 +244,66 @@ void ourProbe(const std::string &simcam, const std::string &probe, Series &serie
     });
 }
 
+double millisecondsOf(const Arguments &command) {
+    Child child(command);
+    child.finish();
+    return child.milliseconds();
+}
+
+void probeAll(const std::string &simcam, const std::string &kxinfo, Series &series) {
+    constexpr int kRuns = 5;
+    unsetenv("KXGIGE_DISCOVERY_MS");
+    for (const int count : {1, 8}) {
+        Arguments serve{simcam};
+        for (int i = 0; i < count; ++i) {
+            serve.emplace_back("--camera");
+            serve.push_back("S" + std::to_string(i) + "@127.0.0.1" + std::to_string(i));
+        }
+        Child cameras(serve);
+        if (cameras.line().empty())
+            throw std::runtime_error("the virtual cameras did not start");
+        for (int run = 0; run < kRuns; ++run) {
+            series.add("all_of_" + std::to_string(count) + "_ms",
+                       millisecondsOf({kxinfo, "probe", "--all"}));
+            if (count == 1)
+                series.add("one_ms", millisecondsOf({kxinfo, "probe", "S0"}));
+        }
+        cameras.stop();
+        cameras.finish();
+    }
+}
+
 } // namespace
 
 int main(int argc, char **argv) {
-    if (argc != 5) {
-        std::fprintf(stderr, "usage: bench-wire RUNS KXINFO-SIMCAM BENCH-WIRE-PROBE OUT.json\n");
+    if (argc != 6) {
+        std::fprintf(stderr,
+                     "usage: bench-wire RUNS KXINFO-SIMCAM BENCH-WIRE-PROBE KXINFO OUT.json\n");
         return 2;
     }
     try {
         setenv("KXGIGE_DISCOVERY_MS", "50", 1);
         const int runs = std::atoi(argv[1]);
-        Series probe, same, least, version;
+        Series probe, same, least, version, all;
         for (int run = 0; run < runs; ++run) {
             ourProbe(argv[2], argv[3], probe);
             arvTool(argv[2], kSame, same);
             arvTool(argv[2], kLeast, least);
             arvToolVersion(version);
         }
+        probeAll(argv[2], argv[4], all);
         const auto withTime = [&](const Series &series) {
-            json all = series.medians();
-            all["open_to_close_ms"] = all.at("process_ms").get<double>() -
-                                      version.medians().at("process_ms").get<double>();
-            return all;
+            json medians = series.medians();
+            medians["open_to_close_ms"] = medians.at("process_ms").get<double>() -
+                                          version.medians().at("process_ms").get<double>();
+            return medians;
         };
         const json result{{"runs", runs},
                           {"probe", probe.medians()},
+                          {"probe_all", all.medians()},
                           {"arv_tool_same", withTime(same)},
                           {"arv_tool_least", withTime(least)}};
-        std::ofstream(argv[4]) << result.dump(2) << '\n';
+        std::ofstream(argv[5]) << result.dump(2) << '\n';
     } catch (const std::exception &error) {
         std::fprintf(stderr, "bench-wire: %s\n", error.what());
         return 1;
