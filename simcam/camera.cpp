@@ -1,5 +1,6 @@
 #include "camera.h"
 
+#include "settings.h"
 #include "snapshot.h"
 
 #include <algorithm>
@@ -10,7 +11,8 @@ namespace simcam {
 // Every packet goes the same way: receive() drops what is no command, answers a retransmission from
 // memory, has carryOut() do the rest, counts and wraps the reply. carryOut() checks the payload's
 // shape and hands it to one function per command; those ask mayRead() and write(), where access to
-// registers is decided.
+// registers is decided. Misfortune has its say in receive(), before a command is looked at and
+// before it is carried out, and where control is asked for.
 
 namespace {
 
@@ -20,9 +22,6 @@ constexpr std::uint32_t kPlainAddress = 0xF0000000;
 
 constexpr std::uint32_t kDefaultHeartbeatMs = 3000;
 constexpr std::uint32_t kShortestHeartbeatMs = 500;
-
-// A client gives a command up long before; what comes later with the same number is a new command.
-constexpr std::chrono::seconds kRetransmissionWindow{5};
 
 std::string localUrl(const std::string &file, std::uint32_t address, std::size_t size) {
     char place[32];
@@ -130,8 +129,14 @@ void Camera::mapRegisters() {
     for (const Register &reg : description_->registers) {
         for (std::uint32_t cell = 0; cell < reg.cellCount; ++cell) {
             const std::uint32_t address = reg.address + cell * reg.stride;
-            if (own.isMapped(address))
+            if (own.isMapped(address)) {
+                const bool mayBeSet = own.canRead(address, reg.length) == Status::Success &&
+                                      own.canWrite(address, reg.length) == Status::Success &&
+                                      address != bootstrap::kControlPrivilege;
+                if (!mayBeSet)
+                    kept_.insert(address);
                 continue;
+            }
             memory_.map(address, reg.length, reg.access);
             if (cell >= reg.initial.size())
                 continue;
@@ -143,43 +148,84 @@ void Camera::mapRegisters() {
     }
 }
 
-std::optional<Bytes> Camera::receive(const std::uint8_t *packet, std::size_t size,
-                                     const Endpoint &sender, Delivery delivery,
-                                     Clock::time_point now) {
+void Camera::misbehave(const Faults &faults, std::uint64_t seed) {
+    misfortune_ = Misfortune(faults, seed, identity_.serial);
+}
+
+void Camera::set(const std::string &feature, const std::string &value) {
+    setFeature(*description_, feature, value, kept_, memory_);
+}
+
+bool Camera::isGone() const {
+    return faults().dieAfter && counts_.answered() >= *faults().dieAfter;
+}
+
+bool Camera::isSilent() const {
+    return isGone() || (faults().silentAfter && counts_.answered() >= *faults().silentAfter);
+}
+
+Outcome Camera::receive(const std::uint8_t *packet, std::size_t size, const Endpoint &sender,
+                        Delivery delivery, Clock::time_point now) {
     now_ = now;
     expireControl();
-    if (silentAfter_ && counts_.discovery + counts_.readreg + counts_.writereg + counts_.readmem +
-                                counts_.writemem + counts_.other >=
-                            *silentAfter_)
-        return std::nullopt;
+    Outcome outcome;
+    if (isSilent()) {
+        outcome.kind = Outcome::Kind::Silent;
+        return outcome;
+    }
     if (size < kHeaderSize || packet[0] != kKey)
-        return std::nullopt;
-    if (sender == controller_)
-        lastHeartbeat_ = now;
+        return outcome;
 
     const bool acknowledge = packet[1] & kAcknowledgeRequired;
     const Request request{load16(packet + 2), packet + kHeaderSize, load16(packet + 4), sender};
     const std::uint16_t id = load16(packet + 6);
     const Bytes bytes(packet, packet + size);
 
+    // A camera has to be found before it can misbehave.
+    const bool mayMisbehave = delivery == Delivery::Unicast &&
+                              static_cast<Command>(request.command) != Command::Discovery;
+    if (mayMisbehave && misfortune_.drops()) {
+        ++counts_.dropped;
+        outcome.kind = Outcome::Kind::Dropped;
+        return outcome;
+    }
+    if (sender == controller_)
+        lastHeartbeat_ = now;
+
+    const auto done = [&](const Bytes &answer) {
+        outcome.kind = Outcome::Kind::Done;
+        outcome.status = static_cast<Status>(load16(answer.data()));
+        count(request.command, outcome.status);
+        if (!acknowledge)
+            return outcome;
+        outcome.answer = answer;
+        if (mayMisbehave)
+            outcome.delay = misfortune_.delays();
+        if (outcome.delay.count() > 0)
+            ++counts_.delayed;
+        return outcome;
+    };
+
     const auto last = lastWrites_.find(sender);
     if (delivery == Delivery::Unicast && last != lastWrites_.end() &&
         last->second.command == bytes && now - last->second.when <= kRetransmissionWindow) {
         ++counts_.repeated;
-        count(request.command, static_cast<Status>(load16(last->second.answer.data())));
-        return acknowledge ? std::optional(last->second.answer) : std::nullopt;
+        outcome.isRepeated = true;
+        return done(last->second.answer);
     }
 
     std::optional<Reply> reply;
     if (request.size != size - kHeaderSize || id == 0) {
         if (delivery == Delivery::Unicast)
             reply = Reply{Status::InvalidHeader, {}};
+    } else if (mayMisbehave && misfortune_.nacks()) {
+        ++counts_.nacked;
+        reply = nack(request);
     } else {
         reply = carryOut(request, delivery);
     }
     if (!reply)
-        return std::nullopt;
-    count(request.command, reply->status);
+        return outcome;
 
     Bytes answer;
     append16(answer, static_cast<std::uint16_t>(reply->status));
@@ -196,7 +242,14 @@ std::optional<Bytes> Camera::receive(const std::uint8_t *packet, std::size_t siz
     } else {
         lastWrites_.erase(sender); // a client repeats only its latest command
     }
-    return acknowledge ? std::optional(answer) : std::nullopt;
+    return done(answer);
+}
+
+// Refused before anything was written.
+Camera::Reply Camera::nack(const Request &request) {
+    const auto command = static_cast<Command>(request.command);
+    const bool isWrite = command == Command::WriteReg || command == Command::WriteMem;
+    return {Status::Busy, isWrite ? indexOf(0) : Bytes{}};
 }
 
 std::optional<Camera::Reply> Camera::carryOut(const Request &request, Delivery delivery) {
@@ -337,6 +390,8 @@ Status Camera::writeControlPrivilege(std::uint32_t value, const Endpoint &sender
         releaseControl();
         return Status::Success;
     }
+    if (faults().refuseControl)
+        return Status::AccessDenied;
     controller_ = sender;
     lastHeartbeat_ = now_;
     memory_.poke32(bootstrap::kControlPrivilege, value);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "description.h"
+#include "faults.h"
 #include "memory.h"
 #include "protocol.h"
 
@@ -9,11 +10,15 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
 
 namespace simcam {
 
 using Clock = std::chrono::steady_clock;
+
+/// A client gives a command up long before; what comes later with the same number is a new one.
+constexpr std::chrono::seconds kRetransmissionWindow{5};
 
 /// A client's address and port, in host byte order.
 struct Endpoint {
@@ -52,6 +57,29 @@ struct Counts {
     std::uint64_t other = 0;
     std::uint64_t refused = 0;  // of these, how many ended with an error status
     std::uint64_t repeated = 0; // of these, how many were retransmissions answered from memory
+    std::uint64_t dropped = 0;  // beside these, how many were lost on purpose
+    std::uint64_t nacked = 0;   // of these, how many were refused on purpose
+    std::uint64_t delayed = 0;  // of these, how many were answered late on purpose
+
+    /// How many commands the camera has answered or carried out.
+    std::uint64_t answered() const {
+        return discovery + readreg + writereg + readmem + writemem + other;
+    }
+};
+
+/// What became of a packet that arrived at a camera.
+struct Outcome {
+    enum class Kind {
+        Ignored, // it is no command, or not for this camera
+        Silent,  // the camera is dead
+        Dropped, // as though it had been lost on its way
+        Done     // answered or, where no acknowledge is asked for, carried out or refused
+    };
+    Kind kind = Kind::Ignored;
+    Status status = Status::Success; // these are of what was done
+    bool isRepeated = false;         // a retransmission, answered from memory
+    std::optional<Bytes> answer;     // goes back to the sender, from the camera's address and port
+    std::chrono::milliseconds delay{0}; // how late
 };
 
 /**
@@ -66,15 +94,24 @@ public:
     const Identity &identity() const { return identity_; }
     const Counts &counts() const { return counts_; }
 
-    /// From the nth answered command on the camera is dead: it neither carries out nor answers.
-    void silenceAfter(std::uint64_t commands) { silentAfter_ = commands; }
+    const Faults &faults() const { return misfortune_.faults(); }
 
-    /**
-     * The one way in. Returns the packet to send back to the sender, from the camera's own address
-     * and port; nothing when there is no answer to this packet.
-     */
-    std::optional<Bytes> receive(const std::uint8_t *packet, std::size_t size,
-                                 const Endpoint &sender, Delivery delivery, Clock::time_point now);
+    /// From here on the camera misbehaves like this. What is left to chance follows from the seed
+    /// and the serial number.
+    void misbehave(const Faults &faults, std::uint64_t seed);
+
+    /// Gives a feature a value, as setFeature() does. Throws WrongValue. The standard's registers
+    /// take one where clients may write them, but for the control privilege.
+    void set(const std::string &feature, const std::string &value);
+
+    /// The one way in.
+    Outcome receive(const std::uint8_t *packet, std::size_t size, const Endpoint &sender,
+                    Delivery delivery, Clock::time_point now);
+
+    /// Whether the camera has died and left the network: nobody must listen at its address.
+    bool isGone() const;
+
+    const Description &description() const { return *description_; }
 
     /// All registers of the description as users see them: one "Name = value" a line, sorted.
     /// Write-only registers and entries of long tables (more than 16 cells) that are zero are left
@@ -103,6 +140,7 @@ private:
     void mapRegisters();
 
     std::optional<Reply> carryOut(const Request &request, Delivery delivery);
+    static Reply nack(const Request &request);
     Reply discover() const;
     std::optional<Reply> forceIp(const Request &request) const;
     Reply readRegisters(const Request &request) const;
@@ -116,6 +154,7 @@ private:
     Status writeControlPrivilege(std::uint32_t value, const Endpoint &sender);
     void writeTimestampControl(std::uint32_t value);
 
+    bool isSilent() const;
     void expireControl();
     void releaseControl();
     void count(std::uint16_t command, Status status);
@@ -124,7 +163,8 @@ private:
     std::shared_ptr<const Description> description_;
     Memory memory_;
     Counts counts_;
-    std::optional<std::uint64_t> silentAfter_;
+    Misfortune misfortune_;
+    std::set<std::uint32_t> kept_; // registers of the description that are the camera's own
 
     Clock::time_point now_; // of the packet being handled
     Clock::time_point timestampStart_;

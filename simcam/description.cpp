@@ -1,18 +1,15 @@
 #include "description.h"
 
 #include "archive.h"
+#include "values.h"
 
 #include <pugixml.hpp>
 
 #include <algorithm>
 #include <cctype>
-#include <cerrno>
-#include <cmath>
-#include <cstdlib>
 #include <cstring>
 #include <fstream>
 #include <iterator>
-#include <limits>
 #include <optional>
 #include <stdexcept>
 
@@ -26,7 +23,7 @@ namespace {
 
 // From an XML file to registers in three steps: nodes are collected by name; each register node
 // becomes a Register; then the nodes that users see (an Enumeration, a Float, ...) lend their names
-// and their entries to the registers that their <pValue> names.
+// and their entries to the registers that their <pValue> names. Those nodes become Features beside.
 
 // More than any camera has; a file that asks for more is a mistake, not a reason to fill memory.
 constexpr std::uint64_t kMaxRegisterBytes = 4u << 20;
@@ -52,29 +49,6 @@ std::string textOf(const pugi::xml_node &node) {
     return std::string(begin, end.base());
 }
 
-// Decimal or 0x...; the whole text must be the number. Hexadecimal uses all 64 bits.
-std::optional<std::int64_t> toInteger(const std::string &text) {
-    if (text.empty())
-        return std::nullopt;
-    const bool hexadecimal = text.size() > 2 && text[0] == '0' && std::tolower(text[1]) == 'x';
-    char *end = nullptr;
-    errno = 0;
-    const std::int64_t value =
-        hexadecimal ? static_cast<std::int64_t>(std::strtoull(text.c_str(), &end, 16))
-                    : std::strtoll(text.c_str(), &end, 10);
-    if (errno != 0 || *end != '\0')
-        return std::nullopt;
-    return value;
-}
-
-std::optional<double> toFloat(const std::string &text) {
-    char *end = nullptr;
-    const double value = std::strtod(text.c_str(), &end);
-    if (text.empty() || *end != '\0')
-        return std::nullopt;
-    return value;
-}
-
 // Integers of a register node that must be plain numbers.
 std::int64_t numberOf(const pugi::xml_node &node) {
     const std::optional<std::int64_t> value = toInteger(textOf(node));
@@ -94,36 +68,6 @@ std::map<std::int64_t, std::string> entriesOf(const pugi::xml_node &enumeration)
     return entries;
 }
 
-Bytes encodeNumber(std::uint64_t value, std::uint32_t length, bool littleEndian) {
-    Bytes bytes(length);
-    for (std::uint32_t i = 0; i < length; ++i) {
-        const std::uint32_t place = littleEndian ? i : length - 1 - i;
-        bytes[place] = static_cast<std::uint8_t>(i < 8 ? value >> (8 * i) & 0xFF : 0);
-    }
-    return bytes;
-}
-
-Bytes encodeFloat(double value, std::uint32_t length, bool littleEndian) {
-    std::uint64_t bits = 0;
-    if (length == 8) {
-        std::memcpy(&bits, &value, 8);
-    } else {
-        const auto single = static_cast<float>(value);
-        std::uint32_t half = 0;
-        std::memcpy(&half, &single, 4);
-        bits = half;
-    }
-    return encodeNumber(bits, length, littleEndian);
-}
-
-bool fits(std::int64_t value, unsigned bits, bool isSigned) {
-    if (bits >= 64)
-        return true;
-    if (isSigned)
-        return value >= -(std::int64_t{1} << (bits - 1)) && value < std::int64_t{1} << (bits - 1);
-    return value >= 0 && value < std::int64_t{1} << bits;
-}
-
 Bytes encode(const Register &reg, const std::string &text) {
     const auto refuse = [&](const std::string &expected) {
         return std::runtime_error("register '" + reg.name + "': initial value '" + text +
@@ -132,23 +76,22 @@ Bytes encode(const Register &reg, const std::string &text) {
     switch (reg.kind) {
     case Register::Kind::Integer: {
         const auto value = toInteger(text);
-        if (!value || !fits(*value, reg.width, reg.isSigned))
+        if (!value || !fits(*value, reg))
             throw refuse("an integer of " + std::to_string(reg.width) + " bits");
-        return encodeNumber(static_cast<std::uint64_t>(*value) << reg.shift, reg.length,
-                            reg.littleEndian);
+        Bytes bytes(reg.length);
+        storeInteger(*value, reg, bytes);
+        return bytes;
     }
     case Register::Kind::Float: {
         const auto value = toFloat(text);
         if (!value)
             throw refuse("a number");
-        return encodeFloat(*value, reg.length, reg.littleEndian);
+        return encodeFloat(*value, reg);
     }
     case Register::Kind::Text: {
         if (text.size() > reg.length)
             throw refuse("at most " + std::to_string(reg.length) + " characters");
-        Bytes bytes(text.begin(), text.end());
-        bytes.resize(reg.length);
-        return bytes;
+        return encodeText(text, reg);
     }
     case Register::Kind::Block:
         break;
@@ -241,8 +184,10 @@ std::optional<Register> toRegister(const pugi::xml_node &node, const NodesByName
 
     for (const pugi::xml_node &index : node.children("pIndex")) {
         const auto stride = toInteger(index.attribute("Offset").value());
-        Register::Index step{
-            stride && *stride > 0 ? static_cast<std::uint32_t>(*stride) : reg.length, {}};
+        Register::Index step{textOf(index),
+                             stride && *stride > 0 ? static_cast<std::uint32_t>(*stride)
+                                                   : reg.length,
+                             {}};
         // The selector itself, or the register that the selector keeps its entry in.
         for (const auto &[name, other] : nodes) {
             if (std::strcmp(other.name(), "Enumeration") == 0 &&
@@ -274,19 +219,7 @@ void collect(const pugi::xml_node &parent, NodesByName &nodes) {
     }
 }
 
-std::vector<Register> registersOf(const Bytes &xml) {
-    pugi::xml_document document;
-    const pugi::xml_parse_result parsed = document.load_buffer(xml.data(), xml.size());
-    if (!parsed)
-        throw std::runtime_error("not well-formed XML at byte " + std::to_string(parsed.offset) +
-                                 ": " + parsed.description());
-    const pugi::xml_node root = document.child("RegisterDescription");
-    if (!root)
-        throw std::runtime_error(
-            "no <RegisterDescription>, so it is no GenICam camera description");
-
-    NodesByName nodes;
-    collect(root, nodes);
+std::vector<Register> registersOf(const NodesByName &nodes) {
     std::vector<Register> registers;
     std::uint64_t total = 0;
     for (const auto &[name, node] : nodes) {
@@ -314,6 +247,85 @@ std::vector<Register> registersOf(const Bytes &xml) {
     return registers;
 }
 
+// Why a node has no starting value, by its kind. Nodes that are not listed hold values.
+const std::map<std::string, std::string> kObstacles{
+    {"SwissKnife", "is computed by a formula"},
+    {"IntSwissKnife", "is computed by a formula"},
+    {"Converter", "is converted by a formula"},
+    {"IntConverter", "is converted by a formula"},
+    {"Command", "is a command"},
+    {"Category", "is a category"},
+    {"Port", "is the way to the registers"},
+};
+
+Feature toFeature(const pugi::xml_node &node) {
+    Feature feature;
+    const auto obstacle = kObstacles.find(node.name());
+    if (obstacle != kObstacles.end()) {
+        feature.obstacle = obstacle->second;
+        return feature;
+    }
+    const std::string kind = node.name();
+    if (kind == "Float")
+        feature.kind = Feature::Kind::Float;
+    else if (kind == "Boolean")
+        feature.kind = Feature::Kind::Boolean;
+    else if (kind == "Enumeration")
+        feature.kind = Feature::Kind::Enumeration;
+    else if (kind == "String")
+        feature.kind = Feature::Kind::Text;
+
+    for (const char *const way : {"pValue", "pValueCopy"}) {
+        for (const pugi::xml_node &holder : node.children(way))
+            feature.holders.push_back(textOf(holder));
+    }
+    feature.index = textOf(node.child("pIndex"));
+    for (const pugi::xml_node &holder : node.children("pValueIndexed")) {
+        if (const auto index = toInteger(holder.attribute("Index").value()))
+            feature.indexed[*index] = textOf(holder);
+    }
+    feature.otherwise = textOf(node.child("pValueDefault"));
+    if (feature.holders.empty() && feature.index.empty())
+        feature.obstacle = "is a constant, which no register holds";
+
+    feature.min = textOf(node.child("Min"));
+    feature.max = textOf(node.child("Max"));
+    feature.on = toInteger(textOf(node.child("OnValue"))).value_or(1);
+    feature.off = toInteger(textOf(node.child("OffValue"))).value_or(0);
+    feature.constant = toInteger(textOf(node.child("Value")));
+    for (const pugi::xml_node &entry : node.children("EnumEntry")) {
+        if (const auto value = toInteger(textOf(entry.child("Value"))))
+            feature.entries.emplace_back(entry.attribute("Name").value(), *value);
+    }
+    return feature;
+}
+
+void readModel(Description &description) {
+    pugi::xml_document document;
+    const Bytes &xml = description.plain;
+    const pugi::xml_parse_result parsed = document.load_buffer(xml.data(), xml.size());
+    if (!parsed)
+        throw std::runtime_error("not well-formed XML at byte " + std::to_string(parsed.offset) +
+                                 ": " + parsed.description());
+    const pugi::xml_node root = document.child("RegisterDescription");
+    if (!root)
+        throw std::runtime_error(
+            "no <RegisterDescription>, so it is no GenICam camera description");
+
+    NodesByName nodes;
+    collect(root, nodes);
+    description.registers = registersOf(nodes);
+    for (const auto &[name, node] : nodes) {
+        if (!isRegister(node))
+            description.features.emplace(name, toFeature(node));
+        for (const pugi::xml_node &listed : node.children("pFeature")) {
+            const auto found = nodes.find(textOf(listed));
+            if (found != nodes.end() && std::strcmp(found->second.name(), "Category") != 0)
+                description.featureNames.push_back(found->first);
+        }
+    }
+}
+
 // A name that stands in "Local:NAME.zip;ADDRESS;LENGTH".
 std::string urlName(const std::string &path) {
     std::string name = path.substr(path.find_last_of('/') + 1);
@@ -332,7 +344,7 @@ std::shared_ptr<const Description> Description::builtIn() {
     description->name = "dalsa-1936x1216";
     description->plain.assign(kBuiltInDescription, kBuiltInDescription + kBuiltInDescriptionSize);
     description->zipped = zip(description->name + ".xml", description->plain);
-    description->registers = registersOf(description->plain);
+    readModel(*description);
     return description;
 }
 
@@ -354,7 +366,7 @@ std::shared_ptr<const Description> Description::load(const std::string &path) {
             description->plain = std::move(content);
             description->zipped = zip(description->name + ".xml", description->plain);
         }
-        description->registers = registersOf(description->plain);
+        readModel(*description);
         return description;
     } catch (const std::runtime_error &error) {
         throw std::runtime_error("description '" + path + "': " + error.what());

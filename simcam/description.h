@@ -5,7 +5,9 @@
 #include <cstdint>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace simcam {
@@ -16,6 +18,7 @@ struct Register {
 
     /// One <pIndex>: a step of one in the selecting register moves the address by `stride` bytes.
     struct Index {
+        std::string selector; // the node that says how many steps
         std::uint32_t stride;
         std::map<std::int64_t, std::string> entries; // the selector's entries, empty for a number
     };
@@ -38,6 +41,28 @@ struct Register {
 };
 
 /**
+ * A node that is no register, as far as it takes to give it a starting value: what it accepts and
+ * which nodes its value goes to.
+ */
+struct Feature {
+    enum class Kind { Integer, Float, Boolean, Enumeration, Text };
+
+    Kind kind = Kind::Integer;
+    std::string obstacle; // why it has no starting value, "is a command"; empty if it may have one
+    std::vector<std::string> holders; // <pValue> and <pValueCopy>: features or registers
+
+    // <pValueIndexed>: which node holds the value depends on that of another.
+    std::string index;
+    std::map<std::int64_t, std::string> indexed;
+    std::string otherwise;
+
+    std::string min, max; // as the description writes them; empty where computed or without limit
+    std::int64_t on = 1, off = 0;
+    std::vector<std::pair<std::string, std::int64_t>> entries;
+    std::optional<std::int64_t> constant; // <Value> of an Integer
+};
+
+/**
  * A camera model: a GenICam description in the two forms that cameras serve, and its registers.
  *
  * A register's initial value stands beside its address, in the <Extension> that the GenICam schema
@@ -55,6 +80,8 @@ struct Description {
     Bytes plain;      // the XML
     Bytes zipped;     // a zip archive of one entry, NAME.xml
     std::vector<Register> registers;
+    std::map<std::string, Feature> features;
+    std::vector<std::string> featureNames; // what the categories list
 
     /// The model that comes with the program.
     static std::shared_ptr<const Description> builtIn();

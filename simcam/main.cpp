@@ -1,6 +1,8 @@
 #include "camera.h"
 #include "options.h"
 #include "server.h"
+#include "settings.h"
+#include "values.h"
 
 #include <cerrno>
 #include <cinttypes>
@@ -15,6 +17,15 @@ namespace {
 
 using namespace simcam;
 
+void set(Camera &camera, const Setting &setting) {
+    try {
+        camera.set(setting.feature, setting.value);
+    } catch (const WrongValue &wrong) {
+        throw WrongUsage{"--set " + setting.option + " (camera " + camera.identity().serial +
+                         "): " + wrong.what()};
+    }
+}
+
 std::vector<Camera> makeCameras(const Options &options) {
     std::map<std::string, std::shared_ptr<const Description>> descriptions;
     std::vector<Camera> cameras;
@@ -24,8 +35,9 @@ std::vector<Camera> makeCameras(const Options &options) {
             description = camera.description.empty() ? Description::builtIn()
                                                      : Description::load(camera.description);
         cameras.emplace_back(camera.identity, description, options.firstUrl, Clock::now());
-        if (options.silentAfter)
-            cameras.back().silenceAfter(*options.silentAfter);
+        cameras.back().misbehave(camera.faults, options.seed);
+        for (const Setting &setting : camera.settings)
+            set(cameras.back(), setting);
     }
     return cameras;
 }
@@ -45,10 +57,14 @@ void sayCounts(const std::vector<Camera> &cameras) {
         const Counts &counts = camera.counts();
         std::printf("kxinfo-simcam: %s discovery=%" PRIu64 " readreg=%" PRIu64 " writereg=%" PRIu64
                     " readmem=%" PRIu64 " writemem=%" PRIu64 " other=%" PRIu64 " refused=%" PRIu64
-                    " repeated=%" PRIu64 "\n",
+                    " repeated=%" PRIu64,
                     camera.identity().serial.c_str(), counts.discovery, counts.readreg,
                     counts.writereg, counts.readmem, counts.writemem, counts.other, counts.refused,
                     counts.repeated);
+        if (camera.faults().befallCommands())
+            std::printf(" dropped=%" PRIu64 " nacked=%" PRIu64 " delayed=%" PRIu64, counts.dropped,
+                        counts.nacked, counts.delayed);
+        std::printf("\n");
     }
     std::fflush(stdout);
 }
@@ -68,7 +84,7 @@ void writeSnapshots(std::vector<Camera> &cameras, const std::string &folder) {
 
 int serve(const Options &options) {
     std::vector<Camera> cameras = makeCameras(options);
-    Server server(cameras);
+    Server server(cameras, options.isWatched);
     sayReady(cameras);
     for (;;) {
         const int signal = server.run();

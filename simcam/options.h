@@ -9,16 +9,26 @@
 
 namespace simcam {
 
+/// A starting value: --set FEATURE=VALUE.
+struct Setting {
+    std::string option; // as typed, for messages
+    std::string feature;
+    std::string value;
+};
+
 struct CameraOptions {
     Identity identity;
     std::string description; // a file; empty for the built-in model
+    Faults faults;
+    std::vector<Setting> settings; // in the order given
 };
 
 struct Options {
     std::vector<CameraOptions> cameras;
     FirstUrl firstUrl = FirstUrl::Zipped;
-    std::optional<std::uint64_t> silentAfter;
     std::string snapshotFolder; // empty: no snapshots
+    std::uint64_t seed = 1;
+    bool isWatched = false;
 };
 
 /// What is wrong with a command line, as one sentence for the person who typed it.

@@ -38,6 +38,7 @@ enum class Status : std::uint16_t {
     WriteProtect = 0x8004,
     BadAlignment = 0x8005,
     AccessDenied = 0x8006,
+    Busy = 0x8007,
     InvalidHeader = 0x800E,
 };
 

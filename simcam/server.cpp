@@ -1,5 +1,7 @@
 #include "server.h"
 
+#include "values.h"
+
 #include <arpa/inet.h>
 #include <netinet/in.h>
 #include <poll.h>
@@ -7,7 +9,9 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <cstdio>
 #include <cstring>
 #include <stdexcept>
 
@@ -70,28 +74,33 @@ std::vector<Descriptor> openSockets(const std::vector<Camera> &cameras) {
 } // namespace
 
 Descriptor::~Descriptor() {
+    close();
+}
+
+void Descriptor::close() {
     if (fd_ >= 0)
-        close(fd_);
+        ::close(fd_);
+    fd_ = -1;
 }
 
-std::string dotted(std::uint32_t address) {
-    char text[INET_ADDRSTRLEN];
-    const in_addr binary{htonl(address)};
-    return inet_ntop(AF_INET, &binary, text, sizeof text);
-}
-
-Server::Server(std::vector<Camera> &cameras)
+Server::Server(std::vector<Camera> &cameras, bool isWatched)
     : cameras_(cameras),
+      isWatched_(isWatched),
       signals_(openSignals()),
       broadcasts_(openSocket(INADDR_BROADCAST, true, "broadcasts cannot be heard")),
-      sockets_(openSockets(cameras)) {}
+      sockets_(openSockets(cameras)) {
+    for (std::size_t i = 0; i < cameras.size(); ++i)
+        closeIfLeaving(i);
+}
 
 int Server::run() {
-    std::vector<pollfd> polled{{signals_.get(), POLLIN, 0}, {broadcasts_.get(), POLLIN, 0}};
-    for (const Descriptor &socket : sockets_)
-        polled.push_back({socket.get(), POLLIN, 0});
+    std::vector<pollfd> polled;
     for (;;) {
-        if (poll(polled.data(), polled.size(), -1) < 0 && errno != EINTR)
+        sendDue();
+        polled = {{signals_.get(), POLLIN, 0}, {broadcasts_.get(), POLLIN, 0}};
+        for (const Descriptor &socket : sockets_)
+            polled.push_back({socket.get(), POLLIN, 0}); // a closed one is passed over
+        if (poll(polled.data(), polled.size(), untilNextDue()) < 0 && errno != EINTR)
             throw std::runtime_error(std::string("waiting for packets: ") + strerror(errno));
         if (polled[0].revents) {
             signalfd_siginfo signal{};
@@ -99,16 +108,16 @@ int Server::run() {
                 return static_cast<int>(signal.ssi_signo);
         }
         if (polled[1].revents)
-            receive(broadcasts_, 0, cameras_.size(), Delivery::Broadcast);
+            readFrom(broadcasts_, 0, cameras_.size(), Delivery::Broadcast);
         for (std::size_t i = 0; i < sockets_.size(); ++i) {
             if (polled[i + 2].revents)
-                receive(sockets_[i], i, i + 1, Delivery::Unicast);
+                readFrom(sockets_[i], i, i + 1, Delivery::Unicast);
         }
     }
 }
 
-void Server::receive(const Descriptor &socket, std::size_t first, std::size_t last,
-                     Delivery delivery) {
+void Server::readFrom(const Descriptor &socket, std::size_t first, std::size_t last,
+                      Delivery delivery) {
     std::uint8_t packet[65536];
     for (int i = 0; i < kMaxBurst; ++i) {
         sockaddr_in from{};
@@ -118,20 +127,70 @@ void Server::receive(const Descriptor &socket, std::size_t first, std::size_t la
         if (size < 0)
             return;
         const Endpoint sender{ntohl(from.sin_addr.s_addr), ntohs(from.sin_port)};
-        for (std::size_t camera = first; camera < last; ++camera) {
-            const auto answer = cameras_[camera].receive(packet, static_cast<std::size_t>(size),
-                                                         sender, delivery, Clock::now());
-            if (answer)
-                send(camera, *answer, sender);
-        }
+        for (std::size_t camera = first; camera < last; ++camera)
+            receive(camera, packet, static_cast<std::size_t>(size), sender, delivery);
     }
 }
 
+void Server::receive(std::size_t camera, const std::uint8_t *packet, std::size_t size,
+                     const Endpoint &sender, Delivery delivery) {
+    if (cameras_[camera].isGone())
+        return; // nobody is there
+    const auto now = Clock::now();
+    const Outcome outcome = cameras_[camera].receive(packet, size, sender, delivery, now);
+    if (isWatched_) {
+        std::printf(
+            "%s\n",
+            watcher_.line(cameras_[camera], packet, size, sender, delivery, outcome, now).c_str());
+        std::fflush(stdout);
+    }
+    if (outcome.answer && outcome.delay.count() > 0)
+        late_.emplace(now + outcome.delay, Late{camera, *outcome.answer, sender});
+    else if (outcome.answer)
+        send(camera, *outcome.answer, sender);
+    closeIfLeaving(camera);
+}
+
 // An answer that cannot be sent is lost, as on any network.
-void Server::send(std::size_t camera, const Bytes &answer, const Endpoint &to) const {
+void Server::send(std::size_t camera, const Bytes &answer, const Endpoint &to) {
+    if (isLeaving(camera)) {
+        // Whoever answers the camera's last words at once must learn that nobody listens: the
+        // socket takes packets from itself alone before it is closed.
+        const sockaddr_in self = toSocketAddress(cameras_[camera].identity().address, kPort);
+        connect(sockets_[camera].get(), reinterpret_cast<const sockaddr *>(&self), sizeof self);
+    }
     const sockaddr_in address = toSocketAddress(to.address, to.port);
     sendto(sockets_[camera].get(), answer.data(), answer.size(), 0,
            reinterpret_cast<const sockaddr *>(&address), sizeof address);
+}
+
+void Server::sendDue() {
+    const auto now = Clock::now();
+    while (!late_.empty() && late_.begin()->first <= now) {
+        const Late late = std::move(late_.begin()->second);
+        late_.erase(late_.begin());
+        send(late.camera, late.answer, late.to);
+        closeIfLeaving(late.camera);
+    }
+}
+
+bool Server::isLeaving(std::size_t camera) const {
+    return cameras_[camera].isGone() &&
+           std::none_of(late_.begin(), late_.end(),
+                        [camera](const auto &late) { return late.second.camera == camera; });
+}
+
+void Server::closeIfLeaving(std::size_t camera) {
+    if (isLeaving(camera))
+        sockets_[camera].close();
+}
+
+int Server::untilNextDue() const {
+    if (late_.empty())
+        return -1;
+    const auto left =
+        std::chrono::ceil<std::chrono::milliseconds>(late_.begin()->first - Clock::now());
+    return static_cast<int>(std::max<std::int64_t>(left.count(), 0));
 }
 
 } // namespace simcam

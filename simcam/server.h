@@ -1,8 +1,10 @@
 #pragma once
 
 #include "camera.h"
+#include "watch.h"
 
 #include <csignal>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -19,13 +21,11 @@ public:
     Descriptor &operator=(Descriptor &&) = delete;
 
     int get() const { return fd_; }
+    void close(); // get() is -1 from here on
 
 private:
     int fd_;
 };
-
-/// "127.0.0.2" for an address in host byte order.
-std::string dotted(std::uint32_t address);
 
 /**
  * The sockets of some cameras: one for each camera at its own address, one for all that hears
@@ -34,18 +34,41 @@ std::string dotted(std::uint32_t address);
 class Server {
 public:
     /// Opens the sockets and takes SIGTERM, SIGINT and SIGUSR1 over from here on. The cameras
-    /// outlive the server. Throws std::runtime_error with a sentence that says what is in the way.
-    explicit Server(std::vector<Camera> &cameras);
+    /// outlive the server. Whoever watches is told each packet in a line of standard output.
+    /// Throws std::runtime_error with a sentence that says what is in the way.
+    Server(std::vector<Camera> &cameras, bool isWatched);
 
     /// Serves until SIGTERM or SIGINT, or until SIGUSR1. Returns the signal's number.
     int run();
 
 private:
     /// Reads what has arrived at a socket and hands it to the cameras [first, last).
-    void receive(const Descriptor &socket, std::size_t first, std::size_t last, Delivery delivery);
-    void send(std::size_t camera, const Bytes &answer, const Endpoint &to) const;
+    void readFrom(const Descriptor &socket, std::size_t first, std::size_t last, Delivery delivery);
+    void receive(std::size_t camera, const std::uint8_t *packet, std::size_t size,
+                 const Endpoint &sender, Delivery delivery);
+    void send(std::size_t camera, const Bytes &answer, const Endpoint &to);
+
+    /// Sends the late answers whose time has come.
+    void sendDue();
+
+    /// Whether a camera has died and has said all that it had begun to say. Its socket is closed
+    /// then, and hosts are told that nobody listens at its address.
+    bool isLeaving(std::size_t camera) const;
+    void closeIfLeaving(std::size_t camera);
+
+    /// Milliseconds until the next late answer is due, -1 if none waits.
+    int untilNextDue() const;
+
+    struct Late {
+        std::size_t camera;
+        Bytes answer;
+        Endpoint to;
+    };
 
     std::vector<Camera> &cameras_;
+    bool isWatched_;
+    Watcher watcher_;
+    std::multimap<Clock::time_point, Late> late_; // by when they are due
     Descriptor signals_;
     Descriptor broadcasts_;
     std::vector<Descriptor> sockets_; // as cameras_

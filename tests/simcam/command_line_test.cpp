@@ -288,8 +288,10 @@ TEST(Options, HelpAndVersionGoToStandardOutput) {
     const Process::End help = runSimcam({"--help"});
     EXPECT_EQ(0, help.status);
     EXPECT_EQ("", help.errors);
-    for (const char *option : {"--camera", "--vendor", "--model", "--description", "--zip",
-                               "--plain", "--silent-after", "--snapshot", "--version"})
+    for (const char *option :
+         {"--camera", "--vendor", "--model", "--description", "--zip", "--plain", "--set", "--drop",
+          "--nack", "--delay", "--silent-after", "--die-after", "--refuse-control", "--seed",
+          "--watch", "--snapshot", "--version"})
         EXPECT_THAT(help.output, HasSubstr(option));
 
     const Process::End version = runSimcam({"--version"});
@@ -320,6 +322,12 @@ const char *const kGood = "S1@127.0.0.2";
 const std::string kSerialRule =
     "', expected 1 to 15 letters, digits, '-', '_' or '.' (not '.' at the start).";
 const std::string kAddressRule = "', expected the IPv4 address of one host, for example 127.0.0.2.";
+const std::string kCountRule = "a number of commands, for example 100 or S1:100.";
+const std::string kShareRule = "a percentage or a number of commands, for example 5%, 3 or S1:5%.";
+const std::string kDelayRule =
+    "milliseconds up to an hour and, if not all answers are meant, a percentage or a number of "
+    "answers, for example 50, 50,5% or S1:50,3.";
+const std::string kSettingRule = "FEATURE=VALUE, for example Gain=4.0 or S1:ReverseX=true.";
 
 const Wrong kWrong[] = {
     {"NoCamera", {}, "no camera to serve, give at least one: --camera SERIAL@ADDRESS."},
@@ -366,7 +374,64 @@ const Wrong kWrong[] = {
      "--model is '' (0 bytes), expected 1 to 31: a camera's register holds no more."},
     {"SilentAfterNoNumber",
      {"--camera", kGood, "--silent-after", "-1"},
-     "--silent-after is '-1', expected a number of commands."},
+     "--silent-after is '-1', expected " + kCountRule},
+    {"DieAfterNoNumber",
+     {"--camera", kGood, "--die-after", "S1:1%"},
+     "--die-after is 'S1:1%', expected " + kCountRule},
+    {"DropNoShare",
+     {"--camera", kGood, "--drop", "often"},
+     "--drop is 'often', expected " + kShareRule},
+    {"DropMoreThanAll",
+     {"--camera", kGood, "--drop", "100.1%"},
+     "--drop is '100.1%', expected " + kShareRule},
+    {"DropLessThanNothing",
+     {"--camera", kGood, "--drop=-1%"},
+     "--drop is '-1%', expected " + kShareRule},
+    {"DropPointless",
+     {"--camera", kGood, "--drop", "1.%"},
+     "--drop is '1.%', expected " + kShareRule},
+    {"DropWithoutSerial",
+     {"--camera", kGood, "--drop", ":5%"},
+     "--drop is ':5%', expected " + kShareRule},
+    {"NackNoShare",
+     {"--camera", kGood, "--nack", "S1:"},
+     "--nack is 'S1:', expected " + kShareRule},
+    {"NackHugeNumber",
+     {"--camera", kGood, "--nack", "1234567890123456789"},
+     "--nack is '1234567890123456789', expected " + kShareRule},
+    {"DelayNoTime",
+     {"--camera", kGood, "--delay", "5%"},
+     "--delay is '5%', expected " + kDelayRule},
+    {"DelayNoShare",
+     {"--camera", kGood, "--delay", "5,"},
+     "--delay is '5,', expected " + kDelayRule},
+    {"DelayTooLong",
+     {"--camera", kGood, "--delay", "3600001"},
+     "--delay is '3600001', expected " + kDelayRule},
+    {"FaultOfAnUnknownCamera",
+     {"--camera", kGood, "--camera", "S2@127.0.0.3", "--drop", "S9:1"},
+     "--drop is 'S9:1', but there is no camera S9, expected S1 or S2."},
+    {"FaultTwiceForAll",
+     {"--camera", kGood, "--drop", "1", "--drop", "2%"},
+     "--drop is given twice for all cameras, give it once."},
+    {"FaultTwiceForOne",
+     {"--camera", kGood, "--delay", "S1:1", "--delay", "S1:2"},
+     "--delay is given twice for camera S1, give it once."},
+    {"RefuseControlOfAnUnknownCamera",
+     {"--camera", kGood, "--refuse-control", "S9"},
+     "--refuse-control is 'S9', but there is no camera S9, expected S1."},
+    {"SeedNoNumber",
+     {"--camera", kGood, "--seed", "abc"},
+     "--seed is 'abc', expected a number of up to 18 digits, for example 7."},
+    {"SetWithoutValue",
+     {"--camera", kGood, "--set", "Gain"},
+     "--set is 'Gain', expected " + kSettingRule},
+    {"SetWithoutFeature",
+     {"--camera", kGood, "--set", "S1:=1"},
+     "--set is 'S1:=1', expected " + kSettingRule},
+    {"SetOfAnUnknownCamera",
+     {"--camera", kGood, "--set", "S9:Gain=1"},
+     "--set is 'S9:Gain=1', but there is no camera S9, expected S1."},
     {"SnapshotNowhere",
      {"--camera", kGood, "--snapshot", "/nowhere"},
      "--snapshot is '/nowhere', expected a folder that exists."},

@@ -1,0 +1,205 @@
+#include "watch.h"
+
+#include "values.h"
+
+#include <algorithm>
+#include <cstdio>
+
+namespace simcam {
+
+namespace {
+
+std::string hexadecimal(std::uint32_t value, int digits) {
+    char text[16];
+    std::snprintf(text, sizeof text, "0x%0*X", digits, value);
+    return text;
+}
+
+std::string bytesText(std::size_t size) {
+    return std::to_string(size) + " bytes";
+}
+
+std::string commandName(std::uint16_t command) {
+    switch (static_cast<Command>(command)) {
+    case Command::Discovery:
+        return "DISCOVERY";
+    case Command::ForceIp:
+        return "FORCEIP";
+    case Command::ReadReg:
+        return "READREG";
+    case Command::WriteReg:
+        return "WRITEREG";
+    case Command::ReadMem:
+        return "READMEM";
+    case Command::WriteMem:
+        return "WRITEMEM";
+    }
+    return hexadecimal(command, 4);
+}
+
+std::string statusName(Status status) {
+    switch (status) {
+    case Status::Success:
+        return "ok";
+    case Status::NotImplemented:
+        return "NOT_IMPLEMENTED";
+    case Status::InvalidParameter:
+        return "INVALID_PARAMETER";
+    case Status::InvalidAddress:
+        return "INVALID_ADDRESS";
+    case Status::WriteProtect:
+        return "WRITE_PROTECT";
+    case Status::BadAlignment:
+        return "BAD_ALIGNMENT";
+    case Status::AccessDenied:
+        return "ACCESS_DENIED";
+    case Status::Busy:
+        return "BUSY";
+    case Status::InvalidHeader:
+        break;
+    }
+    return "INVALID_HEADER";
+}
+
+struct Cell {
+    const Register *reg;
+    std::uint32_t number;
+};
+
+// The register that lies exactly here. Where several fields share the word, none is named.
+std::optional<Cell> cellAt(const Description &description, std::uint32_t address,
+                           std::size_t size) {
+    std::optional<Cell> found;
+    for (const Register &reg : description.registers) {
+        if (reg.length != size || address < reg.address)
+            continue;
+        const std::uint32_t offset = address - reg.address;
+        if (offset % reg.stride != 0 || offset / reg.stride >= reg.cellCount)
+            continue;
+        const bool isField = reg.kind == Register::Kind::Integer && reg.width < 8 * reg.length;
+        if (found && isField)
+            return std::nullopt;
+        if (!found)
+            found = Cell{&reg, offset / reg.stride};
+    }
+    return found;
+}
+
+// "Width=1936" or "Width" while the value is not known; the address where nothing is named.
+std::string wordText(const Description &description, std::uint32_t address,
+                     const std::uint8_t *value) {
+    const auto cell = cellAt(description, address, 4);
+    std::string text = cell ? cellName(*cell->reg, cell->number) : hexadecimal(address, 8);
+    if (value)
+        text += "=" + (cell ? valueText(*cell->reg, Bytes(value, value + 4))
+                            : hexadecimal(load32(value), 8));
+    return text;
+}
+
+std::string blockText(const Description &description, std::uint32_t address, std::size_t size,
+                      const std::uint8_t *bytes) {
+    const auto cell = cellAt(description, address, size);
+    if (!cell)
+        return hexadecimal(address, 8) + " " + bytesText(size);
+    const std::string name = cellName(*cell->reg, cell->number);
+    return bytes ? name + "=" + valueText(*cell->reg, Bytes(bytes, bytes + size)) : name;
+}
+
+// What a command of the right shape is about; "" when there is nothing to say.
+std::string subject(const Description &description, std::uint16_t command,
+                    const std::uint8_t *payload, std::size_t size, const Bytes &answer) {
+    std::string text;
+    const auto add = [&](const std::string &word) { text += (text.empty() ? "" : " ") + word; };
+    switch (static_cast<Command>(command)) {
+    case Command::ReadReg:
+        for (std::size_t at = 0; size % 4 == 0 && at < size; at += 4) {
+            const bool isAnswered = kHeaderSize + at + 4 <= answer.size();
+            add(wordText(description, load32(payload + at),
+                         isAnswered ? answer.data() + kHeaderSize + at : nullptr));
+        }
+        break;
+    case Command::WriteReg:
+        for (std::size_t at = 0; size % 8 == 0 && at < size; at += 8)
+            add(wordText(description, load32(payload + at), payload + at + 4));
+        break;
+    case Command::ReadMem:
+        if (size == 8) {
+            const std::size_t length = load16(payload + 6);
+            const bool isAnswered = length > 0 && answer.size() == kHeaderSize + 4 + length;
+            add(blockText(description, load32(payload), length,
+                          isAnswered ? answer.data() + kHeaderSize + 4 : nullptr));
+        }
+        break;
+    case Command::WriteMem:
+        if (size > 4)
+            add(blockText(description, load32(payload), size - 4, payload + 4));
+        break;
+    case Command::Discovery:
+    case Command::ForceIp:
+        break;
+    }
+    if (text.empty() && size > 0)
+        add(bytesText(size));
+    return text;
+}
+
+std::string fate(const Outcome &outcome, bool acknowledge) {
+    switch (outcome.kind) {
+    case Outcome::Kind::Ignored:
+        return "ignored";
+    case Outcome::Kind::Silent:
+        return "silent";
+    case Outcome::Kind::Dropped:
+        return "dropped";
+    case Outcome::Kind::Done:
+        break;
+    }
+    return statusName(outcome.status) + (acknowledge ? "" : ", no answer wanted");
+}
+
+} // namespace
+
+bool Watcher::isRetransmission(const std::string &serial, const Endpoint &sender, Bytes packet,
+                               Clock::time_point now) {
+    for (auto it = last_.begin(); it != last_.end();)
+        it = now - it->second.when > kRetransmissionWindow ? last_.erase(it) : ++it;
+    Heard &last = last_[{serial, sender}];
+    const bool isSame = last.packet == packet && !packet.empty();
+    last = {std::move(packet), now};
+    return isSame;
+}
+
+std::string Watcher::line(const Camera &camera, const std::uint8_t *packet, std::size_t size,
+                          const Endpoint &sender, Delivery delivery, const Outcome &outcome,
+                          Clock::time_point now) {
+    const std::string &serial = camera.identity().serial;
+    std::string line = serial + " " + dotted(sender.address) + ":" + std::to_string(sender.port);
+    const bool isCommand = size >= kHeaderSize && packet[0] == kKey;
+    line += " " + (isCommand ? commandName(load16(packet + 2)) : "PACKET");
+    if (delivery == Delivery::Broadcast)
+        line += " broadcast";
+
+    std::string about = bytesText(size);
+    if (isCommand) {
+        const std::size_t payload = size - kHeaderSize;
+        const bool isShaped = load16(packet + 4) == payload;
+        about = isShaped ? subject(camera.description(), load16(packet + 2), packet + kHeaderSize,
+                                   payload, outcome.answer.value_or(Bytes{}))
+                         : bytesText(payload);
+    }
+    if (!about.empty())
+        line += " " + about;
+
+    line += " -> " + fate(outcome, isCommand && (packet[1] & kAcknowledgeRequired));
+    const bool isRetransmitted =
+        isRetransmission(serial, sender, Bytes(packet, packet + size), now);
+    if (outcome.isRepeated)
+        line += ", repeated";
+    else if (isRetransmitted)
+        line += ", retransmitted";
+    if (outcome.delay.count() > 0)
+        line += ", delayed " + std::to_string(outcome.delay.count()) + " ms";
+    return line;
+}
+
+} // namespace simcam
