@@ -157,7 +157,8 @@ void Server::send(std::size_t camera, const Bytes &answer, const Endpoint &to) {
         // Whoever answers the camera's last words at once must learn that nobody listens: the
         // socket takes packets from itself alone before it is closed.
         const sockaddr_in self = toSocketAddress(cameras_[camera].identity().address, kPort);
-        connect(sockets_[camera].get(), reinterpret_cast<const sockaddr *>(&self), sizeof self);
+        static_cast<void>(connect(sockets_[camera].get(), reinterpret_cast<const sockaddr *>(&self),
+                                  sizeof self));
     }
     const sockaddr_in address = toSocketAddress(to.address, to.port);
     sendto(sockets_[camera].get(), answer.data(), answer.size(), 0,
