@@ -34,7 +34,7 @@ struct Faults {
  */
 class Misfortune {
 public:
-    Misfortune() = default; // nothing ever goes wrong
+    Misfortune() : Misfortune({}, 0, "") {} // nothing ever goes wrong
     Misfortune(const Faults &faults, std::uint64_t seed, const std::string &serial);
 
     const Faults &faults() const { return faults_; }

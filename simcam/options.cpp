@@ -238,18 +238,22 @@ void aim(std::vector<CameraOptions> &cameras, const std::string &option, const s
 void readFault(std::vector<CameraOptions> &cameras, const Fault &fault,
                const std::vector<std::string> &texts) {
     const std::string option = fault.option;
+    const auto twice = [&](const std::string &serial) {
+        return option + " is given twice for " +
+               (serial.empty() ? "all cameras" : "camera " + serial) + ", give it once.";
+    };
+    const auto wrong = [&](const std::string &text) {
+        return option + " is '" + text + "', expected " + fault.expected;
+    };
     std::set<std::string> seen;
     for (const bool isForAll : {true, false}) {
         for (const std::string &text : texts) {
             const Aimed aimed = toAimed(text, text.find(':'));
             if (aimed.serial.empty() != isForAll)
                 continue;
-            check(seen.insert(aimed.serial).second,
-                  option + " is given twice for " +
-                      (isForAll ? "all cameras" : "camera " + aimed.serial) + ", give it once.");
+            check(seen.insert(aimed.serial).second, twice(aimed.serial));
             aim(cameras, option, text, aimed.serial, [&](CameraOptions &camera) {
-                check(fault.read(aimed.value, camera.faults),
-                      option + " is '" + text + "', expected " + fault.expected);
+                check(fault.read(aimed.value, camera.faults), wrong(text));
             });
         }
     }

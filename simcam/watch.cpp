@@ -74,13 +74,14 @@ std::optional<Cell> cellAt(const Description &description, std::uint32_t address
         if (reg.length != size || address < reg.address)
             continue;
         const std::uint32_t offset = address - reg.address;
-        if (offset % reg.stride != 0 || offset / reg.stride >= reg.cellCount)
+        const std::uint32_t number = reg.cellCount > 1 ? offset / reg.stride : 0;
+        if (number >= reg.cellCount || number * reg.stride != offset)
             continue;
         const bool isField = reg.kind == Register::Kind::Integer && reg.width < 8 * reg.length;
         if (found && isField)
             return std::nullopt;
         if (!found)
-            found = Cell{&reg, offset / reg.stride};
+            found = Cell{&reg, number};
     }
     return found;
 }

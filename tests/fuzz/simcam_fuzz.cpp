@@ -18,6 +18,7 @@
 #include <vector>
 
 #include "camera.h"
+#include "watch.h"
 
 namespace {
 
@@ -197,6 +198,7 @@ const Camera &freshCamera() {
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     Input input(data, size);
     Network network{freshCamera(), Clock::time_point{}};
+    Watcher watcher;
     static const Words before = network.words();
     std::map<std::uint32_t, std::set<std::uint32_t>> allowed;
 
@@ -231,10 +233,12 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
         }
         const bool couldWrite = !controlled || controller == sender;
         const Bytes exact(packet); // a block of exactly that size
-        const auto answer =
-            network.camera.receive(exact.data(), exact.size(), sender, delivery, network.now)
-                .answer;
-        checkAnswer(exact, delivery, answer);
+        const Outcome outcome =
+            network.camera.receive(exact.data(), exact.size(), sender, delivery, network.now);
+        const std::string line = watcher.line(network.camera, exact.data(), exact.size(), sender,
+                                              delivery, outcome, network.now);
+        MUST(line.find('\n') == std::string::npos, "what is watched is one line");
+        checkAnswer(exact, delivery, outcome.answer);
 
         const auto values = written(exact);
         const bool hasControl = network.control() != 0;

@@ -1,6 +1,7 @@
 #include "client.h"
 #include "process.h"
 
+#include <algorithm>
 #include <arpa/inet.h>
 #include <cerrno>
 #include <chrono>
@@ -296,6 +297,14 @@ TEST(RefuseControl, GivesControlToNobodyAndValuesToEverybody) {
         EXPECT_EQ("8006", client.write(kWidth, 0x640));
         EXPECT_EQ(kWidthAnswer, client.ask(kReadWidth));
     }
+}
+
+TEST(RefuseControl, MayBeSaidOfSeveralCameras) {
+    const Simcam camera(two({"--refuse-control", "S2", "--refuse-control", "S1"}));
+    Client first, second("127.0.0.3");
+
+    EXPECT_EQ("8006 0083 0004 0042 00000000", first.ask(kTakeControl));
+    EXPECT_EQ("8006 0083 0004 0042 00000000", second.ask(kTakeControl));
 }
 
 TEST(RefuseControl, MayHoldForOneCamera) {
