@@ -463,11 +463,11 @@ std::variant<Request, Information, UsageError> readCommandLine(int argc, char **
     app.require_subcommand(1);
     app.footer(kFooter);
     app.get_formatter()->label("SUBCOMMAND", "COMMAND");
-    app.get_formatter()->label("Subcommands", "Commands");
 
     std::map<const CLI::App *, Finish> finishes;
     for (const Command &command : kCommands) {
         CLI::App *added = app.add_subcommand(command.name, command.description);
+        added->group("Commands");
         finishes[added] = command.add(*added);
     }
 
