@@ -1,0 +1,143 @@
+#!/usr/bin/env bash
+# What bash completes for kxinfo. Runs in a private network, with the build's programs in PATH:
+#
+#   scripts/in-private-net tests/completion/completion.sh
+#
+# What there is to complete is taken from kxinfo itself, by its help and by 'kxinfo get'.
+set -euo pipefail
+sources=$(cd "$(dirname "$0")/../.." && pwd)
+scratch=$(mktemp --directory)
+cd "$scratch"
+
+export KXGIGE_DISCOVERY_MS=300
+coproc cameras {
+    exec kxinfo-simcam --camera S1234567@127.0.0.2 --camera S7654321@127.0.0.3
+}
+# shellcheck disable=SC2154 # coproc sets both
+trap 'kill "$cameras_PID"; rm -rf "$scratch"' EXIT
+# shellcheck disable=SC2154
+read -r -t 30 _ <&"${cameras[0]}" || {
+    echo "the virtual cameras did not start" >&2
+    exit 1
+}
+
+failures=0
+fail() {
+    printf '%s\n' "$@" >&2
+    failures=$((failures + 1))
+}
+
+# completed LINE: what its last word is completed to, sorted.
+completed() {
+    local line=$1 rest
+    # As readline does it: blanks part words, and the '=' of COMP_WORDBREAKS is one of its own.
+    rest=$line
+    [[ $COMP_WORDBREAKS != *=* ]] || rest=${line//=/ = }
+    read -r -a COMP_WORDS <<<"$rest"
+    [[ $line != *' ' ]] || COMP_WORDS+=("")
+    COMP_CWORD=$((${#COMP_WORDS[@]} - 1))
+    COMP_LINE=$line
+    COMP_POINT=${#line}
+    COMPREPLY=()
+    _kxinfo "${COMP_WORDS[0]}" "${COMP_WORDS[-1]}" "${COMP_WORDS[-2]}"
+    ((${#COMPREPLY[@]} == 0)) || printf '%s\n' "${COMPREPLY[@]}" | LC_ALL=C sort
+}
+
+# expect LINE CANDIDATE...
+expect() {
+    local line=$1 actual expected=
+    shift
+    actual=$(completed "$line")
+    (($# == 0)) || expected=$(printf '%s\n' "$@" | LC_ALL=C sort)
+    [[ $actual == "$expected" ]] || fail "'$line' is completed to (<), expected is (>):" \
+        "$(diff <(echo "$actual") <(echo "$expected"))"
+}
+
+# shellcheck source=/dev/null
+. "$sources/host/completion/kxinfo"
+[[ $(complete -p kxinfo) == "complete -F _kxinfo kxinfo" ]] || fail "kxinfo is not completed"
+COMP_WORDBREAKS=$' \t\n"\'><=;|&(:'
+
+# options_of [COMMAND]: the options that its help tells.
+options_of() {
+    kxinfo "$@" --help | grep -oE '^  (-[a-z],)?--[a-z-]+' | grep -oE -- '--[a-z-]+'
+}
+
+# From the program: every command, and of every command every option and its fixed values.
+mapfile -t commands < <(kxinfo --help | sed -n '/^Commands:/,/^$/s/^  \([a-z]*\) .*/\1/p')
+((${#commands[@]} >= 9)) || fail "'kxinfo --help' lists ${#commands[@]} commands"
+expect "kxinfo " "${commands[@]}"
+mapfile -t options < <(options_of)
+expect "kxinfo -" "${options[@]}"
+for command in "${commands[@]}"; do
+    mapfile -t options < <(options_of "$command")
+    ((${#options[@]} >= 3)) || fail "'kxinfo $command --help' lists ${#options[@]} options"
+    expect "kxinfo $command -" "${options[@]}"
+    expect "kxinfo $command S1234567 --" "${options[@]}"
+    while read -r option list; do
+        IFS=, read -r -a values <<<"$list"
+        expect "kxinfo $command $option " "${values[@]}"
+        expect "kxinfo $command $option=" "${values[@]}"
+    done < <(kxinfo "$command" --help |
+        sed -nE 's/^  (--[a-z-]+) [A-Z]+:\{(.*)\}.*/\1 \2/p')
+done
+
+# The cameras that answer, where a serial number is expected.
+expect "kxinfo get " S1234567 S7654321
+for command in "${commands[@]}"; do
+    [[ $command == list ]] && continue
+    expect "kxinfo $command S7" S7654321
+    expect "kxinfo $command --log stdout S7" S7654321
+done
+expect "kxinfo list S7"
+expect "kxinfo probe S1234567 S7"
+
+# A camera may tell anything as its serial number: it is offered quoted, and never run.
+cat >strange-kxinfo <<'END'
+#!/bin/sh
+[ "$1" = list ] && [ $# -eq 1 ] || exec kxinfo "$@"
+printf '  \tDeviceSerial     : %s\n' '$(touch pwned)' '`touch pwned`' 'S 1*'
+END
+chmod +x strange-kxinfo
+# shellcheck disable=SC2016 # for whoever expands it
+expect "./strange-kxinfo get " '\$\(touch\ pwned\)' '\`touch\ pwned\`' 'S\ 1\*'
+rm strange-kxinfo
+[[ ! -e pwned ]] || fail "what a camera tells was run as a command"
+
+# Properties, as 'kxinfo get' shows them.
+mapfile -t properties < <(kxinfo get S1234567 | awk '/^Property/ { table = 1; next } table { print $1 }')
+((${#properties[@]} >= 22)) || fail "'kxinfo get' shows ${#properties[@]} properties"
+expect "kxinfo get S1234567 " "${properties[@]}" BalanceRatio
+expect "kxinfo set S1234567 " "${properties[@]/%/=}"
+expect "kxinfo get S1234567 Gain off" OffsetX OffsetY
+expect "kxinfo set S1234567 Gain=6 --log none balanceratio" "BalanceRatio[Red]=" "BalanceRatio[Blue]="
+expect "kxinfo set S1234567 ReverseX=" true false
+expect "kxinfo set S1234567 Gain=6 ExposureAuto=C" Continuous
+expect "kxinfo set S1234567 Gain="
+
+# Actions, states and files.
+touch curve.csv camera.json
+expect "kxinfo lut S1234567 " show off user gamma load
+expect "kxinfo lut S1234567 l" load
+expect "kxinfo lut S1234567 load " curve.csv camera.json
+expect "kxinfo lut S1234567 show "
+expect "kxinfo lut S1234567 load curve.csv --channel r" red
+expect "kxinfo auto S1234567 " on off
+expect "kxinfo auto S1234567 on --target "
+expect "kxinfo save S1234567 c" curve.csv camera.json
+expect "kxinfo restore S1234567 cam" camera.json
+expect "kxinfo restore S1234567 camera.json "
+expect "kxinfo list --plugin cu" curve.csv
+expect "kxinfo gamma S1234567 "
+expect "kxinfo frob "
+
+# Where '=' does not part words, the whole word is replaced.
+COMP_WORDBREAKS=$' \t\n"\'><;|&(:'
+expect "kxinfo set S1234567 ReverseX=t" ReverseX=true
+expect "kxinfo list --log=s" --log=stdout --log=syslog
+
+if ((failures)); then
+    echo "$failures expectations failed" >&2
+    exit 1
+fi
+echo "all is completed as expected"
