@@ -115,7 +115,8 @@ std::vector<const Property *> wanted(const GetRequest &request) {
     std::vector<const Property *> properties;
     for (const std::string &name : request.properties)
         for (const Property *property : propertiesNamed(name))
-            properties.push_back(property);
+            if (std::find(properties.begin(), properties.end(), property) == properties.end())
+                properties.push_back(property);
     if (properties.empty())
         for (const Property &property : allProperties())
             properties.push_back(&property);

@@ -37,14 +37,17 @@ void Progress::step() {
     ++done_;
 }
 
+bool LookupTable::isOn(const Session &session) {
+    return kindOf(session.nodeMap(), "LUTIndex") == Kind::Integer &&
+           kindOf(session.nodeMap(), "LUTValue") == Kind::Integer;
+}
+
 LookupTable::LookupTable(const Session &session, Modes &modes)
-    : session_(session), camera_(session.camera()) {
+    : session_(session), modes_(modes), camera_(session.camera()) {
     const auto &nodeMap = session.nodeMap();
-    for (const char *feature : {"LUTIndex", "LUTValue"})
-        if (kindOf(nodeMap, feature) != Kind::Integer)
-            throw CommandError{kFailed, "this camera has no lookup table whose entries could be "
-                                        "written: \"" +
-                                            std::string(feature) + "\" is missing."};
+    if (!isOn(session))
+        throw CommandError{kFailed, "this camera has no lookup table whose entries can be written "
+                                    "(\"LUTIndex\" and \"LUTValue\")."};
     // Half a table must not be seen in the place of the gamma curve.
     if (camera_.ExPropertyGetLUTMode() == KxTd::TD_LG_GAMMA) {
         modes.remember("lutMode", Reach::Direct);
@@ -78,31 +81,40 @@ int LookupTable::read(int index) {
     return static_cast<int>(std::get<int64_t>(readRaw(session_.nodeMap(), "LUTValue")));
 }
 
+void LookupTable::set(int index, int value) {
+    check(camera_.ExPropertySetLUTValue(index, value));
+}
+
 void LookupTable::write(int index, int value) {
     const int before = read(index);
     if (before == value)
         return;
+    set(index, value);
     written_.push_back({selected_, index, before});
-    check(camera_.ExPropertySetLUTValue(index, value));
 }
 
 std::string LookupTable::undo() {
     const size_t count = written_.size();
-    try {
-        for (; !written_.empty(); written_.pop_back()) {
-            const WrittenEntry &entry = written_.back();
+    size_t left = 0;
+    std::string reason;
+    for (; !written_.empty(); written_.pop_back()) {
+        const WrittenEntry &entry = written_.back();
+        try {
+            modes_.reach(Reach::WholeUserTable); // later settings may have ended it
             if (entry.channel != selected_)
                 select(entry.channel);
-            check(camera_.ExPropertySetLUTValue(entry.index, entry.before));
+            set(entry.index, entry.before);
+        } catch (const std::exception &error) {
+            ++left;
+            reason = reasonOf(error);
         }
-    } catch (const CommandError &error) {
-        return error.text;
-    } catch (const std::exception &error) {
-        return std::to_string(written_.size()) + " of " + std::to_string(count) +
-               " entries of the user's lookup table could not be put back (" + reasonOf(error) +
-               ").";
     }
-    return "";
+    if (count == 0)
+        return "";
+    if (left == 0)
+        return "the entries written to the user's lookup table are put back.";
+    return std::to_string(left) + " of " + std::to_string(count) +
+           " entries of the user's lookup table could not be put back (" + reason + ").";
 }
 
 } // namespace kxinfo

@@ -40,10 +40,13 @@ struct WrittenEntry {
 
 class LookupTable {
 public:
+    /** Whether the camera has a table whose entries can be written. */
+    static bool isOn(const Session &session);
+
     /**
-     * Switches to the user's table of 12 bits with \p modes.
+     * Switches to the user's table of 12 bits with \p modes, which must outlive it.
      *
-     * \throws CommandError (kFailed) when the camera has no table whose entries can be written
+     * \throws CommandError (kFailed) when the camera has none
      */
     LookupTable(const Session &session, Modes &modes);
 
@@ -69,11 +72,18 @@ public:
     /** How many entries write() has changed. */
     size_t written() const { return written_.size(); }
 
-    /** Writes back what write() has changed. \return what is wrong, as a sentence; empty: nothing */
+    /**
+     * Writes back what write() has changed, and goes on when an entry cannot be.
+     *
+     * \return what has been put back, or not and why, as a sentence; empty when nothing was written
+     */
     std::string undo();
 
 private:
+    void set(int index, int value);
+
     const Session &session_;
+    Modes &modes_;
     KxTd::CExCam camera_;
     std::vector<std::string> channels_;
     std::vector<WrittenEntry> written_;

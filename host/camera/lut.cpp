@@ -11,7 +11,7 @@
 #include "command.h"
 #include "lookup_table.h"
 #include "standard_output.h"
-#include "table.h"
+#include "values.h"
 #include "words.h"
 
 namespace kxinfo {
@@ -167,8 +167,7 @@ int change(Session &session, Modes &modes, KxTd::td_lg_states state) {
     switchTo(session, modes, state);
     const auto after = stateOf(session);
     modes.keepChanges();
-    writeOut(cameraLine(session) + "Lookup table: " + meaningOf(before) + " -> " +
-             meaningOf(after) + "\n");
+    writeOut(cameraLine(session) + changeText("Lookup table", meaningOf(before), meaningOf(after)));
     return kDone;
 }
 
@@ -189,8 +188,8 @@ int load(Session &session, Modes &modes, const LutRequest &request, const TableF
         }
         switchTo(session, modes, KxTd::TD_LG_USER_LUT);
     } catch (...) {
-        if (const std::string left = camera.undo(); !left.empty())
-            tell(left);
+        if (const std::string undone = camera.undo(); !undone.empty())
+            tell(undone);
         throw;
     }
     modes.keepChanges();

@@ -109,9 +109,8 @@ std::string Modes::changes() const {
     return features;
 }
 
-std::string Modes::putBack() {
-    std::string failed;
-    std::string reason;
+Modes::Failures Modes::putBackOnce() {
+    Failures failures;
     for (size_t i = remembered_.size(); i-- > 0;) {
         const Remembered mode = remembered_[i]; // reaching may remember more
         try {
@@ -119,13 +118,27 @@ std::string Modes::putBack() {
             if (readRaw(nodeMap_, mode.feature.c_str()) != mode.before)
                 writeRaw(nodeMap_, mode.feature.c_str(), mode.before);
         } catch (const std::exception &error) {
-            failed += (failed.empty() ? "" : ", ") + mode.feature + " to " + textOf(mode.before);
-            if (reason.empty())
-                reason = reasonOf(error);
+            failures.features +=
+                (failures.count++ == 0 ? "" : ", ") + mode.feature + " to " + textOf(mode.before);
+            if (failures.reason.empty())
+                failures.reason = reasonOf(error);
         }
     }
+    return failures;
+}
+
+// The range of a feature may depend on another that is put back after it, so what has failed is
+// tried again as long as that helps: with all others, since reaching it may switch them once more.
+std::string Modes::putBack() {
+    Failures failures = putBackOnce();
+    for (size_t before = remembered_.size() + 1; 0 < failures.count && failures.count < before;) {
+        before = failures.count;
+        failures = putBackOnce();
+    }
     remembered_.clear();
-    return failed.empty() ? "" : "this could not be put back: " + failed + " (" + reason + ").";
+    if (failures.count == 0)
+        return "";
+    return "this could not be put back: " + failures.features + " (" + failures.reason + ").";
 }
 
 } // namespace kxinfo

@@ -77,6 +77,14 @@ private:
         std::optional<RawValue> after; ///< what it is meant to stay
     };
 
+    /** What could not be put back. */
+    struct Failures {
+        size_t count = 0;
+        std::string features; ///< and their values, separated by commas
+        std::string reason;   ///< of the first
+    };
+
+    Failures putBackOnce();
     Remembered *find(const std::string &feature, Reach reach);
     void select(const char *feature, Reach reach, const char *entry);
 

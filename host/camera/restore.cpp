@@ -67,7 +67,8 @@ private:
             if (present == value.raw)
                 return "";
             if (present.index() != value.raw.index())
-                return "the camera has it as another kind of value";
+                return "the camera has it as another kind of value than " +
+                       textOf(setting, value.raw);
             modes_.write(setting.feature, setting.reach, value.raw);
             changes_.push_back(std::string(setting.name) + ": " + textOf(setting, present) +
                                " -> " + textOf(setting, value.raw));
@@ -93,42 +94,52 @@ private:
     std::vector<std::string> refusals_;
 };
 
-// Which of the camera's tables a saved one is for, if it fits.
+// Why a saved table is none for this camera, as a clause.
+struct DoesNotFit {
+    std::string why;
+};
+
+// Which of the camera's tables a saved one is for. Throws DoesNotFit.
 int tableFor(const LookupTable &camera, const SavedTable &saved) {
     const auto &channels = camera.channels();
     const auto channel = std::find(channels.begin(), channels.end(), saved.channel);
     if (channels.empty() ? !saved.channel.empty() : channel == channels.end())
-        throw CommandError{kFailed, "the camera has no such table"};
+        throw DoesNotFit{"the camera has no such table"};
     if (saved.entries.size() != static_cast<size_t>(camera.size()))
-        throw CommandError{kFailed, "the file holds " + std::to_string(saved.entries.size()) +
-                                        " entries, but the camera's table has " +
-                                        std::to_string(camera.size())};
+        throw DoesNotFit{"the file holds " + std::to_string(saved.entries.size()) +
+                         " entries, but the camera's table has " + std::to_string(camera.size())};
     for (const int entry : saved.entries)
         if (entry < camera.lowest() || entry > camera.highest())
-            throw CommandError{kFailed, "the entry " + std::to_string(entry) + " is outside " +
-                                            std::to_string(camera.lowest()) + " to " +
-                                            std::to_string(camera.highest())};
+            throw DoesNotFit{"the entry " + std::to_string(entry) + " is outside " +
+                             std::to_string(camera.lowest()) + " to " +
+                             std::to_string(camera.highest())};
     return static_cast<int>(channel - channels.begin());
 }
 
-// Writes the tables that fit; a refusal for each that does not. Returns how many entries differed.
+// Writes the tables that fit; a refusal for each that does not, or not to its end. Returns how many
+// entries differed.
 size_t restoreTables(LookupTable &camera, const std::vector<SavedTable> &tables,
                      std::vector<std::string> &refusals) {
     Progress progress("entries of the lookup table compared",
                       tables.size() * static_cast<size_t>(camera.size()));
     for (const SavedTable &saved : tables) {
+        const std::string name =
+            "the lookup table" + (saved.channel.empty() ? "" : " of " + saved.channel);
+        size_t index = 0;
         try {
             camera.select(tableFor(camera, saved));
-        } catch (const CommandError &error) {
-            refusals.push_back("the lookup table" +
-                               (saved.channel.empty() ? "" : " of " + saved.channel) +
-                               " stays as it is: " + error.text);
-            continue;
-        }
-        for (size_t index = 0; index < saved.entries.size(); ++index) {
-            stopIfAsked();
-            camera.write(static_cast<int>(index), saved.entries[index]);
-            progress.step();
+            for (; index < saved.entries.size(); ++index) {
+                stopIfAsked();
+                camera.write(static_cast<int>(index), saved.entries[index]);
+                progress.step();
+            }
+        } catch (const GenICam_3_0::TimeoutException &) {
+            throw;
+        } catch (const GenICam_3_0::GenericException &error) {
+            refusals.push_back(name + " stays as it is from entry " + std::to_string(index) +
+                               " on: " + reasonOf(error));
+        } catch (const DoesNotFit &mismatch) {
+            refusals.push_back(name + " stays as it is: " + mismatch.why);
         }
     }
     return camera.written();
@@ -140,7 +151,10 @@ int restore(const Session &session, Modes &modes, const SavedCamera &saved) {
     std::vector<std::string> lines;
     std::vector<std::string> refusals;
     try {
-        if (!saved.tables.empty()) {
+        if (!saved.tables.empty() && !LookupTable::isOn(session)) {
+            refusals.emplace_back("the lookup table is left out: this camera has none whose "
+                                  "entries can be written");
+        } else if (!saved.tables.empty()) {
             table.emplace(session, modes);
             if (const size_t entries = restoreTables(*table, saved.tables, refusals))
                 lines.push_back("lookup table: " + std::to_string(entries) + " entries");
@@ -148,8 +162,8 @@ int restore(const Session &session, Modes &modes, const SavedCamera &saved) {
         restoring.settings(saved.settings);
     } catch (...) {
         if (table)
-            if (const std::string left = table->undo(); !left.empty())
-                tell(left);
+            if (const std::string undone = table->undo(); !undone.empty())
+                tell(undone);
         throw;
     }
     modes.keepChanges();

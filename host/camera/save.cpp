@@ -52,8 +52,7 @@ std::vector<SavedValue> readSettings(const Session &session, Modes &modes) {
 }
 
 std::vector<SavedTable> readTables(const Session &session, Modes &modes) {
-    if (kindOf(session.nodeMap(), "LUTValue") == Kind::Missing ||
-        kindOf(session.nodeMap(), "LUTIndex") == Kind::Missing)
+    if (!LookupTable::isOn(session))
         return {};
     LookupTable camera(session, modes);
     std::vector<SavedTable> tables;

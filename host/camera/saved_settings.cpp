@@ -132,7 +132,10 @@ private:
             return value.get<int64_t>();
         if (value.is_number())
             return unshown(setting, value.get<float>());
-        return text(value, place);
+        if (!value.is_string())
+            complain("holds neither a number nor a text, true or false as \"value\" of " + place +
+                     ".");
+        return value.get<std::string>();
     }
 
     double number(const SavedSetting &setting, const Json &value, const Json &raw,

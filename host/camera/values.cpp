@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
+#include <limits>
 
 #include "Base/GCException.h"
 #include "table.h"
@@ -14,6 +15,9 @@ using GenApi_3_0::EAccessMode;
 using KxTd::CExCam;
 
 namespace {
+
+// Of a number of steps: a float holds no more digits.
+constexpr float kStepTolerance = 1e-6f;
 
 struct ToText {
     std::string operator()(std::monostate) const { return kNone; }
@@ -147,6 +151,15 @@ CommandError refusal(const Reading &reading, const std::string &text) {
                              " is not possible; expected is " + rangeText(reading) + "."};
 }
 
+// Of a value between two steps; \p above may be beyond the range.
+CommandError offStep(const Reading &reading, const std::string &text, const PropertyValue &below,
+                     const PropertyValue &above) {
+    return {kWrongUsage, std::string(reading.property->name) + "=" + text +
+                             " is not possible: its step is " + valueText(reading.increment) +
+                             "; the nearest are " + valueText(below) +
+                             (above <= reading.maximum ? " and " + valueText(above) : "") + "."};
+}
+
 int32_t checkedInteger(const Reading &reading, const std::string &text) {
     int32_t value = 0;
     const auto [stop, error] = std::from_chars(text.data(), text.data() + text.size(), value);
@@ -160,12 +173,8 @@ int32_t checkedInteger(const Reading &reading, const std::string &text) {
     const int64_t beyond = inc > 1 ? (int64_t{value} - min) % inc : 0;
     if (beyond != 0) {
         const int64_t below = value - beyond;
-        throw CommandError{kWrongUsage,
-                           std::string(reading.property->name) + "=" + text +
-                               " is not possible: " + "its step is " + std::to_string(inc) +
-                               "; the nearest are " + std::to_string(below) +
-                               (below + inc <= max ? " and " + std::to_string(below + inc) : "") +
-                               "."};
+        const int64_t above = std::min<int64_t>(below + inc, std::numeric_limits<int32_t>::max());
+        throw offStep(reading, text, static_cast<int32_t>(below), static_cast<int32_t>(above));
     }
     return value;
 }
@@ -183,6 +192,12 @@ float checkedFloat(const Reading &reading, const std::string &text) {
             return end;
     if (!(value >= min && value <= max)) // not a number is outside as well
         throw refusal(reading, text);
+    const auto *inc = std::get_if<float>(&reading.increment);
+    if (!inc || reading.property->inDecibels()) // steps are even in the camera's factors alone
+        return value;
+    const float steps = (value - min) / *inc;
+    if (std::fabs(steps - std::round(steps)) > kStepTolerance * std::max(1.0f, steps))
+        throw offStep(reading, text, min + std::floor(steps) * *inc, min + std::ceil(steps) * *inc);
     return value;
 }
 
