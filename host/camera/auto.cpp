@@ -72,6 +72,8 @@ public:
             if (kindOf(session.nodeMap(), feature.name) != Kind::Enumeration)
                 continue;
             modes.remember(feature.name, feature.reach);
+            if (!isReadable(session.nodeMap(), feature.name)) // what it needs is missing
+                continue;
             befores_.push_back({feature, textOf(feature)});
         }
     }

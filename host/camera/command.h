@@ -25,6 +25,14 @@ int run(const RestoreRequest &request);
 int onCamera(const CameraRequest &request,
              const std::function<int(Session &session, Modes &modes)> &work);
 
+/**
+ * Tells, inside a handler, what has ended the work: a CommandError, an exception of the camera or
+ * of this computer.
+ *
+ * \return the status to end the command with
+ */
+int tellWhy(const Session &session);
+
 /** \throws CommandError (kFailed) when the user has asked to stop (SIGINT, SIGTERM) */
 void stopIfAsked();
 

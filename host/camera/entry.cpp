@@ -32,7 +32,8 @@ void startLogging(const LogOptions &log) {
     gKxLogLevel = log.level;
 }
 
-// Tells what ended the work; returns the status that it ends the command with.
+} // namespace
+
 int tellWhy(const Session &session) {
     const std::string camera = "camera " + std::string(session.info().serial);
     try {
@@ -50,8 +51,6 @@ int tellWhy(const Session &session) {
     }
     return kFailed;
 }
-
-} // namespace
 
 int onCamera(const CameraRequest &request,
              const std::function<int(Session &session, Modes &modes)> &work) {

@@ -188,9 +188,10 @@ int load(Session &session, Modes &modes, const LutRequest &request, const TableF
         }
         switchTo(session, modes, KxTd::TD_LG_USER_LUT);
     } catch (...) {
+        const int status = tellWhy(session);
         if (const std::string undone = camera.undo(); !undone.empty())
             tell(undone);
-        throw;
+        return status;
     }
     modes.keepChanges();
     std::string names;

@@ -45,10 +45,12 @@ std::string nearestNames(const std::string &name) {
     std::vector<Candidate> candidates;
     for (const Property &property : allProperties()) {
         const std::string lower = lowered(property.name);
+        const bool longEnough = wanted.size() >= 3;
+        size_t distance = distanceOf(wanted, lower);
         // Also of its beginning: whoever writes "gamme" means gammaCorrection.
-        const size_t distance = std::min(distanceOf(wanted, lower),
-                                         1 + distanceOf(wanted, lower.substr(0, wanted.size())));
-        const bool part = wanted.size() >= 3 && lower.find(wanted) != lower.npos;
+        if (longEnough)
+            distance = std::min(distance, 1 + distanceOf(wanted, lower.substr(0, wanted.size())));
+        const bool part = longEnough && lower.find(wanted) != lower.npos;
         if (distance <= std::max<size_t>(2, wanted.size() / 3))
             candidates.push_back({distance, property.name});
         else if (part)

@@ -43,8 +43,8 @@ public:
                 if (reason.empty())
                     continue;
                 refused.push_back(value);
-                refusals_.push_back(std::string(value->setting->name) + " stays " +
-                                    presentText(*value->setting) + ": " + reason);
+                refusals_.push_back(std::string(value->setting->name) + " " +
+                                    whatBecomesOf(*value->setting) + ": " + reason);
             }
             if (refused.empty() || refused.size() == waiting.size())
                 return;
@@ -56,6 +56,14 @@ public:
     const std::vector<std::string> &refusals() const { return refusals_; }
 
 private:
+    // A whole number in the file may stand for a float of the camera.
+    static RawValue ofKind(const RawValue &present, const SavedValue &value) {
+        const auto *whole = std::get_if<int64_t>(&value.raw);
+        if (whole && std::holds_alternative<double>(present))
+            return rawOf(*value.setting, static_cast<float>(*whole));
+        return value.raw;
+    }
+
     // Why it cannot be set; empty when the camera has the value.
     std::string set(const SavedValue &value) {
         const SavedSetting &setting = *value.setting;
@@ -64,14 +72,14 @@ private:
             if (kindOf(nodeMap, setting.feature) == Kind::Missing)
                 return meaningOf(-2);
             const RawValue present = modes_.read(setting.feature, setting.reach);
-            if (present == value.raw)
+            const RawValue wanted = ofKind(present, value);
+            if (present == wanted)
                 return "";
-            if (present.index() != value.raw.index())
-                return "the camera has it as another kind of value than " +
-                       textOf(setting, value.raw);
-            modes_.write(setting.feature, setting.reach, value.raw);
+            if (present.index() != wanted.index())
+                return "the camera has it as another kind of value than " + textOf(setting, wanted);
+            modes_.write(setting.feature, setting.reach, wanted);
             changes_.push_back(std::string(setting.name) + ": " + textOf(setting, present) +
-                               " -> " + textOf(setting, value.raw));
+                               " -> " + textOf(setting, wanted));
             return "";
         } catch (const GenICam_3_0::TimeoutException &) {
             throw;
@@ -80,11 +88,14 @@ private:
         }
     }
 
-    std::string presentText(const SavedSetting &setting) {
+    // Of a setting that is refused.
+    std::string whatBecomesOf(const SavedSetting &setting) {
+        if (kindOf(session_.nodeMap(), setting.feature) == Kind::Missing)
+            return "is left out";
         try {
-            return textOf(setting, modes_.read(setting.feature, setting.reach));
+            return "stays " + textOf(setting, modes_.read(setting.feature, setting.reach));
         } catch (const GenICam_3_0::GenericException &) {
-            return "as it is";
+            return "stays as it is";
         }
     }
 
@@ -161,10 +172,10 @@ int restore(const Session &session, Modes &modes, const SavedCamera &saved) {
         }
         restoring.settings(saved.settings);
     } catch (...) {
-        if (table)
-            if (const std::string undone = table->undo(); !undone.empty())
-                tell(undone);
-        throw;
+        const int status = tellWhy(session);
+        if (const std::string undone = table ? table->undo() : ""; !undone.empty())
+            tell(undone);
+        return status;
     }
     modes.keepChanges();
 

@@ -34,10 +34,6 @@ float shown(const SavedSetting &setting, double raw) {
     return inDecibels(setting) ? 20.0f * log10f(value) : value;
 }
 
-double unshown(const SavedSetting &setting, float value) {
-    return static_cast<double>(inDecibels(setting) ? powf(10.0f, value / 20.0f) : value);
-}
-
 // With the fewest digits from which the same float is read back.
 Json shortNumber(float value) {
     if (!std::isfinite(value))
@@ -131,7 +127,7 @@ private:
         if (value.is_number_integer())
             return value.get<int64_t>();
         if (value.is_number())
-            return unshown(setting, value.get<float>());
+            return rawOf(setting, value.get<float>());
         if (!value.is_string())
             complain("holds neither a number nor a text, true or false as \"value\" of " + place +
                      ".");
@@ -147,7 +143,7 @@ private:
             return exact;
         if (!value.is_number())
             complain("holds no number as \"value\" of " + place + ".");
-        return unshown(setting, value.get<float>());
+        return rawOf(setting, value.get<float>());
     }
 
     const std::string &name_;
@@ -185,6 +181,10 @@ const std::vector<SavedSetting> &savedSettings() {
         {"autoBrightnessMode", "autoBrightnessMode", Reach::Direct, nullptr},
     };
     return settings;
+}
+
+double rawOf(const SavedSetting &setting, float value) {
+    return static_cast<double>(inDecibels(setting) ? powf(10.0f, value / 20.0f) : value);
 }
 
 std::string textOf(const SavedSetting &setting, const RawValue &raw) {

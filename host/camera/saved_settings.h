@@ -27,7 +27,7 @@ struct SavedSetting {
  */
 const std::vector<SavedSetting> &savedSettings();
 
-/** A setting's value, in the camera class's units and as the camera itself has it. */
+/** A setting's value as the camera itself has it; of a float without "raw" maybe a whole number. */
 struct SavedValue {
     const SavedSetting *setting;
     RawValue raw;
@@ -46,6 +46,9 @@ struct SavedCamera {
     std::vector<SavedValue> settings;
     std::vector<SavedTable> tables;
 };
+
+/** The camera's own number for a value in the camera class's unit. */
+double rawOf(const SavedSetting &setting, float value);
 
 /** The value for people, in the camera class's units and with its unit. */
 std::string textOf(const SavedSetting &setting, const RawValue &raw);

@@ -54,6 +54,9 @@ GEV_CAMERA_INFO chosen(const std::vector<GEV_CAMERA_INFO> &cameras, const std::s
     if (fitting.empty())
         throw CommandError{kNoCamera, "no Dalsa camera has a serial number that begins with \"" +
                                           serial + "\"; found: " + serialsOf(cameras) + "."};
+    if (serial.empty() && fitting.size() > 1)
+        throw CommandError{kNoCamera, "several cameras answered: " + serialsOf(fitting) +
+                                          ". Give the serial number of one of them."};
     if (fitting.size() > 1)
         throw CommandError{kNoCamera, "several cameras have a serial number that begins with \"" +
                                           serial + "\": " + serialsOf(fitting) +

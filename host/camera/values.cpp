@@ -121,6 +121,7 @@ void fill(const Session &session, Modes &modes, Reading &reading) {
         reading.problem = meaningOf(-2);
         return;
     }
+    reading.access = accessOf(session.nodeMap(), property.feature);
     // Gamma is read before the table is switched to it.
     const bool gamma = property.type == KxTd::GAMMA_PROPERTY_TYPE;
     if (gamma)
@@ -134,6 +135,8 @@ void fill(const Session &session, Modes &modes, Reading &reading) {
         readFloatRange(camera, reading);
     else
         reading.entries = entriesOf(session.nodeMap(), property.feature);
+    if (!reading.problem.empty())
+        reading.value = {}; // a gamma of which nobody knows whether it counts
     if (gamma || !reading.problem.empty())
         return;
 
@@ -156,8 +159,10 @@ CommandError offStep(const Reading &reading, const std::string &text, const Prop
                      const PropertyValue &above) {
     return {kWrongUsage, std::string(reading.property->name) + "=" + text +
                              " is not possible: its step is " + valueText(reading.increment) +
-                             "; the nearest are " + valueText(below) +
-                             (above <= reading.maximum ? " and " + valueText(above) : "") + "."};
+                             (above <= reading.maximum ? "; the nearest are " + valueText(below) +
+                                                             " and " + valueText(above)
+                                                       : "; the nearest is " + valueText(below)) +
+                             "."};
 }
 
 int32_t checkedInteger(const Reading &reading, const std::string &text) {
@@ -208,26 +213,28 @@ bool checkedBoolean(const Reading &reading, const std::string &text) {
     return on;
 }
 
-// A factor as the camera takes it: within its range and on its steps.
-double fitted(const GenApi_3_0::CNodeMapRef &nodeMap, const char *feature, double factor) {
+// A number as the camera takes it: on its steps and within its range, whose ends no float may hold.
+double fitted(const GenApi_3_0::CNodeMapRef &nodeMap, const char *feature, double value) {
     const FloatLimits limits = floatLimits(nodeMap, feature);
-    if (limits.inc > 0)
-        factor = limits.min + std::round((factor - limits.min) / limits.inc) * limits.inc;
-    return std::clamp(factor, limits.min, limits.max);
+    value = std::clamp(value, limits.min, limits.max);
+    if (limits.inc <= 0)
+        return value;
+    const double last = std::floor((limits.max - limits.min) / limits.inc);
+    const double step = std::round((value - limits.min) / limits.inc);
+    return limits.min + std::min(step, last) * limits.inc;
 }
 
-// The camera class converts decibels of gain and balance ratios, but not those of the automatic
-// limits; and a factor that its rounding puts beside the camera's range or steps is put there.
-int writeDecibels(const Session &session, const Property &property, float decibels) {
-    CExCam camera = session.camera();
-    const float factor = powf(10.0f, decibels / 20.0f);
+// By the camera class, which converts decibels of gain and balance ratios but not those of the
+// automatic limits, unless that would put the number beside the camera's range or steps.
+int writeFloat(const Session &session, const Property &property, float value) {
+    const float factor = property.inDecibels() ? powf(10.0f, value / 20.0f) : value;
     const double exact = fitted(session.nodeMap(), property.feature, static_cast<double>(factor));
-    if (property.reach == Reach::SensorAutoGain)
-        return camera.ExPropertySetFloat(property.type, static_cast<float>(exact));
-    if (exact == static_cast<double>(factor))
-        return camera.ExPropertySetFloat(property.type, decibels);
-    writeRaw(session.nodeMap(), property.feature, exact);
-    return 0;
+    if (exact != static_cast<double>(factor)) {
+        writeRaw(session.nodeMap(), property.feature, exact);
+        return 0;
+    }
+    const bool converts = property.inDecibels() && property.reach != Reach::SensorAutoGain;
+    return session.camera().ExPropertySetFloat(property.type, converts ? value : factor);
 }
 
 // Setting gamma switches the lookup table to it for good.
@@ -342,8 +349,7 @@ void writeProperty(const Session &session, Modes &modes, const Reading &reading,
             throw CommandError{kFailed, std::string(property.name) +
                                             " was not set: " + meaningOfGamma(code) + "."};
     } else if (const auto *number = std::get_if<float>(&value)) {
-        code = property.inDecibels() ? writeDecibels(session, property, *number)
-                                     : camera.ExPropertySetFloat(property.type, *number);
+        code = writeFloat(session, property, *number);
     } else if (const auto *integer = std::get_if<int32_t>(&value)) {
         code = camera.ExPropertySetInt(property.type, *integer);
     } else if (const auto *boolean = std::get_if<bool>(&value)) {
