@@ -39,6 +39,10 @@ std::vector<std::string> changes(const std::string &before, const std::string &a
         else if (was->second != value)
             found.push_back(name + ": " + was->second + " -> " + value);
     }
+    const auto present = valuesOf(after);
+    for (const auto &[name, value] : old)
+        if (present.count(name) == 0)
+            found.push_back(name + ": " + value + " -> (none)");
     return found;
 }
 
@@ -61,11 +65,7 @@ std::string violations(const std::string &document, const std::string &schema) {
     return result.out;
 }
 
-void Wire::SetUpTestSuite() {
-    setenv("KXGIGE_DISCOVERY_MS", "300", 1);
-}
-
-std::string Wire::snapshotOf(const Simcam &camera, const TemporaryFolder &folder) {
+std::string snapshotOf(const Simcam &camera, const TemporaryFolder &folder) {
     const std::string file = folder.path() + "/S1234.txt";
     std::filesystem::remove(file);
     camera.signal(SIGUSR1);
@@ -78,6 +78,10 @@ std::string Wire::snapshotOf(const Simcam &camera, const TemporaryFolder &folder
         std::this_thread::sleep_for(std::chrono::milliseconds(5));
     }
     return readFile(file);
+}
+
+void Wire::SetUpTestSuite() {
+    setenv("KXGIGE_DISCOVERY_MS", "300", 1);
 }
 
 std::string Wire::listed(int number, const std::string &serial) {

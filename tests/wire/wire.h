@@ -29,6 +29,9 @@ int commandsIn(const std::string &closingLine);
  */
 std::string violations(const std::string &document, const std::string &schema);
 
+/** What camera S1234 of a kxinfo-simcam that was given that folder for snapshots holds now. */
+std::string snapshotOf(const Simcam &camera, const TemporaryFolder &folder);
+
 /** kxinfo and virtual cameras in a network of their own. */
 class Wire : public testing::Test {
 protected:
@@ -37,9 +40,6 @@ protected:
 
     /** The lines that the plug-in's listing has for one camera. */
     static std::string listed(int number, const std::string &serial);
-
-    /** What camera S1234 of a kxinfo-simcam that was given that folder for snapshots holds now. */
-    static std::string snapshotOf(const Simcam &camera, const TemporaryFolder &folder);
 
     /** kxinfo probe with the log at level debug on standard output. */
     static Result probeWithLog(const std::string &serial);

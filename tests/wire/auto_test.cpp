@@ -1,0 +1,200 @@
+// kxinfo auto: switches automatic control of brightness on, within limits, or off.
+
+#include "watched_camera.h"
+#include "wire.h"
+
+#include <regex>
+#include <tuple>
+
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+class Auto : public Wire {
+protected:
+    static Result done(const std::string &lines) {
+        return {0, "Camera S1234 (C1936)\n" + lines, ""};
+    }
+
+    // Makes whole numbers of a float feature and its register.
+    static std::vector<Replacement> asInteger(const std::string &feature) {
+        const std::string whole = readFile(BUILT_IN_DESCRIPTION);
+        std::vector<Replacement> replacements;
+        for (const auto &[kind, integer, name] :
+             {std::tuple<std::string, std::string, std::string>("Float", "Integer", feature),
+              {"FloatReg", "IntReg", feature + "Reg"}}) {
+            const size_t begin = whole.find("<" + kind + " Name=\"" + name + "\">");
+            const size_t end = whole.find("</" + kind + ">", begin);
+            const std::string content = whole.substr(begin, end - begin).substr(1 + kind.size());
+            replacements.push_back({"<" + kind + content + "</" + kind + ">",
+                                    "<" + integer +
+                                        std::regex_replace(content, std::regex(R"(\.0<)"), "<") +
+                                        "</" + integer + ">"});
+        }
+        return replacements;
+    }
+};
+
+TEST_F(Auto, IsSwitchedOnAndOff) {
+    WatchedCamera camera;
+
+    EXPECT_EQ(done("autoBrightnessMode: Off -> Active\n"
+                   "autoBrightnessSequence: Gain_Exposure_Iris -> Exposure_Gain_Iris\n"
+                   "ExposureAuto: Off -> Continuous\n"
+                   "GainAuto: Off -> Continuous\n"),
+              kxinfo({"auto", "S1234", "on"}));
+    EXPECT_THAT(camera.changes(),
+                ElementsAre("ExposureAuto: Off -> Continuous", "GainAuto: Off -> Continuous",
+                            "autoBrightnessMode: Off -> Active",
+                            "autoBrightnessSequence: Gain_Exposure_Iris -> Exposure_Gain_Iris"));
+    EXPECT_EQ(done("autoBrightnessMode: Active\n"
+                   "autoBrightnessSequence: Exposure_Gain_Iris\n"
+                   "ExposureAuto: Continuous\n"
+                   "GainAuto: Continuous\n"),
+              kxinfo({"auto", "S1234", "on"}));
+    EXPECT_THAT(camera.changes(), IsEmpty());
+
+    EXPECT_EQ(done("autoBrightnessMode: Active -> Off\n"), kxinfo({"auto", "S1234", "off"}));
+    EXPECT_THAT(camera.changes(), ElementsAre("autoBrightnessMode: Active -> Off"));
+    EXPECT_EQ(done("autoBrightnessMode: Off\n"), kxinfo({"auto", "S1234", "off"}));
+    EXPECT_THAT(camera.changes(), IsEmpty());
+}
+
+TEST_F(Auto, TakesATargetAndLimits) {
+    WatchedCamera camera;
+
+    EXPECT_EQ(done("autoBrightnessMode: Off -> Active\n"
+                   "autoBrightnessSequence: Gain_Exposure_Iris -> Exposure_Gain_Iris\n"
+                   "ExposureAuto: Off -> Continuous\n"
+                   "GainAuto: Off -> Continuous\n"
+                   "gainAutoSource: DigitalAll -> SensorAll\n"
+                   "autoBrightnessTarget: 128 -> 64\n"
+                   "gainAutoMinValue: 1.9382 dB -> 0 dB\n"
+                   "gainAutoMaxValue: 12.0412 dB -> 6.0206 dB\n"
+                   "exposureAutoMinValue: 100 us -> 200 us\n"
+                   "exposureAutoMaxValue: 30000 us -> 20000 us\n"),
+              kxinfo({"auto", "S1234", "on", "--target", "0.25", "--gain", "0..6", "--exposure",
+                      "200..20000"}));
+    EXPECT_THAT(
+        camera.changes(),
+        ElementsAre("ExposureAuto: Off -> Continuous", "GainAuto: Off -> Continuous",
+                    "autoBrightnessMode: Off -> Active",
+                    "autoBrightnessSequence: Gain_Exposure_Iris -> Exposure_Gain_Iris",
+                    "autoBrightnessTarget: 128 -> 64", "exposureAutoMaxValue: 30000 -> 20000",
+                    "exposureAutoMinValue: 100 -> 200", "gainAutoMaxValue[SensorAll]: 4 -> 2",
+                    "gainAutoMinValue[SensorAll]: 1.25 -> 1",
+                    "gainAutoSource: DigitalAll -> SensorAll"));
+}
+
+TEST_F(Auto, SetsLimitsThatTheCameraHasAsWholeNumbers) {
+    std::vector<Replacement> replacements = asInteger("exposureAutoMinValue");
+    for (const Replacement &replacement : asInteger("exposureAutoMaxValue"))
+        replacements.push_back(replacement);
+    WatchedCamera camera(replacements);
+
+    const Result result = kxinfo({"auto", "S1234", "on", "--exposure", "200..20000"});
+
+    EXPECT_EQ(done("autoBrightnessMode: Off -> Active\n"
+                   "autoBrightnessSequence: Gain_Exposure_Iris -> Exposure_Gain_Iris\n"
+                   "ExposureAuto: Off -> Continuous\n"
+                   "GainAuto: Off -> Continuous\n"
+                   "exposureAutoMinValue: 100 us -> 200 us\n"
+                   "exposureAutoMaxValue: 30000 us -> 20000 us\n"),
+              result);
+    EXPECT_THAT(camera.changes(),
+                ElementsAre("ExposureAuto: Off -> Continuous", "GainAuto: Off -> Continuous",
+                            "autoBrightnessMode: Off -> Active",
+                            "autoBrightnessSequence: Gain_Exposure_Iris -> Exposure_Gain_Iris",
+                            "exposureAutoMaxValue: 30000 -> 20000",
+                            "exposureAutoMinValue: 100 -> 200"));
+}
+
+TEST_F(Auto, RefusesWhatDoesNotFitAndLeavesTheCameraAsItWasInWhateverState) {
+    WatchedCamera camera({smallTables()});
+    const struct {
+        std::vector<std::string> options;
+        std::string why;
+    } cases[] = {
+        {{"--gain", "0..19"},
+         "gainAutoMaxValue=19 is not possible; expected is a number, 0 to 18.0618 dB."},
+        {{"--gain", "-1..3"},
+         "gainAutoMinValue=-1 is not possible; expected is a number, 0 to 18.0618 dB."},
+        {{"--gain", "a..b"},
+         "gainAutoMinValue=a is not possible; expected is a number, 0 to 18.0618 dB."},
+        {{"--gain", "6..3"}, "the lower limit 6 is above the upper, 3; expected is MIN..MAX."},
+        {{"--exposure", "1..100"},
+         "exposureAutoMinValue=1 is not possible; expected is a number, 20 to 100000 us."},
+        {{"--gain", "0..3", "--exposure", "20..100001"},
+         "exposureAutoMaxValue=100001 is not possible; expected is a number, 20 to 100000 us."},
+    };
+    for (const StartingState &state : startingStates()) {
+        SCOPED_TRACE(state.name);
+        camera.write(state.writes);
+        const std::string before = camera.snapshot();
+        for (const auto &wrong : cases) {
+            std::vector<std::string> command = {"auto", "S1234", "on"};
+            command.insert(command.end(), wrong.options.begin(), wrong.options.end());
+            EXPECT_EQ((Result{2, "", "kxinfo: " + wrong.why + "\n"}), kxinfo(command));
+        }
+        EXPECT_EQ(before, camera.snapshot());
+    }
+}
+
+TEST_F(Auto, WorksWithWhatTheCameraHas) {
+    WatchedCamera camera({without("autoBrightnessSequence"), without("GainAuto")});
+
+    EXPECT_EQ((Result{0,
+                      "Camera S1234 (C1936)\n"
+                      "autoBrightnessMode: Off -> Active\n"
+                      "ExposureAuto: Off -> Continuous\n",
+                      "kxinfo: this camera lets no sequence be chosen "
+                      "(\"autoBrightnessSequence\" is missing); it keeps its own.\n"
+                      "kxinfo: this camera has no \"GainAuto\"; it is left out.\n"}),
+              kxinfo({"auto", "S1234", "on"}));
+    EXPECT_THAT(camera.changes(), ElementsAre("ExposureAuto: Off -> Continuous",
+                                              "autoBrightnessMode: Off -> Active"));
+}
+
+TEST_F(Auto, IsMissedOnACameraWithoutIt) {
+    WatchedCamera camera({without("autoBrightnessMode")});
+
+    EXPECT_EQ((Result{3, "",
+                      "kxinfo: automatic brightness was not switched on: the camera has no such "
+                      "feature, or has it as another kind.\n"}),
+              kxinfo({"auto", "S1234", "on"}));
+    EXPECT_EQ((Result{3, "",
+                      "kxinfo: automatic brightness was not switched off: the camera has no such "
+                      "feature, or has it as another kind.\n"}),
+              kxinfo({"auto", "S1234", "off"}));
+    EXPECT_THAT(camera.changes(), IsEmpty());
+}
+
+TEST_F(Auto, PutsBackAllThatItHadSwitchedWhenTheCameraRefuses) {
+    WatchedCamera camera({refusesWrites("exposureAutoMaxValue")});
+    const std::string before = camera.snapshot();
+
+    const Result result = kxinfo(
+        {"auto", "S1234", "on", "--target", "0.25", "--gain", "0..6", "--exposure", "200..20000"});
+
+    EXPECT_EQ((Result{3, "",
+                      "kxinfo: camera S1234 refuses: Cannot write 'exposureAutoMaxValue': "
+                      "[exposureAutoMaxValue] [exposureAutoMaxValueReg] [exposureAutoMaxValueReg] "
+                      "GigEVision write_memory error (write-protect).\n"
+                      "kxinfo: what had been set is put back: autoBrightnessTarget, "
+                      "gainAutoMinValue, gainAutoMaxValue, exposureAutoMinValue.\n"}),
+              result);
+    EXPECT_EQ(before, camera.snapshot());
+}
+
+TEST_F(Auto, SaysThatTheCameraFallsSilent) {
+    const Result result = whenSilentHalfway(
+        {"auto", "S1234", "on", "--target", "0.25", "--gain", "0..6", "--exposure", "200..20000"});
+
+    EXPECT_EQ(3, result.status);
+    EXPECT_EQ("", result.out);
+    EXPECT_THAT(result.err,
+                saysSilent("kxinfo: this could not be put back: .*autoBrightnessMode to Off.*\n"));
+}
+
+} // namespace

@@ -1,0 +1,282 @@
+// kxinfo lut: shows, switches or loads the lookup table.
+
+#include "watched_camera.h"
+#include "wire.h"
+
+#include <chrono>
+#include <csignal>
+#include <numeric>
+
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+class Lut : public Wire {
+protected:
+    static Result done(const std::string &text) {
+        return {0, "Camera S1234 (C1936)\nLookup table: " + text + "\n", ""};
+    }
+
+    // One value a line, of a table of that many entries.
+    static std::string valuesUpTo(int count) {
+        std::string text;
+        for (int value = 0; value < count; ++value)
+            text += std::to_string(value) + "\n";
+        return text;
+    }
+
+    static const Writes usersTableOn, gammaOn;
+};
+
+const Writes Lut::usersTableOn = {{reg::kLutMode, 1}, {reg::kLutType, 0}, {reg::kLutSize, 2}};
+const Writes Lut::gammaOn = {{reg::kLutMode, 1}, {reg::kLutType, 1}};
+
+TEST_F(Lut, IsShownAndNothingChangedInWhateverState) {
+    WatchedCamera camera;
+    for (const StartingState &state : startingStates()) {
+        SCOPED_TRACE(state.name);
+        camera.write(state.writes);
+        const std::string before = camera.snapshot();
+        const bool off = before.find("lutMode = Off\n") != before.npos;
+        const bool user = before.find("lutType = UserDefined\n") != before.npos;
+
+        EXPECT_EQ(done(off    ? "off"
+                       : user ? "the user's table"
+                              : "the gamma curve"),
+                  kxinfo({"lut", "S1234", "show"}));
+        EXPECT_EQ(before, camera.snapshot());
+    }
+}
+
+TEST_F(Lut, IsSwitched) {
+    WatchedCamera camera;
+    EXPECT_EQ(done("off -> the user's table"), kxinfo({"lut", "S1234", "user"}));
+    EXPECT_THAT(camera.changes(), ElementsAre("lutMode: Off -> Active", "lutSize: Bpp8 -> Bpp12"));
+    EXPECT_EQ(done("the user's table -> the gamma curve"), kxinfo({"lut", "S1234", "gamma"}));
+    EXPECT_THAT(camera.changes(), ElementsAre("lutType: UserDefined -> GammaCorrection"));
+    EXPECT_EQ(done("the gamma curve"), kxinfo({"lut", "S1234", "gamma"}));
+    EXPECT_THAT(camera.changes(), IsEmpty());
+    EXPECT_EQ(done("the gamma curve -> the user's table"), kxinfo({"lut", "S1234", "user"}));
+    EXPECT_THAT(camera.changes(), ElementsAre("lutType: GammaCorrection -> UserDefined"));
+    EXPECT_EQ(done("the user's table -> off"), kxinfo({"lut", "S1234", "off"}));
+    EXPECT_THAT(camera.changes(), ElementsAre("lutMode: Active -> Off"));
+    EXPECT_EQ(done("off"), kxinfo({"lut", "S1234", "off"}));
+    EXPECT_THAT(camera.changes(), IsEmpty());
+}
+
+TEST_F(Lut, IsLoadedWithOneValueALineForAllColoursAndSwitchedOn) {
+    WatchedCamera camera({smallTables()});
+    const std::string file =
+        camera.folder().file("curve", "# a curve\n0\n0 # black\n\n1\r\n2\n3\n4\n5\n6\n7\n8\n9\n10\n"
+                                      "11\n12\n13\n  15  ");
+
+    EXPECT_EQ(done("off -> the user's table, 16 entries of Red, Green, Blue"),
+              kxinfo({"lut", "S1234", "load", file}));
+    std::vector<std::string> expected;
+    for (const std::string colour : {"Blue", "Green", "Red"})
+        for (int index : {10, 11, 12, 13, 14, 15, 2, 3, 4, 5, 6, 7, 8, 9})
+            expected.push_back("LUTValue[" + colour + "][" + std::to_string(index) +
+                               "]: (none) -> " + std::to_string(index == 15 ? 15 : index - 1));
+    expected.insert(expected.end(), {"lutMode: Off -> Active", "lutSize: Bpp8 -> Bpp12"});
+    EXPECT_THAT(camera.changes(), testing::UnorderedElementsAreArray(expected));
+}
+
+TEST_F(Lut, IsLoadedInPartsWithLinesOfIndexAndValue) {
+    WatchedCamera camera({smallTables()});
+    camera.write(gammaOn);
+    const std::string file = camera.folder().file("curve.csv", "Index,Value\n15,1\n 3 , 12 \n");
+
+    EXPECT_EQ(done("the gamma curve -> the user's table, 2 entries of Green"),
+              kxinfo({"lut", "S1234", "load", file, "--channel", "green"}));
+    EXPECT_THAT(camera.changes(),
+                ElementsAre("LUTValue[Green][15]: (none) -> 1", "LUTValue[Green][3]: (none) -> 12",
+                            "lutSize: Bpp8 -> Bpp12", "lutType: GammaCorrection -> UserDefined"));
+    EXPECT_EQ(done("the user's table -> the user's table, 2 entries of Green"),
+              kxinfo({"lut", "S1234", "load", file, "--channel", "green"}));
+    EXPECT_THAT(camera.changes(), IsEmpty());
+}
+
+TEST_F(Lut, IsLoadedOnceForAllColoursWhereTheCameraHasOneTable) {
+    WatchedCamera camera({smallTables(), without("LUTSelector")});
+    const std::string file = camera.folder().file("curve.csv", "1,5\n");
+
+    EXPECT_EQ(done("off -> the user's table, 1 entries"), kxinfo({"lut", "S1234", "load", file}));
+    EXPECT_THAT(camera.changes(), testing::Contains("LUTValue[Red][1]: (none) -> 5"));
+    EXPECT_EQ((Result{2, "",
+                      "kxinfo: this camera has no lookup table for red alone. Leave out --channel "
+                      "to load the table of all colours.\n"}),
+              kxinfo({"lut", "S1234", "load", file, "--channel", "red"}));
+    EXPECT_THAT(camera.changes(), IsEmpty());
+}
+
+TEST_F(Lut, IsRefusedAFileThatIsNone) {
+    const TemporaryFolder folder;
+    const struct {
+        std::string content;
+        std::string why;
+    } cases[] = {
+        {"", "\"FILE\" holds no values; expected is one a line, or lines of index,value."},
+        {"# nothing\nindex,value\n",
+         "\"FILE\" holds no values; expected is one a line, or lines of index,value."},
+        {"1\nx\n",
+         "FILE, line 2: \"x\" is no whole number; expected is one value, or index,value."},
+        {"1.5\n",
+         "FILE, line 1: \"1.5\" is no whole number; expected is one value, or index,value."},
+        {"0,\n", "FILE, line 1: \"\" is no whole number; expected is one value, or index,value."},
+        {"0,1,2\n",
+         "FILE, line 1: \"1,2\" is no whole number; expected is one value, or index,value."},
+        {"99999999999\n", "FILE, line 1: \"99999999999\" is no whole number; expected is one "
+                          "value, or index,value."},
+        {"1\n0,1\n", "FILE, line 2: index and value, but the lines before hold one value each."},
+        {"0,1\n1\n", "FILE, line 2: one value, but the lines before hold index,value."},
+        {"0,1\n# again\n0,2\n", "FILE, line 3: index 0 stands there twice."},
+    };
+    for (const auto &wrong : cases) {
+        const std::string file = folder.file("curve", wrong.content);
+        std::string why = wrong.why;
+        why.replace(why.find("FILE"), 4, file);
+        EXPECT_EQ((Result{2, "", "kxinfo: " + why + "\n"}), kxinfo({"lut", "S1234", "load", file}));
+    }
+    EXPECT_EQ(
+        (Result{2, "",
+                "kxinfo: \"" + folder.path() +
+                    "\" holds no values; expected is one a line, or lines of index,value.\n"}),
+        kxinfo({"lut", "S1234", "load", folder.path()}));
+}
+
+TEST_F(Lut, IsRefusedAFileThatDoesNotFitItAndNothingChangedInWhateverState) {
+    WatchedCamera camera({smallTables()});
+    const struct {
+        std::string content;
+        std::string why;
+    } cases[] = {
+        {valuesUpTo(15), "\"FILE\" holds 15 values, but the camera's table has 16 entries. Lines "
+                         "of index,value may set some of them."},
+        {valuesUpTo(16) + "1\n", "\"FILE\" holds 17 values, but the camera's table has 16 "
+                                 "entries. Lines of index,value may set some of them."},
+        {"15,0\n16,0\n", "FILE, line 2: index 16 is outside 0 to 15."},
+        {"-1,0\n", "FILE, line 1: index -1 is outside 0 to 15."},
+        {"0,15\n1,16\n", "FILE, line 2: value 16 is outside 0 to 15."},
+        {"0,-1\n", "FILE, line 1: value -1 is outside 0 to 15."},
+    };
+    for (const StartingState &state : startingStates()) {
+        SCOPED_TRACE(state.name);
+        camera.write(state.writes);
+        const std::string before = camera.snapshot();
+        for (const auto &wrong : cases) {
+            const std::string file = camera.folder().file("curve", wrong.content);
+            std::string why = wrong.why;
+            why.replace(why.find("FILE"), 4, file);
+            EXPECT_EQ((Result{2, "", "kxinfo: " + why + "\n"}),
+                      kxinfo({"lut", "S1234", "load", file}));
+        }
+        EXPECT_EQ(before, camera.snapshot());
+    }
+}
+
+TEST_F(Lut, IsMissedOnACameraWithoutIt) {
+    WatchedCamera camera({without("LUTValue"), without("lutType")});
+    const std::string file = camera.folder().file("curve", "0,1\n");
+    const std::string unreadable =
+        "kxinfo: what the lookup table does cannot be read: the camera lacks \"lutMode\" or "
+        "\"lutType\".\n";
+
+    for (const char *action : {"show", "user", "gamma", "off"})
+        EXPECT_EQ((Result{3, "", unreadable}), kxinfo({"lut", "S1234", action}));
+    EXPECT_EQ((Result{3, "", unreadable}), kxinfo({"lut", "S1234", "load", file}));
+    EXPECT_THAT(camera.changes(), IsEmpty());
+}
+
+TEST_F(Lut, IsNotLoadedIntoACameraThatCannotTakeEntries) {
+    WatchedCamera camera({without("LUTValue")});
+    const std::string file = camera.folder().file("curve", "0,1\n");
+
+    EXPECT_EQ((Result{3, "",
+                      "kxinfo: this camera has no lookup table whose entries can be written "
+                      "(\"LUTIndex\" and \"LUTValue\").\n"}),
+              kxinfo({"lut", "S1234", "load", file}));
+    EXPECT_THAT(camera.changes(), IsEmpty());
+}
+
+TEST_F(Lut, GetsItsEntriesBackWhenTheCameraRefusesOneInWhateverState) {
+    // Of the blue table only the first eight entries are there.
+    WatchedCamera camera({smallTables(), {"<Cells>12288</Cells>", "<Cells>8200</Cells>"}});
+    const std::string file = camera.folder().file("curve", valuesUpTo(16));
+    for (const StartingState &state : startingStates()) {
+        SCOPED_TRACE(state.name);
+        camera.write(state.writes);
+        const std::string before = camera.snapshot();
+
+        EXPECT_EQ(
+            (Result{3, "",
+                    "kxinfo: camera S1234 refuses: Cannot read 'LUTValue': [LUTValue] "
+                    "[LUTValueReg] GigEVision read_memory error (invalid-access).\n"
+                    "kxinfo: the entries written to the user's lookup table are put back.\n"}),
+            kxinfo({"lut", "S1234", "load", file}));
+        EXPECT_EQ(before, camera.snapshot());
+    }
+}
+
+TEST_F(Lut, StaysAsItWasWhenTheCameraRefusesToSwitchIt) {
+    WatchedCamera camera({smallTables(), refusesWrites("lutMode")}); // reads as "Active"
+    camera.write({{reg::kLutType, 1}});
+    const std::string file = camera.folder().file("curve", valuesUpTo(16));
+    const std::string before = camera.snapshot();
+    const Result refused{3, "",
+                         "kxinfo: camera S1234 refuses: Cannot write 'lutMode': [lutMode] "
+                         "[lutModeReg] GigEVision write_memory error (write-protect).\n"};
+
+    EXPECT_EQ(refused, kxinfo({"lut", "S1234", "off"}));
+    EXPECT_EQ(refused, kxinfo({"lut", "S1234", "load", file}));
+    EXPECT_EQ(before, camera.snapshot());
+}
+
+TEST_F(Lut, GetsItsEntriesBackWhenTheUserInterruptsLoading) {
+    WatchedCamera camera; // a table of full size takes long enough
+    camera.write(gammaOn);
+    camera.write({{reg::kLutValues + 4, 7}});
+    const std::string before = camera.snapshot();
+    const std::string file = camera.folder().file("curve", valuesUpTo(4096));
+
+    Process kxinfo(KXINFO_PROGRAM, {"lut", "S1234", "load", file});
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+    while (camera.snapshot().find("LUTValue[Red][9] = 9\n") == std::string::npos &&
+           std::chrono::steady_clock::now() < deadline) {
+    }
+    kxinfo.signal(SIGINT);
+    const Process::End end = kxinfo.wait();
+
+    EXPECT_EQ(3, end.status);
+    EXPECT_EQ("", end.output);
+    EXPECT_EQ("kxinfo: stopped, as asked for.\n"
+              "kxinfo: the entries written to the user's lookup table are put back.\n",
+              end.errors);
+    EXPECT_EQ(before, camera.snapshot());
+}
+
+TEST_F(Lut, LoadingSaysThatTheCameraFallsSilent) {
+    const TemporaryFolder folder;
+    const std::string file = folder.file("curve", valuesUpTo(16));
+
+    const Result result =
+        whenSilentHalfway({"lut", "S1234", "load", file}, {smallTables()}, gammaOn);
+
+    EXPECT_EQ(3, result.status);
+    EXPECT_EQ("", result.out);
+    EXPECT_THAT(
+        result.err,
+        saysSilent(
+            "kxinfo: [0-9]+ of [0-9]+ entries of the user's lookup table could not be put back .*\n"
+            "kxinfo: this could not be put back: .*lutType to GammaCorrection.*\n"));
+}
+
+TEST_F(Lut, SwitchingSaysThatTheCameraFallsSilent) {
+    const Result result = whenSilentHalfway({"lut", "S1234", "user"}, {}, gammaOn);
+
+    EXPECT_EQ(3, result.status);
+    EXPECT_EQ("", result.out);
+    EXPECT_THAT(result.err, saysSilent("kxinfo: this could not be put back: .*\n"));
+}
+
+} // namespace
