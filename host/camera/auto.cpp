@@ -9,10 +9,6 @@ namespace kxinfo {
 
 namespace {
 
-using KxTd::CExCam;
-
-constexpr int kNotAnInteger = -8; // of the operations that set both limits
-
 // Both limits of gain, or of exposure.
 struct Limits {
     Reading lower;
@@ -32,25 +28,6 @@ Limits checkedLimits(const Session &session, Modes &modes, const char *lower, co
         throw CommandError{kWrongUsage, "the lower limit " + range.lower + " is above the upper, " +
                                             range.upper + "; expected is MIN..MAX."};
     return limits;
-}
-
-std::string meaningOfLimits(int code) {
-    switch (code) {
-    case -4:
-        return "the range of the lower limit cannot be read";
-    case -5:
-        return "the lower limit is out of range";
-    case -6:
-        return "the range of the upper limit cannot be read";
-    case -7:
-        return "the upper limit is out of range";
-    case -8:
-        return "the lower limit cannot be written";
-    case -9:
-        return "the upper limit cannot be written; the lower has been";
-    default:
-        return meaningOf(code);
-    }
 }
 
 void check(int code, const std::string &what) {
@@ -108,31 +85,12 @@ std::string changeOf(const Session &session, Modes &modes, const Reading &before
                       quantityText(after, after.value));
 }
 
-// The class's operation writes whole numbers to integer features; cameras that have the limits as
-// floats refuse it with -8 before anything is written, and get them one by one.
-std::string setLimits(const Session &session, Modes &modes, const Limits &limits,
-                      int (CExCam::*operation)(float, float)) {
-    for (const Reading *limit : {&limits.lower, &limits.upper})
-        modes.remember(limit->property->feature, limit->property->reach);
-    int code = kNotAnInteger;
-    if (limits.lower.kind == Kind::Float) {
-        CExCam camera = session.camera();
-        code = (camera.*operation)(std::get<float>(limits.min), std::get<float>(limits.max));
-    }
-    if (code == kNotAnInteger) {
-        writeProperty(session, modes, limits.lower, limits.min);
-        writeProperty(session, modes, limits.upper, limits.max);
-    } else if (code) {
-        throw CommandError{kFailed, std::string(limits.lower.property->name) + " and " +
-                                        limits.upper.property->name +
-                                        " were not set: " + meaningOfLimits(code) + "."};
-    }
-    std::string lines;
-    for (const Reading *limit : {&limits.lower, &limits.upper}) {
-        modes.changed(limit->property->feature, limit->property->reach);
-        lines += changeOf(session, modes, *limit);
-    }
-    return lines;
+// One by one: the class's operation for both checks them in the range of a float and writes them to
+// an integer, so that it refuses cameras that have them as one or the other.
+std::string setLimits(const Session &session, Modes &modes, const Limits &limits) {
+    writeProperty(session, modes, limits.lower, limits.min);
+    writeProperty(session, modes, limits.upper, limits.max);
+    return changeOf(session, modes, limits.lower) + changeOf(session, modes, limits.upper);
 }
 
 // The camera may have none of the function; automatic brightness then works with the other.
@@ -185,9 +143,9 @@ int switchOn(const Session &session, Modes &modes, const AutoRequest &request,
         lines += changeOf(session, modes, *brightness);
     }
     if (gain)
-        lines += setLimits(session, modes, *gain, &CExCam::ExPropertySetAutoRangeGain);
+        lines += setLimits(session, modes, *gain);
     if (exposure)
-        lines += setLimits(session, modes, *exposure, &CExCam::ExPropertySetAutoRangeExpo);
+        lines += setLimits(session, modes, *exposure);
     lines = switches.keep() + lines;
     modes.keepChanges();
     writeOut(cameraLine(session) + lines);

@@ -3,7 +3,6 @@
 #include "watched_camera.h"
 #include "wire.h"
 
-#include <regex>
 #include <tuple>
 
 namespace {
@@ -27,10 +26,9 @@ protected:
             const size_t begin = whole.find("<" + kind + " Name=\"" + name + "\">");
             const size_t end = whole.find("</" + kind + ">", begin);
             const std::string content = whole.substr(begin, end - begin).substr(1 + kind.size());
-            replacements.push_back({"<" + kind + content + "</" + kind + ">",
-                                    "<" + integer +
-                                        std::regex_replace(content, std::regex(R"(\.0<)"), "<") +
-                                        "</" + integer + ">"});
+            replacements.push_back(
+                {"<" + kind + content + "</" + kind + ">",
+                 "<" + integer + replaced(content, {".0<", "<"}) + "</" + integer + ">"});
         }
         return replacements;
     }

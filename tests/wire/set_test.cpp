@@ -78,11 +78,11 @@ TEST_F(Set, PutsDecibelsOnTheNearestStepOfTheFactor) {
 }
 
 TEST_F(Set, PutsALimitThatIsOnNoStepOnTheStepBelowIt) {
-    WatchedCamera camera({Replacement{"<Inc>0.125</Inc>", "<Inc>0.3</Inc>"}}); // from 1 to 7.9
+    WatchedCamera camera({Replacement{"<Inc>0.125</Inc>", "<Inc>0.4</Inc>"}}); // from 1 to 7.8
 
-    EXPECT_EQ(done("gainAutoMaxValue: 12.0412 dB -> 17.9525 dB\n"),
+    EXPECT_EQ(done("gainAutoMaxValue: 12.0412 dB -> 17.8419 dB\n"),
               kxinfo({"set", "S1234", "gainAutoMaxValue=18.0618"}));
-    EXPECT_THAT(camera.changes(), ElementsAre("gainAutoMaxValue[SensorAll]: 4 -> 7.9"));
+    EXPECT_THAT(camera.changes(), ElementsAre("gainAutoMaxValue[SensorAll]: 4 -> 7.8"));
 }
 
 TEST_F(Set, SetsAGainWhoseRangeBeginsAtAFactorOfZero) {

@@ -8,14 +8,6 @@ namespace {
 
 constexpr uint32_t kControlPrivilege = 0xA00;
 
-void replaceAll(std::string &text, const Replacement &replacement) {
-    size_t place = text.find(replacement.part);
-    if (place == text.npos)
-        ADD_FAILURE() << "the built-in description has no " << replacement.part;
-    for (; place != text.npos; place = text.find(replacement.part, place + replacement.by.size()))
-        text.replace(place, replacement.part.size(), replacement.by);
-}
-
 // How many commands a camera has answered when a command has been carried out on it.
 int commandsOf(const std::vector<std::string> &command,
                const std::vector<Replacement> &replacements, const Writes &state) {
@@ -47,10 +39,19 @@ const std::vector<StartingState> &startingStates() {
     return states;
 }
 
+std::string replaced(std::string text, const Replacement &replacement) {
+    size_t place = text.find(replacement.part);
+    if (place == text.npos)
+        ADD_FAILURE() << replacement.part << " is not there to be replaced";
+    for (; place != text.npos; place = text.find(replacement.part, place + replacement.by.size()))
+        text.replace(place, replacement.part.size(), replacement.by);
+    return text;
+}
+
 std::string descriptionWith(const std::vector<Replacement> &replacements) {
     std::string description = readFile(BUILT_IN_DESCRIPTION);
     for (const Replacement &replacement : replacements)
-        replaceAll(description, replacement);
+        description = replaced(description, replacement);
     return description;
 }
 

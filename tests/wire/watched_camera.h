@@ -51,7 +51,10 @@ struct Replacement {
     std::string by;
 };
 
-/** The built-in description with parts replaced; each must be there, and all its places count. */
+/** A text with a part replaced in all its places; it fails the test when there is none. */
+std::string replaced(std::string text, const Replacement &replacement);
+
+/** The built-in description with parts replaced; each has to be there. */
 std::string descriptionWith(const std::vector<Replacement> &replacements);
 
 /** Makes tables of 16 entries of 0 to 15 (with 12 bits), which are read in no time. */
