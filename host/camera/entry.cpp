@@ -20,7 +20,7 @@ volatile std::sig_atomic_t stopAsked = 0;
 void stopCleanly() {
     struct sigaction action = {};
     action.sa_handler = [](int) { stopAsked = 1; };
-    action.sa_flags = SA_RESETHAND | SA_RESTART;
+    action.sa_flags = static_cast<int>(SA_RESETHAND) | SA_RESTART;
     for (const int signal : {SIGINT, SIGTERM})
         (void)sigaction(signal, &action, nullptr);
 }

@@ -77,8 +77,8 @@ std::vector<std::string> entriesOf(const CNodeMapRef &nodeMap, const char *featu
     StringList_t symbolics;
     enumeration->GetSymbolics(symbolics);
     std::vector<std::string> entries;
-    for (size_t i = 0; i < symbolics.size(); ++i)
-        entries.emplace_back(symbolics[i].c_str());
+    for (const auto &symbolic : symbolics)
+        entries.emplace_back(symbolic.c_str());
     return entries;
 }
 

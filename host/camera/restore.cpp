@@ -32,6 +32,7 @@ public:
     // Sets what differs.
     void settings(const std::vector<SavedValue> &saved) {
         std::vector<const SavedValue *> waiting;
+        waiting.reserve(saved.size());
         for (const SavedValue &value : saved)
             waiting.push_back(&value);
         for (;;) {
