@@ -57,11 +57,11 @@ public:
 
     // What they are now is meant to stay; a line about each.
     std::string keep() {
-        std::string lines;
-        for (const Before &before : befores_) {
+        for (const Before &before : befores_)
             modes_.changed(before.feature.name, before.feature.reach);
+        std::string lines;
+        for (const Before &before : befores_)
             lines += changeText(before.feature.name, before.value, textOf(before.feature));
-        }
         return lines;
     }
 

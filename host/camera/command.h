@@ -33,7 +33,7 @@ int onCamera(const CameraRequest &request,
  */
 int tellWhy(const Session &session);
 
-/** \throws CommandError (kFailed) when the user has asked to stop (SIGINT, SIGTERM) */
+/** \throws CommandError (kFailed) when the user has asked to stop (SIGINT, SIGTERM, SIGHUP) */
 void stopIfAsked();
 
 /** What stands in front of a result: which camera it is of. */

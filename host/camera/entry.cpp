@@ -16,13 +16,17 @@ namespace {
 
 volatile std::sig_atomic_t stopAsked = 0;
 
-// Asked once, a command stops at the next safe place; asked twice, the process ends at once.
+// Asked once, a command stops at the next safe place; asked twice, the process ends at once. A
+// signal that is ignored, as nohup does, stays so.
 void stopCleanly() {
     struct sigaction action = {};
     action.sa_handler = [](int) { stopAsked = 1; };
     action.sa_flags = static_cast<int>(SA_RESETHAND) | SA_RESTART;
-    for (const int signal : {SIGINT, SIGTERM})
-        (void)sigaction(signal, &action, nullptr);
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+        struct sigaction present = {};
+        if (sigaction(signal, nullptr, &present) == 0 && present.sa_handler == SIG_DFL)
+            (void)sigaction(signal, &action, nullptr);
+    }
 }
 
 void startLogging(const LogOptions &log) {
@@ -58,6 +62,7 @@ int onCamera(const CameraRequest &request,
     Modes modes(session.nodeMap());
     int status = kDone;
     try {
+        stopIfAsked(); // while the camera was looked for
         status = work(session, modes);
     } catch (...) {
         status = tellWhy(session);

@@ -20,15 +20,16 @@ int run(const GammaRequest &request) {
     const Property &gamma = propertyNamed("gammaCorrection");
     return onCamera(request, [&](Session &session, Modes &modes) {
         const Reading before = readProperty(session, modes, gamma);
-        if (std::holds_alternative<std::monostate>(before.minimum))
+        const bool hasRange = !std::holds_alternative<std::monostate>(before.minimum);
+        if (!hasRange && std::holds_alternative<std::monostate>(before.value))
             throw CommandError{kFailed, "this camera has no gamma: " + before.problem + "."};
         if (!request.value) {
-            writeOut(cameraLine(session) + "Gamma: " + gammaText(before) + " (" +
-                     rangeText(before) + ")\n");
+            writeOut(cameraLine(session) + "Gamma: " + gammaText(before) +
+                     (hasRange ? " (" + rangeText(before) + ")" : "") + "\n");
             return kDone;
         }
         writeProperty(session, modes, before, checkedValue(before, *request.value));
-        const Reading after = readProperty(session, modes, gamma);
+        const Reading after = readBack(session, modes, gamma);
         modes.keepChanges();
         writeOut(cameraLine(session) + changeText("Gamma", gammaText(before), gammaText(after)));
         return kDone;

@@ -139,13 +139,16 @@ int run(const GetRequest &request) {
                 stopIfAsked();
                 readings.push_back(readProperty(session, modes, *property));
             }
-            // A property that was asked for by name is missed when it has no value.
+            // A property that was asked for by name is missed when it has no value; an error is one
+            // in any case.
             int worst = kDone;
             for (const Reading &reading : readings) {
-                if (request.properties.empty() || reading.problem.empty())
+                const bool missed = !request.properties.empty() && !reading.problem.empty();
+                if (!missed && !reading.failed)
                     continue;
-                tell(std::string(reading.property->name) + " has no value: " + reading.problem +
-                     ".");
+                const bool hasValue = !std::holds_alternative<std::monostate>(reading.value);
+                tell(std::string(reading.property->name) +
+                     (hasValue ? " has no range: " : " has no value: ") + reading.problem + ".");
                 worst = kFailed;
             }
             result = request.json ? asJson(session, readings) : asTable(session, readings);

@@ -39,8 +39,10 @@ public:
     explicit Modes(const GenApi_3_0::CNodeMapRef &nodeMap) : nodeMap_(nodeMap) {}
 
     /**
-     * Switches what is needed and the camera has, and remembers what it was. What cannot be reached
-     * because the camera lacks a mode is not told here: the feature itself will be missing.
+     * Switches what is needed and the camera has, and remembers what it was. Automatic functions
+     * that have been switched on for another feature are put back first: while they are on, a
+     * camera may not let exposure time and gain be set. What cannot be reached because the camera
+     * lacks a mode is not told here: the feature itself will be missing.
      */
     void reach(Reach reach);
 
@@ -49,6 +51,9 @@ public:
 
     /** The value that the feature has, or will have when all is put back. */
     RawValue read(const char *feature, Reach reach);
+
+    /** The same, but of a feature that is not switched at the moment as the camera has it now. */
+    RawValue readAnew(const char *feature, Reach reach);
 
     /** Remembers a feature and writes it. */
     void write(const char *feature, Reach reach, const RawValue &value);
@@ -75,6 +80,10 @@ private:
         Reach reach;
         RawValue before;
         std::optional<RawValue> after; ///< what it is meant to stay
+        bool switched = false;         ///< at the moment, to reach another feature
+        bool touched = false;          ///< something else than reach() may have changed it
+
+        const RawValue &settled() const { return after ? *after : before; }
     };
 
     /** What could not be put back. */
@@ -86,6 +95,12 @@ private:
 
     Failures putBackOnce();
     Remembered *find(const std::string &feature, Reach reach);
+    void keep(const char *feature, Reach reach);
+    void keepWhatAutomationMoves();
+    void putBackWhatAutomationMoved();
+    void leaveAutomation();
+    bool isAutomatic(const char *automation);
+    void switchFor(Reach reach);
     void select(const char *feature, Reach reach, const char *entry);
 
     const GenApi_3_0::CNodeMapRef &nodeMap_;

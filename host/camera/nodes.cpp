@@ -38,14 +38,15 @@ bool isWritable(const CNodeMapRef &nodeMap, const char *feature) {
     return IsWritable(nodeMap._GetNode(feature));
 }
 
-RawValue readRaw(const CNodeMapRef &nodeMap, const char *feature) {
+RawValue readRaw(const CNodeMapRef &nodeMap, const char *feature, Cache cache) {
+    const bool ignored = cache == Cache::Ignored;
     if (auto *floating = find<IFloat>(nodeMap, feature))
-        return floating->GetValue(false, false);
+        return floating->GetValue(false, ignored);
     if (auto *integer = find<IInteger>(nodeMap, feature))
-        return integer->GetValue(false, false);
+        return integer->GetValue(false, ignored);
     if (auto *boolean = find<IBoolean>(nodeMap, feature))
-        return boolean->GetValue(false, false);
-    return std::string(find<IEnumeration>(nodeMap, feature)->ToString(false, false).c_str());
+        return boolean->GetValue(false, ignored);
+    return std::string(find<IEnumeration>(nodeMap, feature)->ToString(false, ignored).c_str());
 }
 
 void writeRaw(const CNodeMapRef &nodeMap, const char *feature, const RawValue &value) {

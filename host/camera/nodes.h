@@ -32,8 +32,12 @@ GenApi_3_0::EAccessMode accessOf(const GenApi_3_0::CNodeMapRef &nodeMap, const c
 bool isReadable(const GenApi_3_0::CNodeMapRef &nodeMap, const char *feature);
 bool isWritable(const GenApi_3_0::CNodeMapRef &nodeMap, const char *feature);
 
+/** Whether a register's value that has been read before may be used again. */
+enum class Cache { Used, Ignored };
+
 /** \pre the feature is not missing */
-RawValue readRaw(const GenApi_3_0::CNodeMapRef &nodeMap, const char *feature);
+RawValue readRaw(const GenApi_3_0::CNodeMapRef &nodeMap, const char *feature,
+                 Cache cache = Cache::Used);
 
 /**
  * Writes a value of the feature's own kind, verified by the camera's description.

@@ -29,8 +29,22 @@ class Restoring {
 public:
     Restoring(const Session &session, Modes &modes) : session_(session), modes_(modes) {}
 
-    // Sets what differs.
+    // Sets what differs, and looks afterwards whether it is still so: a setting may move another.
     void settings(const std::vector<SavedValue> &saved) {
+        const auto refused = setAll(saved);
+        for (const SavedValue &value : saved) {
+            stopIfAsked();
+            if (std::find(refused.begin(), refused.end(), &value) == refused.end())
+                setAgain(value);
+        }
+    }
+
+    const std::vector<std::string> &changes() const { return changes_; }
+    const std::vector<std::string> &refusals() const { return refusals_; }
+
+private:
+    // Returns what the camera refuses to the end.
+    std::vector<const SavedValue *> setAll(const std::vector<SavedValue> &saved) {
         std::vector<const SavedValue *> waiting;
         waiting.reserve(saved.size());
         for (const SavedValue &value : saved)
@@ -48,15 +62,33 @@ public:
                                     whatBecomesOf(*value->setting) + ": " + reason);
             }
             if (refused.empty() || refused.size() == waiting.size())
-                return;
+                return refused;
             waiting = std::move(refused);
         }
     }
 
-    const std::vector<std::string> &changes() const { return changes_; }
-    const std::vector<std::string> &refusals() const { return refusals_; }
+    void setAgain(const SavedValue &value) {
+        const SavedSetting &setting = *value.setting;
+        const auto differs = [&] {
+            const RawValue present = modes_.readAnew(setting.feature, setting.reach);
+            return textOf(setting, present) != textOf(setting, ofKind(present, value));
+        };
+        std::string reason = "the camera does not keep " + textOf(setting, value.raw);
+        try {
+            if (!differs())
+                return;
+            modes_.write(setting.feature, setting.reach, value.raw);
+            if (!differs())
+                return;
+        } catch (const GenICam_3_0::TimeoutException &) {
+            throw;
+        } catch (const GenICam_3_0::GenericException &error) {
+            reason = reasonOf(error);
+        }
+        refusals_.push_back(std::string(setting.name) + " " + whatBecomesOf(setting) + ": " +
+                            reason);
+    }
 
-private:
     // A whole number in the file may stand for a float of the camera.
     static RawValue ofKind(const RawValue &present, const SavedValue &value) {
         const auto *whole = std::get_if<int64_t>(&value.raw);

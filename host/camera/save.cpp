@@ -29,7 +29,7 @@ void writeFile(const std::string &name, const std::string &text) {
 }
 
 // The settings that can be reached on this camera and, if ever, be restored.
-std::vector<SavedValue> readSettings(const Session &session, Modes &modes) {
+std::vector<SavedValue> readSettings(const Session &session, Modes &modes, std::string &leftOut) {
     std::vector<SavedValue> values;
     const auto &nodeMap = session.nodeMap();
     for (const SavedSetting &setting : savedSettings()) {
@@ -40,6 +40,8 @@ std::vector<SavedValue> readSettings(const Session &session, Modes &modes) {
             modes.reach(setting.reach);
             if (isReadable(nodeMap, setting.feature) && isWritable(nodeMap, setting.feature))
                 values.push_back({&setting, modes.read(setting.feature, setting.reach)});
+            else
+                leftOut += (leftOut.empty() ? "" : ", ") + std::string(setting.name);
         } catch (const GenICam_3_0::TimeoutException &) {
             throw;
         } catch (const GenICam_3_0::GenericException &error) {
@@ -78,10 +80,11 @@ std::vector<SavedTable> readTables(const Session &session, Modes &modes) {
 int run(const SaveRequest &request) {
     return onCamera(request, [&](Session &session, Modes &modes) {
         SavedCamera camera;
+        std::string leftOut;
         camera.manufacturer = session.info().manufacturer;
         camera.model = session.info().model;
         camera.serial = session.info().serial;
-        camera.settings = readSettings(session, modes);
+        camera.settings = readSettings(session, modes, leftOut);
         if (request.table)
             camera.tables = readTables(session, modes);
         writeFile(request.file, asFile(camera));
@@ -92,6 +95,8 @@ int run(const SaveRequest &request) {
         writeOut(cameraLine(session) + std::to_string(camera.settings.size()) + " settings and " +
                  std::to_string(entries) + " entries of the lookup table saved to " + request.file +
                  "\n");
+        if (!leftOut.empty())
+            writeOut("Left out, since it cannot be set at present: " + leftOut + "\n");
         return kDone;
     });
 }

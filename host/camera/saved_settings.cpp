@@ -162,6 +162,7 @@ const std::vector<SavedSetting> &savedSettings() {
         {"gainAutoSource", "gainAutoSource", Reach::AutoGain, nullptr},
         {"ExposureAuto", "ExposureAuto", Reach::Brightness, nullptr},
         {"GainAuto", "GainAuto", Reach::Brightness, nullptr},
+        {"autoBrightnessMode", "autoBrightnessMode", Reach::Direct, nullptr},
         {"Width", "Width", Reach::Direct, "px"},
         {"Height", "Height", Reach::Direct, "px"},
         {"OffsetX", "OffsetX", Reach::Direct, "px"},
@@ -178,7 +179,6 @@ const std::vector<SavedSetting> &savedSettings() {
         {"lutSize", "lutSize", Reach::UserTable, nullptr},
         {"lutType", "lutType", Reach::Direct, nullptr},
         {"lutMode", "lutMode", Reach::Direct, nullptr},
-        {"autoBrightnessMode", "autoBrightnessMode", Reach::Direct, nullptr},
     };
     return settings;
 }

@@ -19,7 +19,7 @@ int run(const SetRequest &request) {
             const Reading before = readProperty(session, modes, *properties[i]);
             const PropertyValue value = checkedValue(before, request.assignments[i].second);
             writeProperty(session, modes, before, value);
-            const Reading after = readProperty(session, modes, *properties[i]);
+            const Reading after = readBack(session, modes, *properties[i]);
             result += changeText(properties[i]->name, quantityText(before, before.value),
                                  quantityText(after, after.value));
         }

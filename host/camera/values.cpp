@@ -35,11 +35,28 @@ void readIntegerRange(CExCam &camera, Reading &reading) {
         reading.problem = meaningOf(code);
         return;
     }
-    if (min > max) // more than 32 bits hold: the camera class delivers the low ones
-        return;
     reading.minimum = min;
     reading.maximum = max;
     reading.increment = inc;
+}
+
+// Of numbers that 32 bits do not hold the camera class delivers the low ones; the range is then
+// what 32 bits hold of the camera's.
+void limitRange(const GenApi_3_0::CNodeMapRef &nodeMap, Reading &reading) {
+    using Limits = std::numeric_limits<int32_t>;
+    const IntegerLimits limits = integerLimits(nodeMap, reading.property->feature);
+    const auto within = [](int64_t value) {
+        return static_cast<int32_t>(std::clamp<int64_t>(value, Limits::min(), Limits::max()));
+    };
+    const bool beyond = within(limits.min) != limits.min || within(limits.max) != limits.max;
+    if (!beyond)
+        return;
+    if (reading.access == GenApi_3_0::RO) { // nobody has to keep to it
+        reading.minimum = reading.maximum = reading.increment = {};
+        return;
+    }
+    reading.minimum = within(limits.min);
+    reading.maximum = within(limits.max);
 }
 
 void readFloatRange(CExCam &camera, Reading &reading) {
@@ -129,14 +146,14 @@ void fill(const Session &session, Modes &modes, Reading &reading) {
 
     modes.reach(property.reach);
     reading.access = accessOf(session.nodeMap(), property.feature);
-    if (reading.kind == Kind::Integer)
+    if (reading.kind == Kind::Integer) {
         readIntegerRange(camera, reading);
-    else if (reading.kind == Kind::Float)
+        limitRange(session.nodeMap(), reading);
+    } else if (reading.kind == Kind::Float) {
         readFloatRange(camera, reading);
-    else
+    } else {
         reading.entries = entriesOf(session.nodeMap(), property.feature);
-    if (!reading.problem.empty())
-        reading.value = {}; // a gamma of which nobody knows whether it counts
+    }
     if (gamma || !reading.problem.empty())
         return;
 
@@ -146,6 +163,15 @@ void fill(const Session &session, Modes &modes, Reading &reading) {
         readNumber(camera, reading);
     else
         reading.value = plainValue(modes.read(property.feature, property.reach));
+}
+
+// Cameras lock what their automatic functions set.
+std::string lockedText(const Reading &reading) {
+    const bool automatic = reading.property->type == KxTd::GAIN_PROPERTY_TYPE ||
+                           reading.property->type == KxTd::EXPOSURE_TIME_PROPERTY_TYPE;
+    if (!automatic || reading.access != GenApi_3_0::RO)
+        return "";
+    return ", probably because the camera sets it by itself; 'kxinfo auto SERIAL off' ends that";
 }
 
 CommandError refusal(const Reading &reading, const std::string &text) {
@@ -274,7 +300,17 @@ Reading readProperty(const Session &session, Modes &modes, const Property &prope
     } catch (const GenICam_3_0::GenericException &error) {
         reading.value = {};
         reading.problem = reasonOf(error);
+        reading.failed = true;
     }
+    return reading;
+}
+
+Reading readBack(const Session &session, Modes &modes, const Property &property) {
+    Reading reading = readProperty(session, modes, property);
+    if (reading.failed)
+        throw CommandError{kFailed, std::string(property.name) +
+                                        " was set, but cannot be read back: " + reading.problem +
+                                        "."};
     return reading;
 }
 
@@ -315,8 +351,11 @@ PropertyValue checkedValue(const Reading &reading, const std::string &text) {
     const std::string name = reading.property->name;
     if (reading.kind == Kind::Missing)
         throw CommandError{kFailed, name + " cannot be set: " + reading.problem + "."};
+    if (reading.failed)
+        throw CommandError{kFailed, name + " cannot be set: " + reading.problem + "."};
     if (reading.access != GenApi_3_0::RW && reading.access != GenApi_3_0::WO)
-        throw CommandError{kWrongUsage, name + " cannot be set: " + whyNot(reading.access) + "."};
+        throw CommandError{kWrongUsage, name + " cannot be set: " + whyNot(reading.access) +
+                                            lockedText(reading) + "."};
     switch (reading.kind) {
     case Kind::Boolean:
         return checkedBoolean(reading, text);

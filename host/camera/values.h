@@ -25,6 +25,7 @@ struct Reading {
     PropertyValue minimum, maximum, increment;
     std::vector<std::string> entries; ///< of an enumeration: what it may be set to
     std::string problem;              ///< why there is no value, as a clause
+    bool failed = false;              ///< the problem is an error, not the camera's present state
 };
 
 /**
@@ -34,6 +35,13 @@ struct Reading {
  *         end up in Reading::problem
  */
 Reading readProperty(const Session &session, Modes &modes, const Property &property);
+
+/**
+ * The same of a property that has just been written.
+ *
+ * \throws CommandError (kFailed) also when it cannot be read
+ */
+Reading readBack(const Session &session, Modes &modes, const Property &property);
 
 /** A value for people: rounded, without its unit; "-" for none. */
 std::string valueText(const PropertyValue &value);

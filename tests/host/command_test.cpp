@@ -86,7 +86,7 @@ TEST(CommandLine, HelpsWithExamplesAndExitStatuses) {
   kxinfo get S1234567 Gain        shows a property
   kxinfo set S1234567 Gain=6      sets it, in decibels
   kxinfo save S1234567 camera.json
-                                  writes all settings to a file, for 'kxinfo restore'
+                                  writes its settings to a file, for 'kxinfo restore'
 
 'kxinfo COMMAND --help' tells the options of a command and shows an example.
 

@@ -76,10 +76,14 @@ TEST_F(Gamma, IsMissedOnACameraWithoutIt) {
                   kxinfo({"gamma", "S1234"}));
         EXPECT_THAT(camera.changes(), IsEmpty());
     }
+}
+
+TEST_F(Gamma, IsShownButNotSetWhereWhatTheTableDoesCannotBeRead) {
     WatchedCamera camera({without("lutType"), alwaysAvailable("TableIsGamma")});
+    EXPECT_EQ((Result{0, "Camera S1234 (C1936)\nGamma: 0.45\n", ""}), kxinfo({"gamma", "S1234"}));
     EXPECT_EQ((Result{3, "",
-                      "kxinfo: this camera has no gamma: what the lookup table does cannot be "
-                      "read.\n"}),
+                      "kxinfo: gammaCorrection cannot be set: its range cannot be read, what the "
+                      "lookup table does cannot be read.\n"}),
               kxinfo({"gamma", "S1234", "1"}));
     EXPECT_THAT(camera.changes(), IsEmpty());
 }

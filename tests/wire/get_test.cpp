@@ -292,12 +292,12 @@ TEST_F(Get, SaysWhatACameraLacks) {
 
 Property         Value  Minimum  Maximum  Step  Unit  Access  Kind
 Gain                 -        -        -     -    dB      NI  missing
-gammaCorrection      -        -        -     -     -      RW  float
+gammaCorrection   0.45        -        -     -     -      RW  float
 ReverseX             -        -        -     -     -      NI  missing
 )",
                       "kxinfo: Gain has no value: the camera has no such feature, or has it as "
                       "another kind.\n"
-                      "kxinfo: gammaCorrection has no value: what the lookup table does cannot be "
+                      "kxinfo: gammaCorrection has no range: what the lookup table does cannot be "
                       "read.\n"
                       "kxinfo: ReverseX has no value: the camera has no such feature, or has it as "
                       "another kind.\n"}),

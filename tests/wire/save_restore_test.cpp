@@ -27,7 +27,10 @@ protected:
         return {0,
                 "Camera S1234 (C1936)\n" + std::to_string(settings) + " settings and " +
                     std::to_string(entries) + " entries of the lookup table saved to " + file +
-                    "\n",
+                    "\n" +
+                    (settings == 25 ? "Left out, since it cannot be set at present: "
+                                      "balanceWhitePeriod\n"
+                                    : ""),
                 ""};
     }
 
@@ -133,6 +136,7 @@ TEST_F(SaveRestore, TellsWhatItRestores) {
                        "gainAutoSource: SensorAll -> DigitalAll\n"
                        "ExposureAuto: Continuous -> Off\n"
                        "GainAuto: Continuous -> Off\n"
+                       "autoBrightnessMode: Active -> Off\n"
                        "OffsetX: 128 px -> 0 px\n"
                        "OffsetY: 64 px -> 0 px\n"
                        "ReverseX: true -> false\n"
@@ -147,11 +151,46 @@ TEST_F(SaveRestore, TellsWhatItRestores) {
                        "lutSize: Bpp12 -> Bpp8\n"
                        "lutType: GammaCorrection -> UserDefined\n"
                        "lutMode: Active -> Off\n"
-                       "autoBrightnessMode: Active -> Off\n"
                        "Width: 640 px -> 1936 px\n"
                        "Height: 480 px -> 1216 px\n"
                        "lookup table: 6 entries\n"),
               kxinfo({"restore", "S1234", file}));
+}
+
+TEST_F(SaveRestore, BringsBackWhatAutomaticFunctionsLock) {
+    WatchedCamera camera(
+        {smallTables(), lockedBy("ExposureTime", "ExposureAuto"), lockedBy("Gain", "GainAuto")});
+    const std::string before = camera.snapshot();
+    const std::string file = fileIn(camera);
+    ASSERT_EQ(saved(file, 25, 48), kxinfo({"save", "S1234", file}));
+    EXPECT_EQ(before, camera.snapshot());
+    ASSERT_EQ(0, kxinfo({"set", "S1234", "ExposureTime=5000", "Gain=3"}).status);
+    ASSERT_EQ(0, kxinfo({"auto", "S1234", "on"}).status);
+
+    EXPECT_EQ(restored("autoBrightnessSequence: Exposure_Gain_Iris -> Gain_Exposure_Iris\n"
+                       "ExposureAuto: Continuous -> Off\n"
+                       "GainAuto: Continuous -> Off\n"
+                       "autoBrightnessMode: Active -> Off\n"
+                       "ExposureTime: 5000 us -> 10000 us\n"
+                       "Gain: 3 dB -> 6.0206 dB\n"),
+              kxinfo({"restore", "S1234", file}));
+    EXPECT_EQ(before, camera.snapshot());
+}
+
+TEST_F(SaveRestore, SavesExposureTimeAndGainOfACameraWithoutABrightnessMode) {
+    WatchedCamera camera({smallTables(), without("autoBrightnessMode"),
+                          alwaysAvailable("BrightnessIsAutomatic"),
+                          lockedBy("ExposureTime", "ExposureAuto"), lockedBy("Gain", "GainAuto")});
+    const std::string before = camera.snapshot();
+    const std::string file = fileIn(camera);
+    ASSERT_EQ(0, kxinfo({"save", "S1234", file, "--no-table"}).status);
+    EXPECT_EQ(before, camera.snapshot());
+    ASSERT_EQ(0, kxinfo({"set", "S1234", "ExposureTime=5000", "Gain=3"}).status);
+
+    EXPECT_EQ(restored("ExposureTime: 5000 us -> 10000 us\n"
+                       "Gain: 3 dB -> 6.0206 dB\n"),
+              kxinfo({"restore", "S1234", file}));
+    EXPECT_EQ(before, camera.snapshot());
 }
 
 TEST_F(SaveRestore, LeavesTheTableOutWhenAsked) {
@@ -179,16 +218,16 @@ TEST_F(SaveRestore, WritesAFileAsTheSchemaSays) {
         changed[ordered_json::json_pointer(path)] = value;
         return violations(changed.dump(), "settings.schema.json");
     };
-    ASSERT_EQ("Gain", whole["settings"][17]["name"]);
-    EXPECT_EQ("", with("/settings/17/value", "-Infinity"));
-    EXPECT_EQ("", with("/settings/17/value", 3));
+    ASSERT_EQ("Gain", whole["settings"][18]["name"]);
+    EXPECT_EQ("", with("/settings/18/value", "-Infinity"));
+    EXPECT_EQ("", with("/settings/18/value", 3));
     EXPECT_EQ("", with("/comment", "mine"));
     EXPECT_NE("", with("/version", 2));
-    EXPECT_NE("", with("/settings/17/name", "Gaim"));
-    EXPECT_NE("", with("/settings/17/value", nullptr));
-    EXPECT_NE("", with("/settings/17/value", "much"));
-    EXPECT_NE("", with("/settings/17/raw", "2"));
-    EXPECT_NE("", with("/settings/17/raww", 2));
+    EXPECT_NE("", with("/settings/18/name", "Gaim"));
+    EXPECT_NE("", with("/settings/18/value", nullptr));
+    EXPECT_NE("", with("/settings/18/value", "much"));
+    EXPECT_NE("", with("/settings/18/raw", "2"));
+    EXPECT_NE("", with("/settings/18/raww", 2));
     EXPECT_NE("", with("/lookupTables/0/channel", "red"));
     EXPECT_NE("", with("/lookupTables/0/entries/0", 0.5));
 }

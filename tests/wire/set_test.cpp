@@ -67,6 +67,34 @@ TEST_F(Set, TakesTheEndsOfARangeAsTheyAreShown) {
                             "Gain[SensorAll]: 2 -> 8"));
 }
 
+TEST_F(Set, SetsWhatAutomaticFunctionsLockBesideTheirLimits) {
+    for (const bool limitFirst : {true, false}) {
+        WatchedCamera camera({lockedBy("ExposureTime", "ExposureAuto")});
+        std::vector<std::string> settings = {"exposureAutoMinValue=200", "ExposureTime=5000"};
+        std::string lines[] = {"exposureAutoMinValue: 100 us -> 200 us\n",
+                               "ExposureTime: 10000 us -> 5000 us\n"};
+        if (!limitFirst) {
+            std::swap(settings[0], settings[1]);
+            std::swap(lines[0], lines[1]);
+        }
+        EXPECT_EQ(done(lines[0] + lines[1]), kxinfo({"set", "S1234", settings[0], settings[1]}));
+        EXPECT_THAT(camera.changes(),
+                    ElementsAre("ExposureTime: 10000 -> 5000", "exposureAutoMinValue: 100 -> 200"));
+    }
+}
+
+TEST_F(Set, SaysWhatLocksAnExposureTime) {
+    WatchedCamera camera({lockedBy("ExposureTime", "ExposureAuto")});
+    ASSERT_EQ(0, kxinfo({"auto", "S1234", "on"}).status);
+    camera.changes();
+
+    EXPECT_EQ((Result{2, "",
+                      "kxinfo: ExposureTime cannot be set: it can only be read, probably because "
+                      "the camera sets it by itself; 'kxinfo auto SERIAL off' ends that.\n"}),
+              kxinfo({"set", "S1234", "ExposureTime=5000"}));
+    EXPECT_THAT(camera.changes(), IsEmpty());
+}
+
 TEST_F(Set, PutsDecibelsOnTheNearestStepOfTheFactor) {
     WatchedCamera camera;
 

@@ -72,6 +72,11 @@ Replacement alwaysAvailable(const std::string &condition) {
     return {"<pIsAvailable>" + condition + "</pIsAvailable>", ""};
 }
 
+Replacement lockedBy(const std::string &feature, const std::string &automation) {
+    const std::string value = "<pValue>" + feature + "Reg</pValue>";
+    return {value, "<pIsLocked>" + automation + "Reg</pIsLocked>" + value};
+}
+
 Replacement without(const std::string &node) {
     return {"Name=\"" + node + "\"", "Name=\"no" + node + "\""};
 }

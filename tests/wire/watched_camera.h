@@ -66,6 +66,9 @@ Replacement refusesWrites(const std::string &feature);
 /** Makes what is available on a condition, a node of the description, available in any case. */
 Replacement alwaysAvailable(const std::string &condition);
 
+/** Locks a feature while an automatic function is on "Continuous", as cameras do. */
+Replacement lockedBy(const std::string &feature, const std::string &automation);
+
 /** Takes a node out of the description: its users find that the camera lacks it. */
 Replacement without(const std::string &node);
 
