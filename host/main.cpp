@@ -31,7 +31,7 @@ int serve(const Request &request) {
     try {
         return std::visit(Serve{}, request);
     } catch (const PluginError &error) {
-        tell(error.what());
+        tell(error.what(), error.list());
         return kWrongUsage;
     }
 }

@@ -26,15 +26,15 @@ const char *const kPlaces[] = {
 // A library that kxinfo comes with.
 std::string findOwn(const std::string &library, const std::string &complaint) {
     const fs::path folder = fs::read_symlink("/proc/self/exe").parent_path();
-    std::string looked;
+    std::vector<std::string> looked;
     for (const char *place : kPlaces) {
         std::string file = (folder / (place + library)).lexically_normal();
         std::error_code ignored;
         if (fs::exists(file, ignored))
             return file;
-        looked += "\n  " + file;
+        looked.push_back(std::move(file));
     }
-    throw PluginError(complaint + " kxinfo looked for:" + looked);
+    throw PluginError(complaint + " kxinfo looked for:", looked);
 }
 
 std::string findOwnPlugin() {

@@ -5,6 +5,8 @@
 #include <optional>
 #include <stdexcept>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "camera_commands.h"
 #include "kx_proc.h"
@@ -14,7 +16,14 @@ namespace kxinfo {
 /** Why a plug-in cannot be used, as sentences for the user. */
 class PluginError : public std::runtime_error {
 public:
-    using std::runtime_error::runtime_error;
+    explicit PluginError(const std::string &sentences, std::vector<std::string> list = {})
+        : std::runtime_error(sentences), list_(std::move(list)) {}
+
+    /** What stands in lines below the sentences. */
+    const std::vector<std::string> &list() const { return list_; }
+
+private:
+    std::vector<std::string> list_;
 };
 
 /** How a call of the plug-in ended. */

@@ -38,10 +38,7 @@ std::string serialsOf(const std::vector<GEV_CAMERA_INFO> &cameras) {
 
 GEV_CAMERA_INFO chosen(const std::vector<GEV_CAMERA_INFO> &cameras, const std::string &serial) {
     if (cameras.empty())
-        throw CommandError{kNoCamera,
-                           "no Dalsa camera answered. Check that the camera has power, is on this "
-                           "computer's network, and that no firewall keeps its answer away; then "
-                           "try again."};
+        throw CommandError{kNoCamera, kNoDalsaCamera};
     std::vector<GEV_CAMERA_INFO> whole;
     std::vector<GEV_CAMERA_INFO> begun;
     for (const GEV_CAMERA_INFO &camera : cameras) {

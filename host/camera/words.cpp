@@ -1,18 +1,21 @@
 #include "words.h"
 
-#include <cstdio>
-
 #include "Base/GCException.h"
 
 namespace kxinfo {
 
-void tell(const std::string &sentences) {
-    (void)fprintf(stderr, "kxinfo: %s\n", sentences.c_str());
-}
-
 std::string reasonOf(const std::exception &error) {
     const auto *raised = dynamic_cast<const GenICam_3_0::GenericException *>(&error);
     return raised ? raised->GetDescription() : error.what();
+}
+
+std::string shortened(const std::string &text) {
+    size_t end = 40;
+    if (text.size() <= end)
+        return text;
+    while (end > 0 && (static_cast<unsigned char>(text[end]) & 0xC0U) == 0x80)
+        --end; // inside a character
+    return text.substr(0, end) + "...";
 }
 
 std::string meaningOf(int code) {

@@ -5,6 +5,7 @@
 #include <exception>
 #include <string>
 
+#include "messages.h"
 #include "requests.h"
 
 namespace kxinfo {
@@ -15,14 +16,14 @@ struct CommandError {
     std::string text;
 };
 
-/** Sentences on standard error, after "kxinfo: ". */
-void tell(const std::string &sentences);
-
 /** The camera's own reason, as the platform raised it, without its place in a source file. */
 std::string reasonOf(const std::exception &error);
 
 /** Result codes of the camera class that all of its operations share, in words. */
 std::string meaningOf(int code);
+
+/** A text from a file, for a message: what is long is cut after some 40 bytes. */
+std::string shortened(const std::string &text);
 
 } // namespace kxinfo
 
