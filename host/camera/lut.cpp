@@ -5,10 +5,11 @@
 #include <strings.h>
 
 #include <charconv>
-#include <fstream>
 #include <set>
+#include <sstream>
 
 #include "command.h"
+#include "files.h"
 #include "lookup_table.h"
 #include "standard_output.h"
 #include "values.h"
@@ -17,6 +18,8 @@
 namespace kxinfo {
 
 namespace {
+
+const char *const kExpectedTable = "Expected is one value a line, or lines of index,value.";
 
 struct Entry {
     int index;
@@ -45,16 +48,14 @@ int wholeNumber(const std::string &text, const std::string &file, int line) {
     const auto [stop, error] = std::from_chars(digits.data(), digits.data() + digits.size(), value);
     if (error != std::errc() || stop != digits.data() + digits.size())
         throw wrong(file, line,
-                    "\"" + digits +
+                    "\"" + shortened(digits) +
                         "\" is no whole number; expected is one value, or "
                         "index,value.");
     return value;
 }
 
 TableFile readTable(const std::string &file) {
-    std::ifstream stream(file);
-    if (!stream)
-        throw CommandError{kWrongUsage, "\"" + file + "\" cannot be read. Check its name."};
+    std::istringstream stream(readFile(file, kExpectedTable));
     TableFile table{{}, true};
     std::set<int> indexes;
     int number = 0;
@@ -77,10 +78,8 @@ TableFile readTable(const std::string &file) {
             throw wrong(file, number, "index " + std::to_string(index) + " stands there twice.");
         table.entries.push_back({index, value, number});
     }
-    if (stream.bad() || table.entries.empty())
-        throw CommandError{kWrongUsage, "\"" + file +
-                                            "\" holds no values; expected is one a line, or "
-                                            "lines of index,value."};
+    if (table.entries.empty())
+        throw CommandError{kWrongUsage, "\"" + file + "\" holds no values. " + kExpectedTable};
     return table;
 }
 

@@ -2,11 +2,10 @@
 // of one may depend on another; what it refuses to the end is told, and the rest stays restored.
 
 #include <algorithm>
-#include <fstream>
-#include <sstream>
 
 #include "Base/GCException.h"
 #include "command.h"
+#include "files.h"
 #include "lookup_table.h"
 #include "saved_settings.h"
 #include "standard_output.h"
@@ -15,15 +14,6 @@
 namespace kxinfo {
 
 namespace {
-
-std::string readFile(const std::string &name) {
-    std::ifstream file(name, std::ios::binary);
-    std::ostringstream text;
-    text << file.rdbuf();
-    if (!file)
-        throw CommandError{kWrongUsage, "\"" + name + "\" cannot be read. Check its name."};
-    return text.str();
-}
 
 class Restoring {
 public:
@@ -228,7 +218,7 @@ int restore(const Session &session, Modes &modes, const SavedCamera &saved) {
 } // namespace
 
 int run(const RestoreRequest &request) {
-    const SavedCamera saved = fromFile(readFile(request.file), request.file);
+    const SavedCamera saved = fromFile(readFile(request.file, kExpectedFile), request.file);
     return onCamera(request, [&](Session &session, Modes &modes) {
         if (saved.model != session.info().model)
             tell("\"" + request.file + "\" was saved from a camera of another model, " +

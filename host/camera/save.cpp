@@ -1,12 +1,8 @@
-// kxinfo save: the file appears whole or not at all.
-
-#include <cerrno>
-#include <cstdio>
-#include <cstring>
-#include <fstream>
+// kxinfo save: the file is made before the camera is asked for thousands of entries.
 
 #include "Base/GCException.h"
 #include "command.h"
+#include "files.h"
 #include "lookup_table.h"
 #include "saved_settings.h"
 #include "standard_output.h"
@@ -15,18 +11,6 @@
 namespace kxinfo {
 
 namespace {
-
-void writeFile(const std::string &name, const std::string &text) {
-    const std::string unfinished = name + ".part";
-    std::ofstream file(unfinished, std::ios::binary | std::ios::trunc);
-    file << text;
-    file.close();
-    if (file && std::rename(unfinished.c_str(), name.c_str()) == 0)
-        return;
-    const std::string reason = strerror(errno);
-    (void)std::remove(unfinished.c_str());
-    throw CommandError{kFailed, "\"" + name + "\" cannot be written: " + reason + "."};
-}
 
 // The settings that can be reached on this camera and, if ever, be restored.
 std::vector<SavedValue> readSettings(const Session &session, Modes &modes, std::string &leftOut) {
@@ -78,6 +62,7 @@ std::vector<SavedTable> readTables(const Session &session, Modes &modes) {
 } // namespace
 
 int run(const SaveRequest &request) {
+    NewFile file(request.file);
     return onCamera(request, [&](Session &session, Modes &modes) {
         SavedCamera camera;
         std::string leftOut;
@@ -87,7 +72,9 @@ int run(const SaveRequest &request) {
         camera.settings = readSettings(session, modes, leftOut);
         if (request.table)
             camera.tables = readTables(session, modes);
-        writeFile(request.file, asFile(camera));
+        file.write(asFile(camera));
+        if (file.isStandardOutput())
+            return kDone;
 
         size_t entries = 0;
         for (const SavedTable &table : camera.tables)

@@ -5,7 +5,6 @@
 #ifndef KXINFO_HOST_CAMERA_SAVED_SETTINGS_H
 #define KXINFO_HOST_CAMERA_SAVED_SETTINGS_H
 
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -18,18 +17,21 @@ struct SavedSetting {
     const char *name;    ///< as users name it
     const char *feature; ///< the feature's name
     Reach reach;
-    const char *unit; ///< null: none
+    const char *unit; ///< of numbers; null: none. "dB" of a float: the camera has it as a factor
 };
 
 /**
- * All of them, in the order in which they are restored: the automatic functions before what these
- * may change while their limits are being set.
+ * All of them, in the order in which they are saved and restored: the automatic functions before
+ * what these may change while their limits are being set.
  */
 const std::vector<SavedSetting> &savedSettings();
 
-/** A setting's value as the camera itself has it; of a float without "raw" maybe a whole number. */
+/**
+ * A setting's value as the camera itself has it. One exception, from a file that was edited: a whole
+ * number without "raw" is in the setting's unit, since only the camera knows whether it is a float.
+ */
 struct SavedValue {
-    const SavedSetting *setting;
+    const SavedSetting *setting; ///< one of savedSettings()
     RawValue raw;
 };
 
@@ -47,20 +49,24 @@ struct SavedCamera {
     std::vector<SavedTable> tables;
 };
 
-/** The camera's own number for a value in the camera class's unit. */
+/** The camera's own number for one in the setting's unit; infinite when it is beyond all floats. */
 double rawOf(const SavedSetting &setting, float value);
 
-/** The value for people, in the camera class's units and with its unit. */
+/** The camera's own value for people: in the setting's unit, and with it. */
 std::string textOf(const SavedSetting &setting, const RawValue &raw);
 
 /** The file's text. */
 std::string asFile(const SavedCamera &camera);
 
+/** What a file should be, as a sentence for the user. */
+extern const char *const kExpectedFile;
+
 /**
- * What a file holds, checked whole.
+ * What a file holds, whatever somebody has put into it: checked whole, each setting and each table
+ * there at most once, the settings in the order of savedSettings().
  *
  * \param name  of the file, for messages
- * \throws CommandError (kWrongUsage)
+ * \throws CommandError (kWrongUsage); its text is short, however long the file's texts are
  */
 SavedCamera fromFile(const std::string &text, const std::string &name);
 

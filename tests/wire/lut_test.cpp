@@ -116,9 +116,9 @@ TEST_F(Lut, IsRefusedAFileThatIsNone) {
         std::string content;
         std::string why;
     } cases[] = {
-        {"", "\"FILE\" holds no values; expected is one a line, or lines of index,value."},
+        {"", "\"FILE\" is empty. Expected is one value a line, or lines of index,value."},
         {"# nothing\nindex,value\n",
-         "\"FILE\" holds no values; expected is one a line, or lines of index,value."},
+         "\"FILE\" holds no values. Expected is one value a line, or lines of index,value."},
         {"1\nx\n",
          "FILE, line 2: \"x\" is no whole number; expected is one value, or index,value."},
         {"1.5\n",
@@ -126,6 +126,9 @@ TEST_F(Lut, IsRefusedAFileThatIsNone) {
         {"0,\n", "FILE, line 1: \"\" is no whole number; expected is one value, or index,value."},
         {"0,1,2\n",
          "FILE, line 1: \"1,2\" is no whole number; expected is one value, or index,value."},
+        {std::string(1000, '1') + "\n", "FILE, line 1: \"" + std::string(40, '1') +
+                                            "...\" is no whole number; expected is one value, or "
+                                            "index,value."},
         {"99999999999\n", "FILE, line 1: \"99999999999\" is no whole number; expected is one "
                           "value, or index,value."},
         {"1\n0,1\n", "FILE, line 2: index and value, but the lines before hold one value each."},
@@ -138,11 +141,16 @@ TEST_F(Lut, IsRefusedAFileThatIsNone) {
         why.replace(why.find("FILE"), 4, file);
         EXPECT_EQ((Result{2, "", "kxinfo: " + why + "\n"}), kxinfo({"lut", "S1234", "load", file}));
     }
-    EXPECT_EQ(
-        (Result{2, "",
-                "kxinfo: \"" + folder.path() +
-                    "\" holds no values; expected is one a line, or lines of index,value.\n"}),
-        kxinfo({"lut", "S1234", "load", folder.path()}));
+    const std::string expected = "Expected is one value a line, or lines of index,value.";
+    for (const auto &[file, why] :
+         {std::pair(folder.path(), std::string("cannot be read: Is a directory.")),
+          std::pair(folder.path() + "/none",
+                    std::string("cannot be read: No such file or directory.")),
+          std::pair(std::string("/proc/self/mem"),
+                    std::string("cannot be read: Input/output error.")),
+          std::pair(std::string("/dev/zero"), "is longer than 16 MiB. " + expected)})
+        EXPECT_EQ((Result{2, "", "kxinfo: \"" + file + "\" " + why + "\n"}),
+                  kxinfo({"lut", "S1234", "load", file}));
 }
 
 TEST_F(Lut, IsRefusedAFileThatDoesNotFitItAndNothingChangedInWhateverState) {

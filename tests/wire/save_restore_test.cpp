@@ -3,6 +3,9 @@
 #include "watched_camera.h"
 #include "wire.h"
 
+#include <sys/stat.h>
+
+#include <algorithm>
 #include <chrono>
 #include <csignal>
 #include <filesystem>
@@ -21,6 +24,14 @@ class SaveRestore : public Wire {
 protected:
     static std::string fileIn(const WatchedCamera &camera) {
         return camera.folder().path() + "/camera.json";
+    }
+
+    static std::vector<std::string> namesIn(const TemporaryFolder &folder) {
+        std::vector<std::string> names;
+        for (const auto &entry : std::filesystem::directory_iterator(folder.path()))
+            names.push_back(entry.path().filename());
+        std::sort(names.begin(), names.end());
+        return names;
     }
 
     static Result saved(const std::string &file, int settings, int entries) {
@@ -261,7 +272,7 @@ TEST_F(SaveRestore, TakesAFileWithoutRawAndWithSomeSettingsOnly) {
         "camera": {"manufacturer": "Dalsa", "model": "C1936", "serial": "any"},
         "settings": [{"name": "Gain", "value": 12}, {"name": "ExposureTime", "value": 5000}]})");
 
-    EXPECT_EQ(restored("Gain: 6.0206 dB -> 12 dB\nExposureTime: 10000 us -> 5000 us\n"),
+    EXPECT_EQ(restored("ExposureTime: 10000 us -> 5000 us\nGain: 6.0206 dB -> 12 dB\n"),
               kxinfo({"restore", "S1234", file}));
     EXPECT_THAT(camera.changes(),
                 ElementsAre("ExposureTime: 10000 -> 5000", "Gain[SensorAll]: 2 -> 3.981072"));
@@ -355,25 +366,43 @@ TEST_F(SaveRestore, RefusesAFileThatIsNoneOfItsOwn) {
     const auto with = [&](const std::string &settings) {
         return R"({"version": 1, )" + camera + R"(, "settings": [)" + settings + "]}";
     };
+    const auto tables = [&](const std::string &content) {
+        return R"({"version": 1, )" + camera + R"(, "settings": [], "lookupTables": [)" + content +
+               "]}";
+    };
+    const auto beyond = [](const std::string &place, const std::string &number) {
+        return "holds a number beyond those of cameras in " + place + ": " + number + ".";
+    };
     const struct {
         std::string content;
         std::string why;
     } cases[] = {
-        {"", "is no JSON document."},
+        {"", "is empty."},
         {"Width=640\n", "is no JSON document."},
         {R"({"version": 1, "camera": {"manufac)", "is no JSON document."},
         {"[]", "has no \"version\" in the document."},
         {"{}", "has no \"version\" in the document."},
         {R"({"version": 2})", "is of version 2, this kxinfo reads version 1."},
         {R"({"version": "1"})", "is of version \"1\", this kxinfo reads version 1."},
+        {R"({"version": {"a": 1}})", "is of version an object, this kxinfo reads version 1."},
+        {R"({"version": ")" + std::string(1000, 'x') + "\"}",
+         "is of version \"" + std::string(39, 'x') + "..., this kxinfo reads version 1."},
+        {R"({"version": 1e999})", "holds a number beyond all that JSON readers take."},
         {R"({"version": 1})", "has no \"camera\" in the document."},
         {R"({"version": 1, "camera": {"manufacturer": 7}})", "has no text in \"camera\"."},
+        {R"({"version": 1, "camera": {"manufacturer": ")" + std::string(1000, 'x') + "\"}}",
+         "has a text of 1000 bytes in \"camera\", no camera has one of more than 256."},
         {R"({"version": 1, )" + camera + "}", "has no \"settings\" in the document."},
         {R"({"version": 1, )" + camera + R"(, "settings": {}})", "has no list in \"settings\"."},
         {with("7"), "has no \"name\" in a setting."},
         {with(R"({"name": 7})"), "has no text in a setting's \"name\"."},
         {with(R"({"name": "Gaim", "value": 6})"),
          "holds a setting \"Gaim\" that kxinfo does not know."},
+        {with("{\"name\": \"\u00e9" + std::string(100, 'x') + "\", \"value\": 6}"),
+         "holds a setting \"\u00e9" + std::string(38, 'x') + "...\" that kxinfo does not know."},
+        {with(R"({"name": "Gain", "value": 6}, {"name": "Width", "value": 640},
+                 {"name": "Gain", "value": 6})"),
+         "holds the setting \"Gain\" twice."},
         {with(R"({"name": "Gain"})"), "has no \"value\" in the setting \"Gain\"."},
         {with(R"({"name": "Gain", "value": null})"),
          "holds neither a number nor a text, true or false as \"value\" of the setting \"Gain\"."},
@@ -385,12 +414,30 @@ TEST_F(SaveRestore, RefusesAFileThatIsNoneOfItsOwn) {
          "has no list in \"lookupTables\"."},
         {R"({"version": 1, )" + camera + R"(, "settings": [], "lookupTables": [{}]})",
          "has no \"channel\" in a lookup table."},
-        {R"({"version": 1, )" + camera +
-             R"(, "settings": [], "lookupTables": [{"channel": null, "entries": [1, 2.5]}]})",
+        {with(R"({"name": "Width", "value": 18446744073709551615})"),
+         beyond("the setting \"Width\"", "18446744073709551615")},
+        {with(R"({"name": "ExposureTime", "value": 1e39})"),
+         beyond("the setting \"ExposureTime\"", "1e+39")},
+        {with(R"({"name": "ExposureTime", "value": -1e39, "raw": 5})"),
+         beyond("the setting \"ExposureTime\"", "-1e+39")},
+        {with(R"({"name": "Gain", "value": 1000.0})"), // as a factor
+         beyond("the setting \"Gain\"", "1000.0")},
+        {tables(R"({"channel": null, "entries": [1, 2.5]})"),
          "holds an entry of a lookup table that is none: 2.5."},
-        {R"({"version": 1, )" + camera +
-             R"(, "settings": [], "lookupTables": [{"channel": null, "entries": [9999999999]}]})",
-         "holds an entry of a lookup table that is none: 9999999999."},
+        {tables(R"({"channel": null, "entries": [[1]]})"),
+         "holds an entry of a lookup table that is none: a list."},
+        {tables(R"({"channel": null, "entries": [1e300]})"),
+         "holds an entry of a lookup table that is none: 1e+300."},
+        {tables(R"({"channel": null, "entries": [9999999999]})"),
+         beyond("a lookup table's \"entries\"", "9999999999")},
+        {tables(R"({"channel": null, "entries": [-9999999999]})"),
+         beyond("a lookup table's \"entries\"", "-9999999999")},
+        {tables(R"({"channel": null, "entries": [18446744073709551615]})"),
+         beyond("a lookup table's \"entries\"", "18446744073709551615")},
+        {tables(R"({"channel": "Red", "entries": [1]}, {"channel": "Red", "entries": [2]})"),
+         "holds the lookup table \"Red\" twice."},
+        {tables(R"({"channel": null, "entries": [1]}, {"channel": null, "entries": [1]})"),
+         "holds the lookup table of all colours twice."},
     };
     for (const auto &wrong : cases) {
         const std::string file = folder.file("camera.json", wrong.content);
@@ -399,36 +446,234 @@ TEST_F(SaveRestore, RefusesAFileThatIsNoneOfItsOwn) {
                               " Expected is a file that 'kxinfo save' wrote.\n"}),
                   kxinfo({"restore", "S1234", file}));
     }
+}
+
+TEST_F(SaveRestore, RefusesAFileThatNestsDeeplyWhereverItDoes) {
+    const TemporaryFolder folder;
+    const std::string camera = R"("camera": {"manufacturer": "D", "model": "C", "serial": "S"})";
+    const auto nested = [](int depth, const std::string &open, const std::string &close) {
+        std::string text;
+        for (int i = 0; i < depth; ++i)
+            text += open;
+        text += "1";
+        for (int i = 0; i < depth; ++i)
+            text += close;
+        return text;
+    };
+    const auto setting = [&](const std::string &members) {
+        return R"({"version": 1, )" + camera + R"(, "settings": [{"name": "Gain", )" + members +
+               "}]}";
+    };
+    const std::string tooDeep = "nests lists or objects more than 16 deep.";
+    const std::string lists = nested(300000, "[", "]");
+    const struct {
+        std::string content;
+        std::string why;
+    } cases[] = {
+        {lists, tooDeep},
+        {lists.substr(0, 300000), tooDeep},
+        {"{\"version\": " + lists + "}", tooDeep},
+        {"{\"version\": " + nested(300000, "{\"a\": ", "}") + "}", tooDeep},
+        {setting("\"value\": " + lists), tooDeep},
+        {setting("\"value\": " + lists + ", \"raw\": 2"), tooDeep},
+        {setting("\"value\": 6, \"raw\": " + lists + ", \"unit\": 2"), tooDeep},
+        {R"({"version": 1, )" + camera +
+             R"(, "settings": [], "lookupTables": [{"channel": null, "entries": )" + lists + "}]}",
+         tooDeep},
+        {nested(17, "[", "]"), tooDeep},
+        {nested(16, "[", "]"), "has no \"version\" in the document."},
+    };
+    for (const auto &wrong : cases) {
+        const std::string file = folder.file("camera.json", wrong.content);
+        EXPECT_EQ((Result{2, "",
+                          "kxinfo: \"" + file + "\" " + wrong.why +
+                              " Expected is a file that 'kxinfo save' wrote.\n"}),
+                  kxinfo({"restore", "S1234", file}));
+    }
+}
+
+TEST_F(SaveRestore, TellsWhyAFileCannotBeRead) {
+    const TemporaryFolder folder;
+    const auto expectUnreadable = [](const std::string &file, const std::string &why) {
+        EXPECT_EQ((Result{2, "", "kxinfo: \"" + file + "\" " + why + "\n"}),
+                  kxinfo({"restore", "S1234", file}));
+    };
+    expectUnreadable(folder.path(), "cannot be read: Is a directory.");
+    expectUnreadable(folder.path() + "/none", "cannot be read: No such file or directory.");
+    // Not even root may read this one.
+    expectUnreadable("/proc/sys/net/ipv4/route/flush", "cannot be read: Permission denied.");
+    expectUnreadable("/proc/self/mem", "cannot be read: Input/output error.");
+    expectUnreadable("/dev/null", "is empty. Expected is a file that 'kxinfo save' wrote.");
+    expectUnreadable("/dev/zero",
+                     "is longer than 16 MiB. Expected is a file that 'kxinfo save' wrote.");
+}
+
+TEST_F(SaveRestore, ShowsNamesWithoutWhatWouldSteerATerminal) {
     EXPECT_EQ(
         (Result{2, "",
-                "kxinfo: \"" + folder.path() +
-                    "\" is no JSON document. Expected is a file that 'kxinfo save' wrote.\n"}),
-        kxinfo({"restore", "S1234", folder.path()}));
+                "kxinfo: \"/none/\\x1b[2J\\n\\t\\x7f\\xc2\\x9b\\xff\\xe0\\x80\\x9b\\xed\\xa0\\x80 "
+                "\u00e9\u20ac\U0001f4f7\\xf0\\x9f\\x93\" cannot be read: No such file or "
+                "directory.\n"}),
+        kxinfo({"restore", "S1234",
+                "/none/\x1b[2J\n\t\x7f\xc2\x9b\xff\xe0\x80\x9b\xed\xa0\x80 "
+                "\u00e9\u20ac\U0001f4f7\xf0\x9f\x93"}));
+
+    const TemporaryFolder folder;
+    const std::string file = folder.file("camera.json", R"({"version": 1,
+        "camera": {"manufacturer": "D", "model": "C", "serial": "S"},
+        "settings": [{"name": "\u001b[2J\n\u009b", "value": 6}]})");
+    EXPECT_EQ((Result{2, "",
+                      "kxinfo: \"" + file +
+                          "\" holds a setting \"\\x1b[2J\\n\\xc2\\x9b\" that kxinfo does not know. "
+                          "Expected is a file that 'kxinfo save' wrote.\n"}),
+              kxinfo({"restore", "S1234", file}));
+}
+
+TEST_F(SaveRestore, RestoresInItsOwnOrderWhateverThatOfTheFile) {
+    WatchedCamera camera({smallTables()});
+    const std::string file = changed(camera, [](ordered_json &document) {
+        settingOf(document, "Gain")["value"] = 12;
+        settingOf(document, "Height")["value"] = 480;
+        settingOf(document, "ExposureAuto")["value"] = "Continuous";
+        auto &settings = document["settings"];
+        std::reverse(settings.begin(), settings.end());
+    });
+
+    EXPECT_EQ(restored("ExposureAuto: Off -> Continuous\n"
+                       "Height: 1216 px -> 480 px\n"
+                       "Gain: 6.0206 dB -> 12 dB\n"),
+              kxinfo({"restore", "S1234", file}));
+}
+
+TEST_F(SaveRestore, BringsAValueBackThatIsNoNumberInItsUnit) {
+    WatchedCamera camera({smallTables()});
+    const std::string file = changed(camera, [](ordered_json &document) {
+        settingOf(document, "Gain")["value"] = "-Infinity";
+        settingOf(document, "Gain")["raw"] = 0;
+        settingOf(document, "BalanceRatio[Red]")["value"] = "NaN";
+        settingOf(document, "BalanceRatio[Red]")["raw"] = -1;
+        settingOf(document, "ExposureTime")["value"] = "Infinity";
+        settingOf(document, "ExposureTime")["raw"] = 1e300;
+    });
+
+    const Result result = kxinfo({"restore", "S1234", file});
+
+    EXPECT_EQ(restored("", "kxinfo: ExposureTime stays 10000 us: Cannot write 'ExposureTime': "
+                           "1e+300 is outside 20 to 33333.\n"
+                           "kxinfo: Gain stays 6.0206 dB: Cannot write 'Gain': 0 is outside 1 to "
+                           "8.\n"
+                           "kxinfo: BalanceRatio[Red] stays 3.52183 dB: Cannot write "
+                           "'BalanceRatio': -1 is outside 1 to 4.\n"),
+              result);
 }
 
 TEST_F(SaveRestore, LeavesAFileThatItCannotReplaceAsItWas) {
     WatchedCamera camera({smallTables()});
-    // A folder of that name stands in the way of the rename.
-    const std::string file = fileIn(camera);
-    std::filesystem::create_directories(file + "/inside");
+    const TemporaryFolder folder;
+    const auto expectUnwritable = [&](const std::string &file, const std::string &why) {
+        EXPECT_EQ((Result{3, "", "kxinfo: \"" + file + "\" cannot be written: " + why + ".\n"}),
+                  kxinfo({"save", "S1234", file}));
+        EXPECT_THAT(camera.changes(), IsEmpty());
+    };
+    expectUnwritable(folder.path(), "Is a directory");
+    expectUnwritable(folder.path() + "/none/camera.json", "No such file or directory");
+    expectUnwritable(folder.file("mine", "mine") + "/camera.json", "Not a directory");
+    expectUnwritable("", "No such file or directory");
+    std::filesystem::create_symlink("circle", folder.path() + "/circle");
+    expectUnwritable(folder.path() + "/circle", "Too many levels of symbolic links");
+    expectUnwritable("/dev/full", "No space left on device");
+    EXPECT_THAT(namesIn(folder), ElementsAre("circle", "mine"));
+}
 
-    EXPECT_EQ((Result{3, "", "kxinfo: \"" + file + "\" cannot be written: Is a directory.\n"}),
-              kxinfo({"save", "S1234", file}));
-    EXPECT_TRUE(std::filesystem::exists(file + "/inside"));
-    EXPECT_FALSE(std::filesystem::exists(file + ".part"));
-    EXPECT_THAT(camera.changes(), IsEmpty());
+TEST_F(SaveRestore, FindsOutThatAFileCannotBeMadeBeforeACameraIsLookedFor) {
+    // There is none.
+    EXPECT_EQ((Result{3, "",
+                      "kxinfo: \"/none/camera.json\" cannot be written: No such file or "
+                      "directory.\n"}),
+              kxinfo({"save", "S1234", "/none/camera.json"}));
 
-    const std::string nowhere = camera.folder().path() + "/none/camera.json";
-    EXPECT_EQ(
-        (Result{3, "",
-                "kxinfo: \"" + nowhere + "\" cannot be written: No such file or directory.\n"}),
-        kxinfo({"save", "S1234", nowhere}));
+    const TemporaryFolder folder;
+    const std::string file = folder.file("camera.json", "mine");
+    EXPECT_EQ(1, kxinfo({"save", "S1234", file}).status);
+    EXPECT_EQ("mine", readFile(file));
+    EXPECT_THAT(namesIn(folder), ElementsAre("camera.json"));
+}
 
-    const std::string kept = camera.folder().file("kept.json", "mine");
-    std::filesystem::create_directory(kept + ".part"); // what is written first cannot be
-    EXPECT_EQ((Result{3, "", "kxinfo: \"" + kept + "\" cannot be written: Is a directory.\n"}),
-              kxinfo({"save", "S1234", kept}));
-    EXPECT_EQ("mine", readFile(kept));
+TEST_F(SaveRestore, LeavesTheOldFileWhenTheNewOneFindsNoRoom) {
+    const WatchedCamera camera({smallTables()});
+    const TemporaryFolder folder;
+    const std::string file = folder.file("camera.json", "mine");
+    const std::string other = folder.file("camera.json.part", "mine too");
+
+    EXPECT_EQ((Result{3, "", "kxinfo: \"" + file + "\" cannot be written: File too large.\n"}),
+              run({"/bin/sh", "-c", "trap '' XFSZ; ulimit -f 1; exec \"$0\" save S1234 \"$1\"",
+                   KXINFO_PROGRAM, file}));
+    EXPECT_EQ("mine", readFile(file));
+    EXPECT_EQ("mine too", readFile(other));
+    EXPECT_THAT(namesIn(folder), ElementsAre("camera.json", "camera.json.part"));
+}
+
+TEST_F(SaveRestore, KeepsAFilesModeAndGivesANewOneTheUsersOwn) {
+    namespace fs = std::filesystem;
+    const WatchedCamera camera({smallTables()});
+    const TemporaryFolder folder;
+    const std::string file = folder.path() + "/camera.json";
+    const auto save = [&] {
+        return run(
+            {"/bin/sh", "-c", "umask 027; exec \"$0\" save S1234 \"$1\"", KXINFO_PROGRAM, file});
+    };
+    const auto mode = [&] { return static_cast<unsigned>(fs::status(file).permissions()); };
+
+    EXPECT_EQ(saved(file, 25, 48), save());
+    EXPECT_EQ(0640u, mode());
+    fs::permissions(file, fs::perms(0604));
+    EXPECT_EQ(saved(file, 25, 48), save());
+    EXPECT_EQ(0604u, mode());
+}
+
+TEST_F(SaveRestore, WritesWhatASymbolicLinkNames) {
+    namespace fs = std::filesystem;
+    const WatchedCamera camera({smallTables()});
+    const TemporaryFolder folder;
+    fs::create_directory(folder.path() + "/real");
+    fs::create_symlink("real/file", folder.path() + "/link");
+    fs::create_symlink("link", folder.path() + "/link to link");
+    const std::string link = folder.path() + "/link to link";
+    const std::string file = folder.path() + "/real/file";
+
+    EXPECT_EQ(saved(link, 25, 48), kxinfo({"save", "S1234", link})) << "the link names nothing yet";
+    const std::string text = readFile(file);
+    EXPECT_EQ("", violations(text, "settings.schema.json"));
+    std::ofstream(file) << "old";
+    EXPECT_EQ(saved(link, 25, 48), kxinfo({"save", "S1234", link}));
+    EXPECT_EQ(text, readFile(file));
+    EXPECT_TRUE(fs::is_symlink(link));
+    EXPECT_TRUE(fs::is_symlink(folder.path() + "/link"));
+    EXPECT_FALSE(fs::is_symlink(file));
+    EXPECT_THAT(namesIn(folder), ElementsAre("link", "link to link", "real"));
+}
+
+TEST_F(SaveRestore, WritesToADeviceAPipeAndStandardOutputAsTheyAre) {
+    const WatchedCamera camera({smallTables()});
+    const TemporaryFolder folder;
+    const std::string file = folder.path() + "/camera.json";
+    ASSERT_EQ(saved(file, 25, 48), kxinfo({"save", "S1234", file}));
+    const std::string text = readFile(file);
+
+    EXPECT_EQ(saved("/dev/null", 25, 48), kxinfo({"save", "S1234", "/dev/null"}));
+    EXPECT_TRUE(std::filesystem::is_character_file("/dev/null"));
+
+    EXPECT_EQ((Result{0, text, ""}), kxinfo({"save", "S1234", "/dev/stdout"}));
+    EXPECT_EQ((Result{0, text, ""}),
+              run({"/bin/sh", "-c", "\"$0\" save S1234 /dev/stdout | cat", KXINFO_PROGRAM}));
+
+    const std::string pipe = folder.path() + "/pipe";
+    ASSERT_EQ(0, mkfifo(pipe.c_str(), 0600));
+    EXPECT_EQ((Result{0, text, ""}),
+              run({"/bin/sh", "-c", "\"$0\" save S1234 \"$1\" > \"$2\" & cat \"$1\"; wait",
+                   KXINFO_PROGRAM, pipe, folder.path() + "/lines"}));
+    EXPECT_EQ(saved(pipe, 25, 48).out, readFile(folder.path() + "/lines"));
+    EXPECT_TRUE(std::filesystem::is_fifo(pipe));
 }
 
 TEST_F(SaveRestore, KeepsTheOldFileWhenTheCameraFallsSilentDuringSaving) {
@@ -442,7 +687,7 @@ TEST_F(SaveRestore, KeepsTheOldFileWhenTheCameraFallsSilentDuringSaving) {
     EXPECT_THAT(result.err, saysSilent("kxinfo: this could not be put back: .*\n"));
     EXPECT_THAT(ordered_json::parse(readFile(file)).dump(), HasSubstr("lookupTables"))
         << "of the run before";
-    EXPECT_FALSE(std::filesystem::exists(file + ".part"));
+    EXPECT_THAT(namesIn(folder), ElementsAre("camera.json"));
 }
 
 TEST_F(SaveRestore, SaysThatTheCameraFallsSilentDuringRestoring) {
@@ -503,6 +748,7 @@ TEST_F(SaveRestore, LeavesTheCameraAsItWasWhenTheUserInterruptsSaving) {
     camera.write({{reg::kLutMode, 1}, {reg::kLutType, 1}});
     const std::string before = camera.snapshot();
     const std::string file = fileIn(camera);
+    const auto names = namesIn(camera.folder());
 
     Process kxinfo(KXINFO_PROGRAM, {"save", "S1234", file});
     const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(10);
@@ -516,7 +762,7 @@ TEST_F(SaveRestore, LeavesTheCameraAsItWasWhenTheUserInterruptsSaving) {
     EXPECT_EQ("", end.output);
     EXPECT_EQ("kxinfo: stopped, as asked for.\n", end.errors);
     EXPECT_EQ(before, camera.snapshot());
-    EXPECT_FALSE(std::filesystem::exists(file));
+    EXPECT_EQ(names, namesIn(camera.folder()));
 }
 
 } // namespace
