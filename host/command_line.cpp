@@ -22,7 +22,7 @@ namespace {
 using Words = std::vector<std::string>;
 
 constexpr const char *kDescription =
-    "kxinfo lists DALSA GigE Vision cameras, shows which settings of a camera a user may change, "
+    "kxinfo lists Dalsa GigE Vision cameras, shows which settings of a camera a user may change, "
     "with their current values and permitted ranges, and changes them.";
 
 constexpr const char *kFooter = R"(Examples:
@@ -39,7 +39,7 @@ constexpr const char *kFooter = R"(Examples:
 
 Exit status:
   0  done
-  1  no camera was found, none with that serial number, or it cannot be opened
+  1  no camera was found, none or several with such a serial number, or it cannot be opened
   2  wrong usage: an unknown property, a value out of range, a plug-in that cannot be loaded;
      no setting was changed
   3  the camera or the plug-in failed, or not all could be done; the message says what)";
@@ -56,7 +56,8 @@ standard output holds the JSON document and nothing else; '--log stdout' then go
 error.
 
 With --all every camera is probed in a process of its own, side by side: one that fails does not
-hide the others. The exit status is the highest of theirs.
+hide the others. The exit status is the highest of theirs. The plug-in sees eight cameras at most:
+when it sees as many, kxinfo says that more may be there.
 
 Example:
   kxinfo probe S1234567 --log stdout --level debug)";
@@ -121,6 +122,26 @@ Example:
 // Makes the request when all options have been read. Throws UsageError.
 using Finish = std::function<Request()>;
 
+// "a, b or c".
+std::string alternatives(const Words &names) {
+    std::string text;
+    for (const std::string &name : names)
+        text += (text.empty() ? "" : &name == &names.back() ? " or " : ", ") + name;
+    return text;
+}
+
+// Refuses what is none of the names, in a sentence that begins with what is wrong with it.
+CLI::Validator oneOf(const Words &names, const std::string &wrong) {
+    return CLI::Validator(
+        [=](const std::string &given) -> std::string {
+            if (std::find(names.begin(), names.end(), given) == names.end())
+                throw UsageError{wrong + " \"" + given + "\"; expected is " + alternatives(names) +
+                                 "."};
+            return {};
+        },
+        "");
+}
+
 int logModeOf(const std::string &log) {
     const bool toStdout = log == "stdout" || log == "both";
     const bool toSyslog = log == "syslog" || log == "both";
@@ -147,14 +168,14 @@ std::function<LogOptions()> addLogOptions(CLI::App &command, bool levelNeedsLog)
                         "Where the plug-in's log goes: none (unless told otherwise), stdout, "
                         "syslog or both")
             ->type_name("SINK")
-            ->check(CLI::IsMember(Words{"none", "stdout", "syslog", "both"}));
+            ->check(oneOf({"none", "stdout", "syslog", "both"}, "--log is"));
     CLI::Option *levelOption =
         command
             .add_option("--level", *level,
                         "How much is logged: error, warning, info (unless told otherwise) or "
                         "debug")
             ->type_name("LEVEL")
-            ->check(CLI::IsMember(Words{"error", "warning", "info", "debug"}));
+            ->check(oneOf({"error", "warning", "info", "debug"}, "--level is"));
     return [=] {
         const bool levelGiven = levelOption->count() > 0;
         if (levelNeedsLog && levelGiven && logOption->count() == 0)
@@ -277,7 +298,7 @@ Finish addLut(CLI::App &command) {
     command.add_option("ACTION", *action, "show, off, user, gamma or load")
         ->required()
         ->type_name("")
-        ->check(CLI::IsMember(Words{"show", "off", "user", "gamma", "load"}));
+        ->check(oneOf({"show", "off", "user", "gamma", "load"}, "'lut' does not know the action"));
     CLI::Option *file =
         command.add_option("FILE", request->file, "With 'load': values of the table")
             ->type_name("");
@@ -286,7 +307,7 @@ Finish addLut(CLI::App &command) {
             .add_option("--channel", request->channel,
                         "With 'load': only this colour's table: red, green or blue")
             ->type_name("COLOUR")
-            ->check(CLI::IsMember(Words{"red", "green", "blue"}));
+            ->check(oneOf({"red", "green", "blue"}, "--channel is"));
     const auto log = addLogOptions(command, true);
     command.footer(kLutFooter);
     return [=] {
@@ -315,7 +336,8 @@ std::optional<RangeText> rangeOf(const CLI::Option &option, const std::string &t
     if (option.count() == 0)
         return std::nullopt;
     const size_t dots = text.find("..");
-    if (dots == text.npos || dots == 0 || dots + 2 == text.size())
+    // Of "0...5" nobody knows whether it is up to 5 or to .5.
+    if (dots == text.npos || dots == 0 || dots + 2 == text.size() || text[dots + 2] == '.')
         throw UsageError{option.get_name() + " is \"" + text +
                          "\"; expected is MIN..MAX, for example 100..20000."};
     return RangeText{text.substr(0, dots), text.substr(dots + 2)};
@@ -330,7 +352,7 @@ Finish addAuto(CLI::App &command) {
     command.add_option("STATE", *state, "on or off")
         ->required()
         ->type_name("")
-        ->check(CLI::IsMember(Words{"on", "off"}));
+        ->check(oneOf({"on", "off"}, "'auto' does not know the state"));
     CLI::Option *targetOption =
         command.add_option("--target", request->target, "Brightness to reach, 0 to 1")
             ->type_name("X");
@@ -406,12 +428,10 @@ constexpr Command kCommands[] = {
 };
 
 std::string namesOfCommands() {
-    std::string names;
-    for (const Command &command : kCommands) {
-        const bool last = &command == std::end(kCommands) - 1;
-        names += (names.empty() ? "'" : last ? " or '" : ", '") + std::string(command.name) + "'";
-    }
-    return names;
+    Words names;
+    for (const Command &command : kCommands)
+        names.push_back("'" + std::string(command.name) + "'");
+    return alternatives(names);
 }
 
 // What is missing when a required argument is.
@@ -444,6 +464,9 @@ UsageError explain(const CLI::App &app, const CLI::ParseError &error) {
             what = name + " does not take \"" + command.remaining().front() + "\"";
         else if (is(CLI::ExitCodes::RequiredError))
             what = name + " needs " + needOf(command.get_name(), what);
+        else if (is(CLI::ExitCodes::ArgumentMismatch)) // the text begins with the option's name
+            what = what.substr(0, what.find(':')) +
+                   (what.find("missing") != what.npos ? " needs a value" : " is given twice");
         return {what + ". Run 'kxinfo " + command.get_name() + " --help' for what is expected."};
     }
     const auto rest = app.remaining();

@@ -145,7 +145,7 @@ void showTables(const std::vector<CameraResult> &results) {
     }
 }
 
-void showJson(const std::vector<CameraResult> &results) {
+void showJson(const std::vector<CameraResult> &results, bool moreMayExist) {
     Json cameras = Json::array();
     for (const CameraResult &result : results) {
         cameras.push_back({{"serial", result.serial},
@@ -156,7 +156,7 @@ void showJson(const std::vector<CameraResult> &results) {
         for (std::string line; std::getline(lines, line);)
             (void)fprintf(stderr, "%s: %s\n", result.serial.c_str(), line.c_str());
     }
-    writeOut(jsonText({{"version", 1}, {"cameras", cameras}}));
+    writeOut(jsonText({{"version", 1}, {"moreMayExist", moreMayExist}, {"cameras", cameras}}));
 }
 
 } // namespace
@@ -169,11 +169,17 @@ int probeAll(const Plugin &plugin, const ProbeRequest &request) {
     if (listing.status != kDone && listing.status != kNoCamera)
         return listing.status;
 
-    const auto results = probeEach({listing.cameras, seenSerials(run.log)}, request);
+    const Network network{listing.cameras, seenSerials(run.log)};
+    const bool moreMayExist = network.seen.size() >= kMostCamerasSeen;
+    const auto results = probeEach(network, request);
     if (request.json)
-        showJson(results);
+        showJson(results, moreMayExist);
     else
         showTables(results);
+    if (moreMayExist)
+        tell("the plug-in sees eight cameras at most, and it sees as many: more may be there, "
+             "which 'kxinfo probe SERIAL' does not find either. To reach them, disconnect some of "
+             "these for the time, or set KXGIGE_INTERFACES to search one network at a time.");
     int status = listing.status;
     for (const CameraResult &result : results)
         status = std::max(status, result.status);

@@ -8,7 +8,8 @@
 namespace kxinfo {
 
 /**
- * Has the plug-in list the cameras, and probes each in a process of its own, side by side.
+ * Has the plug-in list the cameras, and probes each in a process of its own, side by side. Tells
+ * that more cameras may be there when the plug-in sees as many as it can.
  *
  * \return the exit status: the highest of theirs
  */

@@ -77,6 +77,7 @@ TEST(CommandLine, HelpsWithExamplesAndExitStatuses) {
     const Result help = kxinfo({"--help"});
     EXPECT_EQ(help.status, 0);
     EXPECT_EQ(help.err, "");
+    EXPECT_EQ(help.out.substr(0, help.out.find(',')), "kxinfo lists Dalsa GigE Vision cameras");
     EXPECT_EQ(help.out.substr(help.out.find("Examples:")),
               R"(Examples:
   kxinfo list                     lists the cameras that answer
@@ -92,7 +93,7 @@ TEST(CommandLine, HelpsWithExamplesAndExitStatuses) {
 
 Exit status:
   0  done
-  1  no camera was found, none with that serial number, or it cannot be opened
+  1  no camera was found, none or several with such a serial number, or it cannot be opened
   2  wrong usage: an unknown property, a value out of range, a plug-in that cannot be loaded;
      no setting was changed
   3  the camera or the plug-in failed, or not all could be done; the message says what
@@ -154,11 +155,22 @@ INSTANTIATE_TEST_SUITE_P(
                    "'list' does not take \"S1\". Run 'kxinfo list --help' for what is "
                    "expected."},
         WrongUsage{{"list", "--log", "file"},
-                   "--log: file not in {none,stdout,syslog,both}. Run 'kxinfo list --help' for "
-                   "what is expected."},
+                   "--log is \"file\"; expected is none, stdout, syslog or both."},
         WrongUsage{{"probe", "S1", "--log", "stdout", "--level", "loud"},
-                   "--level: loud not in {error,warning,info,debug}. Run 'kxinfo probe --help' "
-                   "for what is expected."},
+                   "--level is \"loud\"; expected is error, warning, info or debug."},
+        WrongUsage{{"lut", "S1", "dance"},
+                   "'lut' does not know the action \"dance\"; expected is show, off, user, gamma "
+                   "or load."},
+        WrongUsage{{"lut", "S1", "load", "curve", "--channel", "pink"},
+                   "--channel is \"pink\"; expected is red, green or blue."},
+        WrongUsage{{"lut", "S1", "load", "curve", "--channel"},
+                   "--channel needs a value. Run 'kxinfo lut --help' for what is expected."},
+        WrongUsage{{"auto", "S1", "on", "--target", "1", "--target", "0"},
+                   "--target is given twice. Run 'kxinfo auto --help' for what is expected."},
+        WrongUsage{{"auto", "S1", "maybe"},
+                   "'auto' does not know the state \"maybe\"; expected is on or off."},
+        WrongUsage{{"auto", "S1", "on", "--gain", "0...5"},
+                   "--gain is \"0...5\"; expected is MIN..MAX, for example 100..20000."},
         WrongUsage{{"probe", "S1", "--level", "debug"},
                    "--level says how much is logged, and needs --log to say where. Add '--log "
                    "stdout', for example."}));

@@ -27,6 +27,11 @@ const std::string kCannotBeOpened =
     "cannot be opened. Probably another program controls it: end that program, or wait some "
     "seconds if it crashed, and try again.";
 
+const std::string kMoreMayExist =
+    "kxinfo: the plug-in sees eight cameras at most, and it sees as many: more may be there, which "
+    "'kxinfo probe SERIAL' does not find either. To reach them, disconnect some of these for the "
+    "time, or set KXGIGE_INTERFACES to search one network at a time.\n";
+
 Result probe(const std::string &serial, const std::string &name,
              const std::vector<std::string> &options = {}) {
     std::vector<std::string> arguments{"probe", serial, "--plugin", plugin(name)};
@@ -89,6 +94,7 @@ TEST_F(ProbeAll, HasEveryCameraInItsJson) {
     };
     const json expected = {
         {"version", 1},
+        {"moreMayExist", false},
         {"cameras",
          {camera("S1", 0, json::array(), parametersOf("S1")),
           camera("S2", 3, {"the probe crashed, by signal 9 (Killed). " + kHint}, nullptr),
@@ -109,6 +115,7 @@ TEST_F(ProbeAll, WritesNumbersInItsJsonAsTheProbeOfOneCameraDoes) {
     const std::string one = probe("S1234567", "two_cameras", {"--json"}).out;
     std::string expected = R"({
   "version": 1,
+  "moreMayExist": false,
   "cameras": [
     {
       "serial": "S1234567",
@@ -159,7 +166,8 @@ TEST_F(ProbeAll, SaysThatThereIsNoCameraAsAProbeOfOneDoes) {
 
 TEST_F(ProbeAll, HasAnEmptyListInItsJsonWhenThereIsNoCamera) {
     EXPECT_EQ(probeAll("no_camera", {"--json"}),
-              (Result{1, "{\n  \"version\": 1,\n  \"cameras\": []\n}\n", kNoDalsaCamera}));
+              (Result{1, "{\n  \"version\": 1,\n  \"moreMayExist\": false,\n  \"cameras\": []\n}\n",
+                      kNoDalsaCamera}));
 }
 
 TEST_F(ProbeAll, FailsWhenThePluginCannotListTheCameras) {
@@ -200,7 +208,8 @@ TEST_F(ProbeAll, LooksOnceMoreForACameraThatAnswersLastOfMoreThanThePluginSees) 
     EXPECT_EQ(result,
               (Result{1, probe("S0", "nine_cameras").out + "\n" + probe("S1", "nine_cameras").out,
                       message("S2", "no camera has a serial number that begins with \"S2\". "
-                                    "Run 'kxinfo list' to see the cameras that answer.")}));
+                                    "Run 'kxinfo list' to see the cameras that answer.") +
+                          kMoreMayExist}));
 }
 
 TEST_F(ProbeAll, TakesNoSerialNumber) {

@@ -84,6 +84,9 @@ TEST_F(JsonDocuments, OfAProbeThatAreBrokenAreReported) {
     broken = all;
     broken["cameras"][0].erase("messages");
     EXPECT_NE("", violationsOf(broken, "probe.schema.json"));
+    broken = all;
+    broken.erase("moreMayExist");
+    EXPECT_NE("", violationsOf(broken, "probe.schema.json"));
 }
 
 } // namespace

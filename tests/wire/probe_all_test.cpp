@@ -14,6 +14,8 @@ class ProbeAll : public Wire {
 protected:
     static std::string addressOf(int number) { return "127.0.0.1" + std::to_string(number); }
 
+    static const std::string moreMayExist;
+
     static std::string serialOf(int number) { return "S" + std::to_string(number); }
 
     // What serves cameras S0 up to below S[count], but for one.
@@ -33,6 +35,11 @@ protected:
     }
 };
 
+const std::string ProbeAll::moreMayExist =
+    "kxinfo: the plug-in sees eight cameras at most, and it sees as many: more may be there, which "
+    "'kxinfo probe SERIAL' does not find either. To reach them, disconnect some of these for the "
+    "time, or set KXGIGE_INTERFACES to search one network at a time.\n";
+
 TEST_F(ProbeAll, ShowsEveryCameraAsAProbeOfItAloneDoes) {
     const Simcam simcam(cameras(8));
     ASSERT_EQ(0, kxinfo({"probe", "S0"}).status) << "the first probe leaves its traces";
@@ -40,12 +47,12 @@ TEST_F(ProbeAll, ShowsEveryCameraAsAProbeOfItAloneDoes) {
     for (int i = 0; i < 8; ++i)
         tables += (i ? "\n" : "") + kxinfo({"probe", serialOf(i)}).out;
 
-    EXPECT_EQ((Result{0, tables, ""}), kxinfo({"probe", "--all"}));
+    EXPECT_EQ((Result{0, tables, moreMayExist}), kxinfo({"probe", "--all"}));
 }
 
 TEST_F(ProbeAll, HasEveryCameraInItsJsonAsTheProbeOfItAloneHasIt) {
     const Simcam simcam(cameras(8));
-    json expected = {{"version", 1}, {"cameras", json::array()}};
+    json expected = {{"version", 1}, {"moreMayExist", true}, {"cameras", json::array()}};
     for (int i = 0; i < 8; ++i) {
         const json alone = json::parse(kxinfo({"probe", serialOf(i), "--json"}).out);
         ASSERT_EQ(15u, alone["parameters"].size());
@@ -58,7 +65,7 @@ TEST_F(ProbeAll, HasEveryCameraInItsJsonAsTheProbeOfItAloneHasIt) {
     const Result result = kxinfo({"probe", "--all", "--json"});
 
     EXPECT_EQ(0, result.status);
-    EXPECT_EQ("", result.err);
+    EXPECT_EQ(moreMayExist, result.err);
     EXPECT_EQ(expected, json::parse(result.out));
     EXPECT_EQ("", violations(result.out, "probe.schema.json"));
 }
@@ -78,7 +85,7 @@ TEST_F(ProbeAll, CompletesTheOthersWhenACameraFallsSilentInTheMiddle) {
     const Result result = kxinfo({"probe", "--all", "--json"});
 
     EXPECT_EQ(0, result.status);
-    EXPECT_EQ("", result.err);
+    EXPECT_EQ(moreMayExist, result.err);
     EXPECT_EQ("", violations(result.out, "probe.schema.json"));
     const json found = json::parse(result.out)["cameras"];
     ASSERT_EQ(8u, found.size());
@@ -121,7 +128,8 @@ TEST_F(ProbeAll, SaysThatThereIsNoCamera) {
         "network, and that no firewall keeps its answer away; then try again.\n";
 
     EXPECT_EQ((Result{1, "", sentence}), kxinfo({"probe", "--all"}));
-    EXPECT_EQ((Result{1, "{\n  \"version\": 1,\n  \"cameras\": []\n}\n", sentence}),
+    EXPECT_EQ((Result{1, "{\n  \"version\": 1,\n  \"moreMayExist\": false,\n  \"cameras\": []\n}\n",
+                      sentence}),
               kxinfo({"probe", "--all", "--json"}));
 }
 
@@ -148,13 +156,31 @@ TEST_F(ProbeAll, ShowsACameraInFrontOfOneWhoseSerialNumberBeginsTheSame) {
     EXPECT_EQ((Result{0, tables, ""}), kxinfo({"probe", "--all"}));
 }
 
-TEST_F(ProbeAll, ShowsTheEightCamerasThatThePluginSeesOfNine) {
+TEST_F(ProbeAll, ShowsTheEightCamerasThatThePluginSeesOfNineAndSaysThatMoreMayBeThere) {
     const Simcam simcam(cameras(9));
     std::string tables;
     for (int i = 0; i < 8; ++i)
         tables += (i ? "\n" : "") + kxinfo({"probe", serialOf(i)}).out;
 
-    EXPECT_EQ((Result{0, tables, ""}), kxinfo({"probe", "--all"}));
+    EXPECT_EQ((Result{0, tables, moreMayExist}), kxinfo({"probe", "--all"}));
+}
+
+TEST_F(ProbeAll, CountsCamerasOfOtherMakersWhereItSaysThatMoreMayBeThere) {
+    std::vector<std::string> arguments = {"--vendor", "Other"};
+    for (const std::string &argument : cameras(8))
+        arguments.push_back(argument);
+    Simcam foreign(arguments);
+    const Result none = kxinfo({"probe", "--all", "--json"});
+
+    EXPECT_EQ(1, none.status);
+    EXPECT_EQ("{\n  \"version\": 1,\n  \"moreMayExist\": true,\n  \"cameras\": []\n}\n", none.out);
+    EXPECT_THAT(none.err, testing::EndsWith(moreMayExist));
+
+    foreign.stop();
+    const Simcam seven(cameras(7));
+    const Result whole = kxinfo({"probe", "--all"});
+    EXPECT_EQ(0, whole.status);
+    EXPECT_EQ("", whole.err);
 }
 
 } // namespace
