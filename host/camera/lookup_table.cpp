@@ -4,6 +4,8 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <iterator>
+#include <limits>
 
 #include "words.h"
 
@@ -16,9 +18,27 @@ constexpr size_t kShownEvery = 64;
 // In the order of the camera class's channel numbers.
 constexpr const char *kChannels[] = {"Red", "Green", "Blue"};
 
+// Far more than the 4096 of 12 bits; what a description names beyond is no table.
+constexpr int64_t kMostEntries = 1 << 20;
+
 void check(int code) {
     if (code)
         throw CommandError{kFailed, "the lookup table cannot be used: " + meaningOf(code) + "."};
+}
+
+int clamped(int64_t value) {
+    using Limits = std::numeric_limits<int>;
+    return static_cast<int>(std::clamp<int64_t>(value, Limits::min(), Limits::max()));
+}
+
+int checkedSize(const IntegerLimits &indexes) {
+    if (indexes.min != 0 || indexes.max < 0 || indexes.max >= kMostEntries)
+        throw CommandError{kFailed, "the lookup table cannot be used: \"LUTIndex\" goes from " +
+                                        std::to_string(indexes.min) + " to " +
+                                        std::to_string(indexes.max) +
+                                        "; expected is a table from 0 on, of at most " +
+                                        std::to_string(kMostEntries) + " entries."};
+    return static_cast<int>(indexes.max) + 1;
 }
 
 } // namespace
@@ -48,11 +68,12 @@ LookupTable::LookupTable(const Session &session, Modes &modes)
     if (!isOn(session))
         throw CommandError{kFailed, "this camera has no lookup table whose entries can be written "
                                     "(\"LUTIndex\" and \"LUTValue\")."};
-    // Half a table must not be seen in the place of the gamma curve.
-    if (camera_.ExPropertyGetLUTMode() == KxTd::TD_LG_GAMMA) {
-        modes.remember("lutMode", Reach::Direct);
-        check(camera_.ExPropertySetLUTMode(KxTd::TD_LG_OFF));
-    }
+    modes.remember("lutMode", Reach::Direct); // first, so it is switched on again last
+    const bool whole = camera_.ExPropertyGetLUTMode() == KxTd::TD_LG_USER_LUT &&
+                       (kindOf(nodeMap, "lutSize") != Kind::Enumeration ||
+                        readRaw(nodeMap, "lutSize") == RawValue("Bpp12"));
+    if (!whole)
+        switchOff();
     modes.reach(Reach::WholeUserTable);
     modes.remember("LUTSelector", Reach::UserTable);
     modes.remember("LUTIndex", Reach::UserTable);
@@ -61,10 +82,16 @@ LookupTable::LookupTable(const Session &session, Modes &modes)
     for (const char *channel : kChannels)
         if (std::find(entries.begin(), entries.end(), channel) != entries.end())
             channels_.emplace_back(channel);
-    size_ = static_cast<int>(integerLimits(nodeMap, "LUTIndex").max) + 1;
+    size_ = checkedSize(integerLimits(nodeMap, "LUTIndex"));
     const IntegerLimits values = integerLimits(nodeMap, "LUTValue");
-    lowest_ = static_cast<int>(values.min);
-    highest_ = static_cast<int>(values.max);
+    lowest_ = clamped(values.min);
+    highest_ = clamped(values.max);
+}
+
+void LookupTable::switchOff() {
+    const KxTd::td_lg_states state = camera_.ExPropertyGetLUTMode();
+    if (state != KxTd::TD_LG_OFF && state != KxTd::TD_LG_UNKNOWN)
+        check(camera_.ExPropertySetLUTMode(KxTd::TD_LG_OFF));
 }
 
 int LookupTable::tables() const {
@@ -72,13 +99,27 @@ int LookupTable::tables() const {
 }
 
 void LookupTable::select(int table) {
-    check(camera_.ExPropertySetLUTChannel(table, tables()));
+    const auto &nodeMap = session_.nodeMap();
+    if (!channels_.empty()) {
+        const std::string &name = channels_[static_cast<size_t>(table)];
+        const auto channel = std::find(std::begin(kChannels), std::end(kChannels), name);
+        // The camera class leaves the selector of a single colour where it is.
+        if (channels_.size() > 1)
+            check(camera_.ExPropertySetLUTChannel(static_cast<int>(channel - kChannels), tables()));
+        else if (readRaw(nodeMap, "LUTSelector") != RawValue(name))
+            writeRaw(nodeMap, "LUTSelector", name);
+    }
     selected_ = table;
 }
 
 int LookupTable::read(int index) {
     writeRaw(session_.nodeMap(), "LUTIndex", int64_t{index});
-    return static_cast<int>(std::get<int64_t>(readRaw(session_.nodeMap(), "LUTValue")));
+    const int64_t value = std::get<int64_t>(readRaw(session_.nodeMap(), "LUTValue"));
+    if (value != clamped(value))
+        throw CommandError{kFailed, "entry " + std::to_string(index) +
+                                        " of the lookup table holds " + std::to_string(value) +
+                                        ", which is more than kxinfo can keep."};
+    return clamped(value);
 }
 
 void LookupTable::set(int index, int value) {
@@ -89,6 +130,8 @@ void LookupTable::write(int index, int value) {
     const int before = read(index);
     if (before == value)
         return;
+    if (written_.empty())
+        switchOff();
     set(index, value);
     written_.push_back({selected_, index, before});
 }
@@ -97,12 +140,17 @@ std::string LookupTable::undo() {
     const size_t count = written_.size();
     size_t left = 0;
     std::string reason;
+    bool ready = false; // later settings may have switched what reaching an entry needs
     for (; !written_.empty(); written_.pop_back()) {
         const WrittenEntry &entry = written_.back();
         try {
-            modes_.reach(Reach::WholeUserTable); // later settings may have ended it
-            if (entry.channel != selected_)
+            if (!ready) {
+                switchOff();
+                modes_.reach(Reach::WholeUserTable);
+            }
+            if (!ready || entry.channel != selected_)
                 select(entry.channel);
+            ready = true;
             set(entry.index, entry.before);
         } catch (const std::exception &error) {
             ++left;

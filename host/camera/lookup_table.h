@@ -44,9 +44,10 @@ public:
     static bool isOn(const Session &session);
 
     /**
-     * Switches to the user's table of 12 bits with \p modes, which must outlive it.
+     * Switches to the user's table of 12 bits with \p modes, which must outlive it. Pixels do not go
+     * through the table meanwhile, unless it is this one already and no entry of it is written.
      *
-     * \throws CommandError (kFailed) when the camera has none
+     * \throws CommandError (kFailed) when the camera has none, or one that is no table from 0 on
      */
     LookupTable(const Session &session, Modes &modes);
 
@@ -64,6 +65,7 @@ public:
     /** Selects a table, 0 to tables() - 1. */
     void select(int table);
 
+    /** \throws CommandError (kFailed) when the entry is beyond what an int holds */
     int read(int index);
 
     /** Writes an entry unless it holds the value already; keeps what it held for undo(). */
@@ -80,6 +82,8 @@ public:
     std::string undo();
 
 private:
+    // Half a table must not be seen.
+    void switchOff();
     void set(int index, int value);
 
     const Session &session_;

@@ -5,7 +5,11 @@
 
 #include <chrono>
 #include <csignal>
+#include <cstdlib>
 #include <numeric>
+
+#include <fcntl.h>
+#include <unistd.h>
 
 namespace {
 
@@ -24,6 +28,28 @@ protected:
         for (int value = 0; value < count; ++value)
             text += std::to_string(value) + "\n";
         return text;
+    }
+
+    // Leaves the selector the entries of these colours.
+    static Replacement onlyColours(const std::vector<std::string> &colours) {
+        const std::string whole = readFile(BUILT_IN_DESCRIPTION);
+        const size_t node = whole.find("<Enumeration Name=\"LUTSelector\">");
+        const size_t begin = whole.find("<EnumEntry", node);
+        const size_t end = whole.find("<pValue>", node);
+        std::string entries;
+        for (const std::string &colour : colours) {
+            const size_t entry = whole.find("<EnumEntry Name=\"" + colour + "\">", node);
+            entries += whole.substr(entry, whole.find("</EnumEntry>", entry) + 12 - entry);
+        }
+        return {whole.substr(begin, end - begin), entries};
+    }
+
+    // Makes other limits of LUTIndex or LUTValue.
+    static Replacement limits(const std::string &feature, const std::string &min,
+                              const std::string &max) {
+        const std::string value = "<pValue>" + feature + "Reg</pValue>\n    ";
+        return {value + "<Min>0</Min>\n    <pMax>LUTLimit</pMax>",
+                value + "<Min>" + min + "</Min>\n    <Max>" + max + "</Max>"};
     }
 
     static const Writes usersTableOn, gammaOn;
@@ -108,6 +134,126 @@ TEST_F(Lut, IsLoadedOnceForAllColoursWhereTheCameraHasOneTable) {
                       "to load the table of all colours.\n"}),
               kxinfo({"lut", "S1234", "load", file, "--channel", "red"}));
     EXPECT_THAT(camera.changes(), IsEmpty());
+}
+
+TEST_F(Lut, IsLoadedForTheColoursThatTheCameraHas) {
+    WatchedCamera two({smallTables(), onlyColours({"Blue", "Red"})});
+    const std::string file = two.folder().file("curve.csv", "1,5\n");
+
+    EXPECT_EQ(done("off -> the user's table, 1 entries of Red, Blue"),
+              kxinfo({"lut", "S1234", "load", file}));
+    EXPECT_THAT(two.changes(),
+                ElementsAre("LUTValue[Blue][1]: (none) -> 5", "LUTValue[Red][1]: (none) -> 5",
+                            "lutMode: Off -> Active", "lutSize: Bpp8 -> Bpp12"));
+}
+
+TEST_F(Lut, IsLoadedForTheOnlyColourAlsoWhenThatIsNotSelected) {
+    Replacement entries = onlyColours({"Blue"});
+    entries.by += "<EnumEntry Name=\"Grey\"><Value>0</Value></EnumEntry>\n";
+    WatchedCamera camera({smallTables(), entries});
+    const std::string file = camera.folder().file("curve.csv", "1,5\n");
+
+    EXPECT_EQ(done("off -> the user's table, 1 entries of Blue"),
+              kxinfo({"lut", "S1234", "load", file, "--channel", "blue"}));
+    EXPECT_THAT(camera.changes(), ElementsAre("LUTValue[Blue][1]: (none) -> 5",
+                                              "lutMode: Off -> Active", "lutSize: Bpp8 -> Bpp12"));
+}
+
+TEST_F(Lut, IsRefusedWhenItsIndexesAreThoseOfNoTable) {
+    const struct {
+        std::string min;
+        std::string max;
+    } cases[] = {{"1", "16"}, {"0", "1048576"}, {"0", "2147483647"}, {"0", "4294967295"}};
+    for (const auto &[min, max] : cases) {
+        SCOPED_TRACE(max);
+        WatchedCamera camera({limits("LUTIndex", min, max)});
+        const std::string file = camera.folder().file("curve.csv", "1,5\n");
+        camera.write(gammaOn);
+
+        EXPECT_EQ((Result{3, "",
+                          "kxinfo: the lookup table cannot be used: \"LUTIndex\" goes from " + min +
+                              " to " + max +
+                              "; expected is a table from 0 on, of at most 1048576 entries.\n"}),
+                  kxinfo({"lut", "S1234", "load", file}));
+        EXPECT_THAT(camera.changes(), IsEmpty());
+    }
+}
+
+TEST_F(Lut, TakesValuesUpToWhatAFileMayHoldWhereTheCameraTakesMore) {
+    WatchedCamera camera({smallTables(), limits("LUTValue", "0", "4294967295")});
+    const std::string file = camera.folder().file("curve.csv", "1,2147483647\n");
+
+    EXPECT_EQ(done("off -> the user's table, 1 entries of Red"),
+              kxinfo({"lut", "S1234", "load", file, "--channel", "red"}));
+    EXPECT_THAT(camera.changes(), testing::Contains("LUTValue[Red][1]: (none) -> 2147483647"));
+    EXPECT_EQ(
+        (Result{2, "", "kxinfo: " + file + ", line 1: value -1 is outside 0 to 2147483647.\n"}),
+        kxinfo({"lut", "S1234", "load", camera.folder().file("curve.csv", "1,-1\n")}));
+
+    camera.write({{reg::kLutValues + 8, 0x80000000}});
+    EXPECT_EQ((Result{3, "",
+                      "kxinfo: entry 2 of the lookup table holds 2147483648, which is more than "
+                      "kxinfo can keep.\n"}),
+              kxinfo({"lut", "S1234", "load", camera.folder().file("curve.csv", "2,1\n")}));
+    EXPECT_THAT(camera.changes(), IsEmpty());
+}
+
+TEST_F(Lut, ShowsOnATerminalHowFarLoadingHasCome) {
+    const int terminal = posix_openpt(O_RDWR | O_NOCTTY);
+    ASSERT_GE(terminal, 0);
+    ASSERT_EQ(0, grantpt(terminal));
+    ASSERT_EQ(0, unlockpt(terminal));
+    const int held = open(ptsname(terminal), O_RDWR | O_NOCTTY); // keeps what has been written
+    WatchedCamera camera({smallTables()});
+    const std::string file = camera.folder().file("curve", valuesUpTo(16));
+
+    EXPECT_EQ(done("off -> the user's table, 16 entries of Red, Green, Blue"),
+              kxinfo({"lut", "S1234", "load", file}, {}, Stream::to(ptsname(terminal))));
+    char shown[4096];
+    const ssize_t count = read(terminal, shown, sizeof shown);
+    ASSERT_GE(count, 0);
+    EXPECT_EQ("\r0 of 48 entries written\r\033[K", std::string(shown, static_cast<size_t>(count)));
+    (void)close(held);
+    (void)close(terminal);
+
+    EXPECT_EQ(done("the user's table -> the user's table, 16 entries of Red, Green, Blue"),
+              kxinfo({"lut", "S1234", "load", file}));
+}
+
+TEST_F(Lut, IsOffWhileItsEntriesAreWritten) {
+    WatchedCamera camera; // a table of full size takes long enough
+    camera.write(usersTableOn);
+    const std::string before = camera.snapshot();
+    const std::string file = camera.folder().file("curve", valuesUpTo(4096));
+
+    Process kxinfo(KXINFO_PROGRAM, {"lut", "S1234", "load", file});
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+    std::string during;
+    do
+        during = camera.snapshot();
+    while (during.find("LUTValue[Red][9] = 9\n") == std::string::npos &&
+           std::chrono::steady_clock::now() < deadline);
+    kxinfo.signal(SIGINT);
+    (void)kxinfo.wait();
+
+    EXPECT_THAT(during, testing::HasSubstr("lutMode = Off\n"));
+    EXPECT_EQ(before, camera.snapshot());
+}
+
+TEST_F(Lut, IsSwitchedOffForReadingOnlyWhereAnotherTableHasToBeSelected) {
+    WatchedCamera camera({smallTables(), refusesWrites("lutMode")}); // reads as "Active"
+    const std::string file = camera.folder().path() + "/camera.json";
+    camera.write({{reg::kLutType, 0}, {reg::kLutSize, 2}});
+    EXPECT_EQ(0, kxinfo({"save", "S1234", file}).status);
+
+    const Result refused{3, "",
+                         "kxinfo: camera S1234 refuses: Cannot write 'lutMode': [lutMode] "
+                         "[lutModeReg] GigEVision write_memory error (write-protect).\n"};
+    for (const Writes &state : {Writes{{reg::kLutSize, 1}}, Writes{{reg::kLutType, 1}}}) {
+        camera.write(state);
+        EXPECT_EQ(refused, kxinfo({"save", "S1234", file}));
+        EXPECT_THAT(camera.changes(), IsEmpty());
+    }
 }
 
 TEST_F(Lut, IsRefusedAFileThatIsNone) {
