@@ -67,7 +67,7 @@ TEST_F(Auto, TakesATargetAndLimits) {
                    "ExposureAuto: Off -> Continuous\n"
                    "GainAuto: Off -> Continuous\n"
                    "gainAutoSource: DigitalAll -> SensorAll\n"
-                   "autoBrightnessTarget: 128 -> 64\n"
+                   "autoBrightnessTarget: 128 (0.501961) -> 64 (0.25098)\n"
                    "gainAutoMinValue: 1.9382 dB -> 0 dB\n"
                    "gainAutoMaxValue: 12.0412 dB -> 6.0206 dB\n"
                    "exposureAutoMinValue: 100 us -> 200 us\n"
@@ -106,6 +106,98 @@ TEST_F(Auto, SetsLimitsThatTheCameraHasAsWholeNumbers) {
                             "autoBrightnessSequence: Gain_Exposure_Iris -> Exposure_Gain_Iris",
                             "exposureAutoMaxValue: 30000 -> 20000",
                             "exposureAutoMinValue: 100 -> 200"));
+}
+
+TEST_F(Auto, TakesDecibelsForLimitsOfGainThatTheCameraHasAsWholeFactors) {
+    std::vector<Replacement> replacements;
+    for (const std::string feature : {"gainAutoMinValue", "gainAutoMaxValue"})
+        for (Replacement &replacement : asInteger(feature)) {
+            for (const auto &[fraction, whole] :
+                 {std::pair("0.125", "1"), {"1.25</Initial>", "1</Initial>"}})
+                if (replacement.by.find(fraction) != std::string::npos)
+                    replacement.by = replaced(replacement.by, {fraction, whole});
+            replacements.push_back(replacement);
+        }
+    WatchedCamera camera(replacements);
+
+    EXPECT_EQ(done("autoBrightnessMode: Off -> Active\n"
+                   "autoBrightnessSequence: Gain_Exposure_Iris -> Exposure_Gain_Iris\n"
+                   "ExposureAuto: Off -> Continuous\n"
+                   "GainAuto: Off -> Continuous\n"
+                   "gainAutoSource: DigitalAll -> SensorAll\n"
+                   "gainAutoMinValue: 1 (0 dB) -> 2 (6.0206 dB)\n"
+                   "gainAutoMaxValue: 4 (12.0412 dB) -> 8 (18.0618 dB)\n"),
+              kxinfo({"auto", "S1234", "on", "--gain", "5.3..18.0618"}));
+    EXPECT_THAT(camera.changes(),
+                ElementsAre("ExposureAuto: Off -> Continuous", "GainAuto: Off -> Continuous",
+                            "autoBrightnessMode: Off -> Active",
+                            "autoBrightnessSequence: Gain_Exposure_Iris -> Exposure_Gain_Iris",
+                            "gainAutoMaxValue[SensorAll]: 4 -> 8",
+                            "gainAutoMinValue[SensorAll]: 1 -> 2",
+                            "gainAutoSource: DigitalAll -> SensorAll"));
+    for (const std::string range : {"0..19", "-1..19"})
+        EXPECT_EQ((Result{2, "",
+                          std::string("kxinfo: ") +
+                              (range == "0..19" ? "gainAutoMaxValue=19" : "gainAutoMinValue=-1") +
+                              " is not possible; expected is a number, 0 to 18.0618 dB.\n"}),
+                  kxinfo({"auto", "S1234", "on", "--gain", range}));
+    EXPECT_THAT(camera.changes(), IsEmpty());
+}
+
+TEST_F(Auto, RefusesATargetThatThisCameraDoesNotTakeBeforeAnythingIsWritten) {
+    const std::string node = "<pValue>autoBrightnessTargetReg</pValue>\n    ";
+    WatchedCamera camera(
+        {{node + "<Min>0</Min>\n    <Max>255</Max>", node + "<Min>16</Min>\n    <Max>240</Max>"},
+         refusesWrites("autoBrightnessSequence")});
+    const std::string before = camera.snapshot();
+
+    for (const std::string target : {"0.05", "1"})
+        EXPECT_EQ((Result{2, "",
+                          "kxinfo: --target is " + target +
+                              "; this camera takes 0.0627451 to 0.941176.\n"}),
+                  kxinfo({"auto", "S1234", "on", "--target", target}));
+    EXPECT_EQ(before, camera.snapshot());
+}
+
+TEST_F(Auto, MovesLimitsThatBoundEachOtherUpAndDown) {
+    std::vector<Replacement> replacements;
+    for (const auto &[feature, min, max] :
+         {std::tuple<std::string, std::string, std::string>("gainAuto", "1.0", "8.0"),
+          {"exposureAuto", "20.0", "100000.0"}}) {
+        const std::string lower =
+            "<pValue>" + feature + "MinValueReg</pValue>\n    <Min>" + min + "</Min>\n    ";
+        replacements.push_back(
+            {lower + "<Max>" + max + "</Max>", lower + "<pMax>" + feature + "MaxValueReg</pMax>"});
+        const std::string upper = "<pValue>" + feature + "MaxValueReg</pValue>\n    ";
+        replacements.push_back(
+            {upper + "<Min>" + min + "</Min>", upper + "<pMin>" + feature + "MinValueReg</pMin>"});
+    }
+    WatchedCamera camera(replacements);
+    const auto moved = [](const std::string &gain, const std::string &exposure) {
+        return kxinfo({"auto", "S1234", "on", "--gain", gain, "--exposure", exposure});
+    };
+
+    EXPECT_EQ(0, moved("0..6.0206", "100..200").status);
+    EXPECT_EQ(done("autoBrightnessMode: Active\n"
+                   "autoBrightnessSequence: Exposure_Gain_Iris\n"
+                   "ExposureAuto: Continuous\n"
+                   "GainAuto: Continuous\n"
+                   "gainAutoSource: SensorAll\n"
+                   "gainAutoMinValue: 0 dB -> 12.0412 dB\n"
+                   "gainAutoMaxValue: 6.0206 dB -> 18.0618 dB\n"
+                   "exposureAutoMinValue: 100 us -> 1000 us\n"
+                   "exposureAutoMaxValue: 200 us -> 100000 us\n"),
+              moved("12.0412..18.0618", "1000..100000"));
+    EXPECT_EQ(done("autoBrightnessMode: Active\n"
+                   "autoBrightnessSequence: Exposure_Gain_Iris\n"
+                   "ExposureAuto: Continuous\n"
+                   "GainAuto: Continuous\n"
+                   "gainAutoSource: SensorAll\n"
+                   "gainAutoMinValue: 12.0412 dB -> 0 dB\n"
+                   "gainAutoMaxValue: 18.0618 dB -> 6.0206 dB\n"
+                   "exposureAutoMinValue: 1000 us -> 20 us\n"
+                   "exposureAutoMaxValue: 100000 us -> 30 us\n"),
+              moved("0..6.0206", "20..30"));
 }
 
 TEST_F(Auto, RefusesWhatDoesNotFitAndLeavesTheCameraAsItWasInWhateverState) {
@@ -154,21 +246,45 @@ TEST_F(Auto, WorksWithWhatTheCameraHas) {
                                               "autoBrightnessMode: Off -> Active"));
 }
 
-TEST_F(Auto, IsMissedOnACameraWithoutIt) {
-    WatchedCamera camera({without("autoBrightnessMode")});
+TEST_F(Auto, SwitchesExposureAndGainThemselvesOnACameraWithoutBrightnessMode) {
+    WatchedCamera camera({without("autoBrightnessMode"), alwaysAvailable("BrightnessIsAutomatic")});
+    const std::string alone =
+        "kxinfo: this camera has no \"autoBrightnessMode\"; automatic exposure and gain are "
+        "switched by themselves.\n";
 
-    EXPECT_EQ((Result{3, "",
-                      "kxinfo: automatic brightness was not switched on: the camera has no such "
-                      "feature, or has it as another kind.\n"}),
+    EXPECT_EQ((Result{0,
+                      "Camera S1234 (C1936)\n"
+                      "autoBrightnessSequence: Gain_Exposure_Iris\n"
+                      "ExposureAuto: Off -> Continuous\n"
+                      "GainAuto: Off -> Continuous\n",
+                      alone}),
               kxinfo({"auto", "S1234", "on"}));
-    EXPECT_EQ((Result{3, "",
-                      "kxinfo: automatic brightness was not switched off: the camera has no such "
-                      "feature, or has it as another kind.\n"}),
+    EXPECT_THAT(camera.changes(),
+                ElementsAre("ExposureAuto: Off -> Continuous", "GainAuto: Off -> Continuous"));
+    EXPECT_EQ((Result{0,
+                      "Camera S1234 (C1936)\n"
+                      "ExposureAuto: Continuous -> Off\n"
+                      "GainAuto: Continuous -> Off\n",
+                      alone}),
               kxinfo({"auto", "S1234", "off"}));
+    EXPECT_THAT(camera.changes(),
+                ElementsAre("ExposureAuto: Continuous -> Off", "GainAuto: Continuous -> Off"));
+}
+
+TEST_F(Auto, IsMissedOnACameraWithoutIt) {
+    WatchedCamera camera(
+        {without("autoBrightnessMode"), without("ExposureAuto"), without("GainAuto")});
+
+    for (const char *state : {"on", "off"})
+        EXPECT_EQ((Result{3, "",
+                          "kxinfo: this camera has no automatic functions "
+                          "(\"autoBrightnessMode\", \"ExposureAuto\" or \"GainAuto\").\n"}),
+                  kxinfo({"auto", "S1234", state}));
     EXPECT_THAT(camera.changes(), IsEmpty());
 }
 
 TEST_F(Auto, PutsBackAllThatItHadSwitchedWhenTheCameraRefuses) {
+    // It reads as next to nothing, so the limits move up: it is written before the lower one.
     WatchedCamera camera({refusesWrites("exposureAutoMaxValue")});
     const std::string before = camera.snapshot();
 
@@ -180,7 +296,7 @@ TEST_F(Auto, PutsBackAllThatItHadSwitchedWhenTheCameraRefuses) {
                       "[exposureAutoMaxValue] [exposureAutoMaxValueReg] [exposureAutoMaxValueReg] "
                       "GigEVision write_memory error (write-protect).\n"
                       "kxinfo: what had been set is put back: autoBrightnessTarget, "
-                      "gainAutoMinValue, gainAutoMaxValue, exposureAutoMinValue.\n"}),
+                      "gainAutoMinValue, gainAutoMaxValue.\n"}),
               result);
     EXPECT_EQ(before, camera.snapshot());
 }
