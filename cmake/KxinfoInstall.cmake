@@ -19,9 +19,7 @@ set(_runs PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXEC
 install(TARGETS kxinfo-dalsa LIBRARY DESTINATION ${KXINFO_PLUGIN_DIR} ${_runs}
   COMPONENT kxinfo-dalsa)
 install(TARGETS kxinfo RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT kxinfo-dalsa)
-if(TARGET kxinfo-camera)
-  install(TARGETS kxinfo-camera LIBRARY DESTINATION ${KXINFO_PLUGIN_DIR} COMPONENT kxinfo-dalsa)
-endif()
+install(TARGETS kxinfo-camera LIBRARY DESTINATION ${KXINFO_PLUGIN_DIR} COMPONENT kxinfo-dalsa)
 if(TARGET GevApi)
   install(TARGETS GevApi LIBRARY DESTINATION ${KXINFO_PLATFORM_DIR} NAMELINK_SKIP
     COMPONENT kxinfo-platform-gige)
@@ -58,24 +56,31 @@ foreach(_page IN LISTS _pages)
   endif()
 endforeach()
 
-file(GLOB _completions CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/*/completion/*)
-foreach(_completion IN LISTS _completions)
+foreach(_completion host/completion/kxinfo simcam/completion/kxinfo-simcam)
   cmake_path(GET _completion FILENAME _name)
   _kxinfo_component_of(${_name} _component)
   if(_component)
-    install(FILES ${_completion}
+    install(FILES ${PROJECT_SOURCE_DIR}/${_completion}
       DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions COMPONENT ${_component})
   endif()
 endforeach()
 
-# The documents lie side by side there; README's links follow.
-file(GLOB _documents CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/docs/*.md)
-set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/README.md)
-file(READ ${PROJECT_SOURCE_DIR}/README.md _readme)
-string(REPLACE "](docs/" "](" _readme "${_readme}")
-file(CONFIGURE OUTPUT ${_generated}/README.md CONTENT "${_readme}" @ONLY)
-install(FILES ${_generated}/README.md ${PROJECT_SOURCE_DIR}/CHANGELOG.md ${_documents}
-  DESTINATION ${_doc} COMPONENT kxinfo-dalsa)
+# The documents lie side by side there, and the headers elsewhere: the documents' links follow.
+# Folders of sources are not there, so what leads to them is no link any more.
+cmake_path(RELATIVE_PATH _headers BASE_DIRECTORY ${_doc} OUTPUT_VARIABLE _headers_from_doc)
+file(GLOB _documents CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/*.md ${PROJECT_SOURCE_DIR}/docs/*.md)
+set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${_documents})
+foreach(_document IN LISTS _documents)
+  cmake_path(GET _document FILENAME _file)
+  file(READ ${_document} _text)
+  string(REGEX REPLACE "\\[([^]]*)\\]\\(\\.\\./[a-z]+\\)" "\\1" _text "${_text}")
+  string(REGEX REPLACE "\\]\\((\\.\\./|docs/)" "](" _text "${_text}")
+  string(REPLACE "](include/kxinfo-dalsa/" "](${_headers_from_doc}/" _text "${_text}")
+  file(WRITE ${_generated}/doc/${_file} "${_text}")
+  install(FILES ${_generated}/doc/${_file} DESTINATION ${_doc} COMPONENT kxinfo-dalsa)
+endforeach()
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/docs/schema DESTINATION ${_doc} COMPONENT kxinfo-dalsa
+  FILES_MATCHING PATTERN *.schema.json)
 
 # For people who build hosts: headers, what finds them, examples.
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/include/kxinfo-dalsa/ DESTINATION ${_headers}

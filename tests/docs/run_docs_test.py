@@ -15,12 +15,13 @@ BUILD = os.environ.get("KXINFO_BUILD", os.path.join(os.path.dirname(PROGRAM), ".
 
 
 class RunDocs(unittest.TestCase):
-    def run_on(self, text):
+    def run_on(self, text, *options):
         with tempfile.TemporaryDirectory() as folder:
             self.document = os.path.join(folder, "document.md")
             with open(self.document, "w", encoding="utf-8") as file:
                 file.write(text)
-            return subprocess.run([sys.executable, PROGRAM, "--build", BUILD, self.document],
+            return subprocess.run([sys.executable, PROGRAM, "--build", BUILD, *options,
+                                   self.document],
                                   text=True, capture_output=True, check=False)
 
     def accepts(self, text, blocks):
@@ -177,6 +178,13 @@ class Links(RunDocs):
         result = self.run_on("# Heading\n[a](#headings)\n")
         self.assertEqual(result.returncode, 1)
         self.assertIn("document.md:2: the link '#headings' leads nowhere: ", result.stderr)
+
+    def test_are_all_that_is_looked_at_with_links_only(self):
+        result = self.run_on("```console\n$ false\n```\n", "--links-only")
+        self.assertEqual((result.returncode, result.stdout, result.stderr), (0, "", ""))
+        result = self.run_on("Text.\n[a](none.md)\n", "--links-only")
+        self.assertEqual(result.returncode, 1)
+        self.assertIn("document.md:2: the link 'none.md' leads nowhere: ", result.stderr)
 
 
 if __name__ == "__main__":

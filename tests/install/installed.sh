@@ -2,14 +2,15 @@
 # Checks of what `cmake --install` puts into a prefix. The prefix is moved after the installation:
 # nothing installed may depend on where that was.
 #
-#   installed.sh files         all files that it should have and no others
+#   installed.sh files         each component has the files of files.txt and no others
+#   installed.sh links         what the documents there link to is there as well
 #   installed.sh no-paths      nothing in it names the sources, the build or the prefix
-#   installed.sh demo          kxinfo shows virtual cameras, from the prefix alone
+#   installed.sh demo          kxinfo shows virtual cameras and sets them, from the prefix alone
 #   installed.sh find-package  the examples, built with CMake's find_package() elsewhere
 #   installed.sh pkg-config    the examples, built with pkg-config elsewhere
 #
-# In the environment: SOURCES and BUILD, folders; LIBDIR, where in the prefix architecture's
-# libraries go; CAMERA_LIBRARY, the path there of kxinfo's part that links the platform, if built.
+# In the environment: SOURCES and BUILD, folders; LIBDIR, where in the prefix the architecture's
+# libraries go.
 set -euo pipefail
 here=$(cd "$(dirname "$0")" && pwd)
 
@@ -46,8 +47,7 @@ if [ "${1:-}" = --with-cameras ]; then
     case $2 in
     kxinfo)
         [ "$(command -v kxinfo)" = "$prefix/bin/kxinfo" ] || fail "kxinfo is $(command -v kxinfo)"
-        expect list.txt kxinfo list
-        expect probe.txt kxinfo probe S12
+        (cd "$scratch" && expect demo.txt "$here/demo.sh")
         ;;
     examples)
         expect minimal_host.txt "$3/minimal_host" "$prefix/lib/kxinfo/libkxinfo-dalsa.so" S12
@@ -65,47 +65,23 @@ cmake --install "$BUILD" --prefix "$scratch/first" >/dev/null
 prefix=$scratch/prefix
 mv "$scratch/first" "$prefix"
 
-# The path that each file of a folder has below another one.
-below() {
-    (cd "$1" && find . -type f -printf "$2/%P\n")
-}
-
-expected_files() {
-    cat <<END
-bin/kxinfo
-bin/kxinfo-simcam
-lib/kxinfo/libkxinfo-dalsa.so
-lib/kxinfo/platform/libGevApi.so.2
-$LIBDIR/cmake/kxinfo-dalsa/kxinfo-dalsa-config-version.cmake
-$LIBDIR/cmake/kxinfo-dalsa/kxinfo-dalsa-config.cmake
-$LIBDIR/pkgconfig/kxinfo-dalsa.pc
-share/doc/kxinfo-dalsa/CHANGELOG.md
-share/doc/kxinfo-dalsa/README.md
-share/doc/kxinfo-dalsa/examples/CMakeLists.txt
-share/doc/kxinfo-dalsa/examples/Makefile
-share/doc/kxinfo-dalsa/examples/camera_class.cpp
-share/doc/kxinfo-dalsa/examples/minimal_host.c
-END
-    [ -z "$CAMERA_LIBRARY" ] || echo "$CAMERA_LIBRARY"
-    below "$SOURCES/include/kxinfo-dalsa" include/kxinfo-dalsa
-    below "$SOURCES/platform/include" include/kxinfo-dalsa/platform
-    local file
-    for file in "$SOURCES"/docs/*.md; do
-        echo "share/doc/kxinfo-dalsa/${file##*/}"
-    done
-    for file in "$SOURCES"/docs/man/*.[17]; do
-        echo "share/man/man${file##*.}/${file##*/}"
-    done
-    for file in "$SOURCES"/*/completion/*; do
-        echo "share/bash-completion/completions/${file##*/}"
-    done
-}
-
 case ${1:-} in
 files)
-    (cd "$prefix" && find . ! -type d -printf '%P\n') | LC_ALL=C sort >"$scratch/installed"
-    expected_files | LC_ALL=C sort | diff - "$scratch/installed" ||
-        fail "what is installed (>) and what should be (<) differ"
+    while read -r component; do
+        cmake --install "$BUILD" --prefix "$scratch/components/$component" --component "$component"
+    done < <(cut -d/ -f1 "$here/files.txt" | sort -u) >"$scratch/log"
+    # files_in FOLDER
+    files_in() {
+        (cd "$1" && find . ! -type d -printf '%P\n') | LC_ALL=C sort
+    }
+    sed "s|LIBDIR|$LIBDIR|" "$here/files.txt" | LC_ALL=C sort >"$scratch/expected"
+    diff "$scratch/expected" <(files_in "$scratch/components") ||
+        fail "what the components install (>) and files.txt (<) differ"
+    diff <(cut -d/ -f2- "$scratch/expected" | LC_ALL=C sort) <(files_in "$prefix") ||
+        fail "what is installed (>) and what the components of files.txt hold (<) differ"
+    ;;
+links)
+    python3 "$SOURCES/tests/docs/run_docs" --links-only "$prefix"/share/doc/kxinfo-dalsa/*.md
     ;;
 no-paths)
     if named=$(grep --recursive --files-with-matches --fixed-strings \
