@@ -5,10 +5,10 @@
 #
 #   vendor.sh builds                  lays out the tree, configures and builds against it, whole
 #   vendor.sh says-what-is-missing    configuring without the framework tells so
-#   vendor.sh needs                   the libraries that the plug-in needs, and where it looks
+#   vendor.sh needs                   the libraries that plug-in and kxinfo need, and where they look
 #   vendor.sh knows-no-open-platform  nothing that was compiled comes from platform/
 #   vendor.sh runs                    plug-in and kxinfo load the framework, and find no camera
-#   vendor.sh installs                neither a platform nor its headers are installed
+#   vendor.sh installs                all but a platform, its headers and virtual cameras
 #   vendor.sh serves-examples         find_package() and pkg-config lead to the framework
 #   vendor.sh makes-packages          Debian packages, without the open platform
 #
@@ -79,17 +79,31 @@ says-what-is-missing)
         fail "it does not tell that GENICAM_DIR is missing: $(said -DGIGEV_DIR="$framework")"
     ;;
 needs)
-    # Each library of the framework has something that the plug-in uses, so --as-needed keeps all:
-    # the calls, the node map, and texts and exceptions.
-    expect "needed libraries" "libGCBase_gcc421_v3_0.so
+    # Each library of the framework has something that is used of it, so --as-needed keeps all: the
+    # calls, the node map, and texts and exceptions.
+    framework_and_system="libGCBase_gcc421_v3_0.so
 libGenApi_gcc421_v3_0.so
 libGevApi.so.2
 libc.so.6
 libgcc_s.so.1
 libm.so.6
-libstdc++.so.6" "$(dynamic "$build/lib/libkxinfo-dalsa.so" NEEDED | LC_ALL=C sort)"
-    expect "folders" "$framework/lib:$genicam_libraries" \
+libstdc++.so.6"
+    needed() {
+        dynamic "$build/lib/$1" NEEDED | LC_ALL=C sort
+    }
+    expect "libraries that the plug-in needs" "$framework_and_system" \
+        "$(needed libkxinfo-dalsa.so)"
+    expect "libraries that the commands on a camera need" "$(LC_ALL=C sort <<<"libkxinfo-dalsa.so
+$framework_and_system")" "$(needed kxinfo-camera.so)"
+    if dynamic "$build/bin/kxinfo" NEEDED | grep -vE '^lib(c|gcc_s|m|stdc\+\+)\.so\.'; then
+        fail "kxinfo itself needs this, and has to start without"
+    fi
+    expect "folders of the plug-in" "$framework/lib:$genicam_libraries" \
         "$(dynamic "$build/lib/libkxinfo-dalsa.so" RUNPATH)"
+    # The plug-in stands beside them, and comes first: another may lie in the framework's folders.
+    expect "folders of the commands on a camera" \
+        "\$ORIGIN:$framework/lib:$genicam_libraries" \
+        "$(dynamic "$build/lib/kxinfo-camera.so" RUNPATH)"
     ;;
 knows-no-open-platform)
     ninja -C "$build" -t deps >"$WORK/deps"
@@ -104,21 +118,37 @@ knows-no-open-platform)
     ;;
 runs)
     [[ $("$build/lib/libkxinfo-dalsa.so") == "Version: "* ]] || fail "the plug-in does not run"
-    status=0
-    said=$(KXINFO_BUILD=$build "$SOURCES/scripts/in-private-net" kxinfo list 2>/dev/null) || status=$?
-    expect "kxinfo list" "1: no any Dalsa devices found" "$status: $said"
+    # kxinfo_says ARGUMENT...: its exit status and what it writes, to both streams.
+    kxinfo_says() {
+        local status=0 said
+        said=$(KXINFO_BUILD=$build "$SOURCES/scripts/in-private-net" kxinfo "$@" 2>&1) || status=$?
+        echo "$status: $said"
+    }
+    no_camera="kxinfo: no Dalsa camera answered. Check that the camera has power, is on this \
+computer's network, and that no firewall keeps its answer away; then try again."
+    expect "kxinfo list" "1: no any Dalsa devices found
+$no_camera" "$(kxinfo_says list)"
+    for command in "get S12" "set S12 Gain=6" "gamma S12" "lut S12 show" "auto S12 off" \
+        "save S12 $WORK/camera.json"; do
+        # shellcheck disable=SC2086 # several words
+        expect "kxinfo $command" "1: $no_camera" "$(kxinfo_says $command)"
+    done
+    for command in get set gamma lut auto save restore; do
+        [[ $(kxinfo_says $command --help) == "0: "*"Usage: kxinfo $command "* ]] ||
+            fail "kxinfo $command --help: $(kxinfo_says $command --help)"
+    done
     ;;
 installs)
     rm -rf "$WORK/prefix"
     DESTDIR='' cmake --install "$build" --prefix "$WORK/prefix" >/dev/null
-    found=$(cd "$WORK/prefix" && find . -ipath '*platform*/*' -o -iname '*gevapi*' -o -name '*simcam*' \
-        -o -name 'GenApi*' -o -name 'Base')
-    [ -z "$found" ] || fail "these belong to the open platform: $found"
-    for file in bin/kxinfo lib/kxinfo/libkxinfo-dalsa.so include/kxinfo-dalsa/kx_proc.h; do
-        [ -e "$WORK/prefix/$file" ] || fail "$file is not installed"
-    done
-    expect "folders" "$framework/lib:$genicam_libraries" \
+    expect "what is installed" "$(grep -vE '^kxinfo-(simcam|platform-gige)/|/kxinfo-dalsa/platform/' \
+        "$SOURCES/tests/install/files.txt" | cut -d/ -f2- | sed "s|LIBDIR|$LIBDIR|" | LC_ALL=C sort)" \
+        "$(cd "$WORK/prefix" && find . ! -type d -printf '%P\n' | LC_ALL=C sort)"
+    expect "folders of the plug-in" "$framework/lib:$genicam_libraries" \
         "$(dynamic "$WORK/prefix/lib/kxinfo/libkxinfo-dalsa.so" RUNPATH)"
+    expect "folders of the commands on a camera" \
+        "\$ORIGIN:$framework/lib:$genicam_libraries" \
+        "$(dynamic "$WORK/prefix/lib/kxinfo/kxinfo-camera.so" RUNPATH)"
     ;;
 serves-examples)
     rm -rf "$WORK"/{prefix-examples,examples,found}
