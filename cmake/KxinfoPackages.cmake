@@ -58,13 +58,15 @@ was when this package was made.")
 endif()
 
 kxinfo_package(kxinfo-dalsa SECTION video
-  SUMMARY "plug-in and command line that probe Dalsa GigE Vision cameras"
+  SUMMARY "plug-in and command line that probe and set Dalsa GigE Vision cameras"
   TEXT "The plug-in finds the Dalsa GigE Vision cameras on the network, opens the one
 that is configured, reports what it is and how it is set, and tells its host,
 a program that grabs media, which settings a user may change.
 
 The command line program kxinfo is such a host: it lists the cameras, and shows
-a camera's settings as a table or as a JSON document.
+a camera's settings as a table or as a JSON document. Beyond that it gets and
+sets properties, gamma, the lookup table and the automatic functions, exposure
+time and gain, saves all settings to a file and restores them.
 
 ${_platform_text}"
   DEPENDS ${_platform_package}
