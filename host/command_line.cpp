@@ -130,8 +130,12 @@ std::string alternatives(const Words &names) {
     return text;
 }
 
-// Refuses what is none of the names, in a sentence that begins with what is wrong with it.
+// Refuses what is none of the names, in a sentence that begins with what is wrong with it. The help
+// lists the names in braces, where the completion finds them.
 CLI::Validator oneOf(const Words &names, const std::string &wrong) {
+    std::string list;
+    for (const std::string &name : names)
+        list += (list.empty() ? "{" : ",") + name;
     return CLI::Validator(
         [=](const std::string &given) -> std::string {
             if (std::find(names.begin(), names.end(), given) == names.end())
@@ -139,7 +143,7 @@ CLI::Validator oneOf(const Words &names, const std::string &wrong) {
                                  "."};
             return {};
         },
-        "");
+        list + "}");
 }
 
 int logModeOf(const std::string &log) {

@@ -61,9 +61,9 @@ bool areTheSame(const struct stat &a, const struct stat &b) {
 } // namespace
 
 std::string readFile(const std::string &name, const std::string &expected) {
-    const auto fail = [&name](int error) {
-        throw CommandError{kWrongUsage,
-                           "\"" + name + "\" cannot be read: " + errorText(error) + "."};
+    const std::string quoted = '"' + name + '"';
+    const auto fail = [&quoted](int error) {
+        throw CommandError{kWrongUsage, quoted + " cannot be read: " + errorText(error) + "."};
     };
     const Descriptor file(open(name.c_str(), O_RDONLY | O_CLOEXEC));
     if (file.number() < 0)
@@ -79,12 +79,12 @@ std::string readFile(const std::string &name, const std::string &expected) {
         if (got > 0)
             text.append(part, static_cast<size_t>(got));
         if (text.size() > kMostMebibytes * kMebibyte)
-            throw CommandError{kWrongUsage, "\"" + name + "\" is longer than " +
+            throw CommandError{kWrongUsage, quoted + " is longer than " +
                                                 std::to_string(kMostMebibytes) + " MiB. " +
                                                 expected};
     }
     if (text.empty())
-        throw CommandError{kWrongUsage, "\"" + name + "\" is empty. " + expected};
+        throw CommandError{kWrongUsage, quoted + " is empty. " + expected};
     return text;
 }
 

@@ -182,8 +182,8 @@ TEST_F(ProbeAll, NamesCamerasByWhateverTheirSerialNumbersAreAndTakesNoneForAnoth
     EXPECT_EQ(probeAll("odd_serials"),
               (Result{3, "",
                       message("--json", "<--json>") + message("--json", failed) +
-                          message(" S\t\"1\\", "< S\t\"1\\>") + message(" S\t\"1\\", failed) +
-                          message("caf\xE9", "<caf\xE9>") + message("caf\xE9", failed) +
+                          message(" S\\t\"1\\", "< S\\t\"1\\>") + message(" S\\t\"1\\", failed) +
+                          message("caf\\xe9", "<caf\\xe9>") + message("caf\\xe9", failed) +
                           message("X1", inFront("X10", "X1")) + message("S20", "<S20>") +
                           message("S20", failed) + message("S2", inFront("S20", "S2"))}));
 }

@@ -109,13 +109,14 @@ TEST_F(CameraChoice, OpensNoneForWhatIsWrongWithoutIt) {
         {{"auto", "S1", "off", "--gain", "0..3"},
          "--target, --gain and --exposure belong to 'auto SERIAL on'. To change a limit alone, use "
          "'kxinfo set'."},
-        {{"lut", "S1", "load", none}, "\"" + none + "\" cannot be read. Check its name."},
+        {{"lut", "S1", "load", none},
+         "\"" + none + "\" cannot be read: No such file or directory."},
         {{"lut", "S1", "load"},
          "'lut SERIAL load' needs the file with the table's values. Run 'kxinfo lut --help' for "
          "its form."},
         {{"lut", "S1", "off", none},
          "'lut SERIAL off' takes no file; 'lut SERIAL load FILE' does."},
-        {{"restore", "S1", none}, "\"" + none + "\" cannot be read. Check its name."},
+        {{"restore", "S1", none}, "\"" + none + "\" cannot be read: No such file or directory."},
     };
     for (const auto &wrong : cases)
         EXPECT_EQ((Result{2, "", "kxinfo: " + wrong.why + "\n"}), kxinfo(wrong.command));
