@@ -17,8 +17,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr size_t kMebibyte = 1 << 20;
-constexpr size_t kMostMebibytes = 16;
+constexpr size_t kLongestFile = 16 << 20;
 
 std::string errorText(int error) {
     return std::generic_category().message(error);
@@ -69,7 +68,7 @@ std::string readFile(const std::string &name, const std::string &expected) {
     if (file.number() < 0)
         fail(errno);
     std::string text;
-    for (;;) {
+    while (text.size() <= kLongestFile) {
         char part[1 << 16];
         const ssize_t got = read(file.number(), part, sizeof part);
         if (got < 0 && errno != EINTR)
@@ -78,11 +77,9 @@ std::string readFile(const std::string &name, const std::string &expected) {
             break;
         if (got > 0)
             text.append(part, static_cast<size_t>(got));
-        if (text.size() > kMostMebibytes * kMebibyte)
-            throw CommandError{kWrongUsage, quoted + " is longer than " +
-                                                std::to_string(kMostMebibytes) + " MiB. " +
-                                                expected};
     }
+    if (text.size() > kLongestFile)
+        throw CommandError{kWrongUsage, quoted + " is longer than 16 MiB. " + expected};
     if (text.empty())
         throw CommandError{kWrongUsage, quoted + " is empty. " + expected};
     return text;
