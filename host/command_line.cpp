@@ -464,13 +464,14 @@ UsageError explain(const CLI::App &app, const CLI::ParseError &error) {
             return error.get_exit_code() == static_cast<int>(code);
         };
         std::string what = error.what();
+        const std::string option = what.substr(0, what.find(':'));
         if (is(CLI::ExitCodes::ExtrasError))
             what = name + " does not take \"" + command.remaining().front() + "\"";
         else if (is(CLI::ExitCodes::RequiredError))
             what = name + " needs " + needOf(command.get_name(), what);
         else if (is(CLI::ExitCodes::ArgumentMismatch)) // the text begins with the option's name
-            what = what.substr(0, what.find(':')) +
-                   (what.find("missing") != what.npos ? " needs a value" : " is given twice");
+            what =
+                option + (what.find("missing") != what.npos ? " needs a value" : " is given twice");
         return {what + ". Run 'kxinfo " + command.get_name() + " --help' for what is expected."};
     }
     const auto rest = app.remaining();

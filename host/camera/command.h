@@ -2,6 +2,7 @@
 #ifndef KXINFO_HOST_CAMERA_COMMAND_H
 #define KXINFO_HOST_CAMERA_COMMAND_H
 
+#include <exception>
 #include <functional>
 
 #include "modes.h"
@@ -26,12 +27,12 @@ int onCamera(const CameraRequest &request,
              const std::function<int(Session &session, Modes &modes)> &work);
 
 /**
- * Tells, inside a handler, what has ended the work: a CommandError, an exception of the camera or
- * of this computer.
+ * Tells what has ended the work.
  *
+ * \param why  a CommandError, an exception of the camera or of this computer
  * \return the status to end the command with
  */
-int tellWhy(const Session &session);
+int tellWhy(const Session &session, const std::exception_ptr &why);
 
 /** \throws CommandError (kFailed) when the user has asked to stop (SIGINT, SIGTERM, SIGHUP) */
 void stopIfAsked();

@@ -1,6 +1,7 @@
 #include <syslog.h>
 
 #include <csignal>
+#include <exception>
 #include <memory>
 
 #include "Base/GCException.h"
@@ -38,10 +39,10 @@ void startLogging(const LogOptions &log) {
 
 } // namespace
 
-int tellWhy(const Session &session) {
+int tellWhy(const Session &session, const std::exception_ptr &why) {
     const std::string camera = "camera " + std::string(session.info().serial);
     try {
-        throw;
+        std::rethrow_exception(why);
     } catch (const CommandError &error) {
         tell(error.text);
         return error.status;
@@ -65,7 +66,7 @@ int onCamera(const CameraRequest &request,
         stopIfAsked(); // while the camera was looked for
         status = work(session, modes);
     } catch (...) {
-        status = tellWhy(session);
+        status = tellWhy(session, std::current_exception());
     }
     const std::string changes = modes.changes();
     const std::string left = modes.putBack();

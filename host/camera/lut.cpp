@@ -187,7 +187,7 @@ int load(Session &session, Modes &modes, const LutRequest &request, const TableF
         }
         switchTo(session, modes, KxTd::TD_LG_USER_LUT);
     } catch (...) {
-        const int status = tellWhy(session);
+        const int status = tellWhy(session, std::current_exception());
         if (const std::string undone = camera.undo(); !undone.empty())
             tell(undone);
         return status;

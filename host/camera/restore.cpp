@@ -195,7 +195,7 @@ int restore(const Session &session, Modes &modes, const SavedCamera &saved) {
         }
         restoring.settings(saved.settings);
     } catch (...) {
-        const int status = tellWhy(session);
+        const int status = tellWhy(session, std::current_exception());
         if (const std::string undone = table ? table->undo() : ""; !undone.empty())
             tell(undone);
         return status;
