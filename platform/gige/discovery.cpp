@@ -25,8 +25,9 @@
 
 // One socket per network interface, bound to the interface's address: the kernel then sends a
 // limited broadcast out of that interface, without privileges. All sockets are read until one
-// deadline. A flood of answers can neither extend the deadline nor, since cameras are kept once
-// and up to a limit, fill the memory.
+// deadline, and then whatever has come by then, which may be much where the computer is busy. A
+// flood of answers can neither hold that up nor, since cameras are kept once and up to a limit,
+// fill the memory.
 
 namespace gige {
 namespace {
@@ -37,6 +38,8 @@ constexpr int kShortestWindow = 1;
 constexpr int kLongestWindow = 1000;
 constexpr int kMostExpected = 64;
 constexpr size_t kMaxCameras = 4096;
+// How often all sockets are read once there is nothing more to wait for.
+constexpr int kMostLateRounds = 4096;
 
 struct Interface {
     std::string name;
@@ -168,15 +171,16 @@ std::vector<GEV_CAMERA_INFO> collect(const std::vector<Line> &lines, uint16_t re
     for (const Line &line : lines)
         waits.push_back({line.socket.get(), POLLIN, 0});
 
-    for (;;) {
+    for (int lateRounds = 0; lateRounds <= kMostLateRounds;) {
         const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now());
-        if (left.count() <= 0)
-            return std::move(cameras).sorted();
         const bool complete = expected && cameras.count() >= *expected;
-        const int wait = complete ? 0 : static_cast<int>(left.count());
-        const int ready = poll(waits.data(), waits.size(), wait);
-        if (complete && ready == 0)
-            return std::move(cameras).sorted();
+        const bool waiting = left.count() > 0 && !complete;
+        if (!waiting)
+            ++lateRounds;
+        const int ready =
+            poll(waits.data(), waits.size(), waiting ? static_cast<int>(left.count()) : 0);
+        if (!waiting && ready == 0)
+            break;
         if (ready <= 0)
             continue;
         // One packet of each line in turn, so that a flood on one hides no camera on another.
@@ -197,6 +201,7 @@ std::vector<GEV_CAMERA_INFO> collect(const std::vector<Line> &lines, uint16_t re
             cameras.add(*info);
         }
     }
+    return std::move(cameras).sorted();
 }
 
 std::optional<int> numberFrom(const char *text, int least, int most) {

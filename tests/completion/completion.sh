@@ -9,7 +9,7 @@ sources=$(cd "$(dirname "$0")/../.." && pwd)
 scratch=$(mktemp --directory)
 cd "$scratch"
 
-export KXGIGE_DISCOVERY_MS=300
+export KXGIGE_EXPECTED_CAMERAS=2
 coproc cameras {
     exec kxinfo-simcam --camera S1234567@127.0.0.2 --camera S7654321@127.0.0.3
 }

@@ -8,7 +8,7 @@ sources=$(cd "$(dirname "$0")/../.." && pwd)
 scratch=$(mktemp --directory)
 cd "$scratch"
 
-export KXGIGE_DISCOVERY_MS=300
+export KXGIGE_EXPECTED_CAMERAS=1
 # '""' fits the only camera.
 coproc cameras { exec kxinfo-simcam --camera S1234567@127.0.0.2; }
 # shellcheck disable=SC2154 # coproc sets both

@@ -27,7 +27,7 @@ with_cameras() {
 }
 
 serve_cameras() {
-    export KXGIGE_DISCOVERY_MS=200
+    export KXGIGE_EXPECTED_CAMERAS=2
     coproc cameras { kxinfo-simcam --camera S1234@127.0.0.2 --camera S5678@127.0.0.3; }
     # shellcheck disable=SC2154 # coproc sets it
     read -r -t 30 <&"${cameras[0]}" || fail "the virtual cameras did not start"
