@@ -81,7 +81,7 @@ std::string snapshotOf(const Simcam &camera, const TemporaryFolder &folder) {
 }
 
 void Wire::SetUpTestSuite() {
-    setenv("KXGIGE_DISCOVERY_MS", "600", 1);
+    setenv("KXGIGE_DISCOVERY_MS", "300", 1);
 }
 
 std::string Wire::listed(int number, const std::string &serial) {
