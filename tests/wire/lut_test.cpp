@@ -9,6 +9,7 @@
 #include <numeric>
 
 #include <fcntl.h>
+#include <poll.h>
 #include <unistd.h>
 
 namespace {
@@ -209,10 +210,17 @@ TEST_F(Lut, ShowsOnATerminalHowFarLoadingHasCome) {
 
     EXPECT_EQ(done("off -> the user's table, 16 entries of Red, Green, Blue"),
               kxinfo({"lut", "S1234", "load", file}, {}, Stream::to(ptsname(terminal))));
-    char shown[4096];
-    const ssize_t count = read(terminal, shown, sizeof shown);
-    ASSERT_GE(count, 0);
-    EXPECT_EQ("\r0 of 48 entries written\r\033[K", std::string(shown, static_cast<size_t>(count)));
+    const std::string expected = "\r0 of 48 entries written\r\033[K";
+    std::string shown;
+    // It comes in pieces, as a terminal likes to pass it on.
+    pollfd arrival = {terminal, POLLIN, 0};
+    while (shown.size() < expected.size() && poll(&arrival, 1, 10000) > 0) {
+        char piece[256];
+        const ssize_t count = read(terminal, piece, sizeof piece);
+        ASSERT_GT(count, 0);
+        shown.append(piece, static_cast<size_t>(count));
+    }
+    EXPECT_EQ(expected, shown);
     (void)close(held);
     (void)close(terminal);
 
