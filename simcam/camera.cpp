@@ -11,8 +11,8 @@ namespace simcam {
 // Every packet goes the same way: receive() drops what is no command, answers a retransmission from
 // memory, has carryOut() do the rest, counts and wraps the reply. carryOut() checks the payload's
 // shape and hands it to one function per command; those ask mayRead() and write(), where access to
-// registers is decided. Misfortune has its say in receive(), before a command is looked at and
-// before it is carried out, and where control is asked for.
+// registers is decided. FaultPlan has its say in receive(), before a command is looked at, before it
+// is carried out and before it is answered; faults() where control is asked for.
 
 namespace {
 
@@ -39,15 +39,15 @@ Bytes indexOf(std::size_t done) {
 } // namespace
 
 Camera::Camera(Identity identity, std::shared_ptr<const Description> description, FirstUrl firstUrl,
-               Clock::time_point now)
+               Clock::time_point now, const Quirks &quirks)
     : identity_(std::move(identity)),
       description_(std::move(description)),
       now_(now),
       timestampStart_(now) {
-    mapBootstrap();
+    mapBootstrap(quirks);
     mapFile(kZippedAddress, description_->zipped);
     mapFile(kPlainAddress, description_->plain);
-    mapRegisters();
+    mapRegisters(quirks);
 
     const std::string zipped =
         localUrl(description_->name + ".zip", kZippedAddress, description_->zipped.size());
@@ -55,11 +55,29 @@ Camera::Camera(Identity identity, std::shared_ptr<const Description> description
         localUrl(description_->name + ".xml", kPlainAddress, description_->plain.size());
     const bool zippedFirst = firstUrl == FirstUrl::Zipped;
     using namespace bootstrap;
-    memory_.pokeText(kFirstUrl, kUrlSize, zippedFirst ? zipped : plain);
-    memory_.pokeText(kSecondUrl, kUrlSize, zippedFirst ? plain : zipped);
+    memory_.pokeText(kFirstUrl, kUrlSize, quirks.firstUrl.value_or(zippedFirst ? zipped : plain));
+    memory_.pokeText(kSecondUrl, kUrlSize, quirks.secondUrl.value_or(zippedFirst ? plain : zipped));
+
+    if (!can(capability::kUserDefinedName))
+        unmap(kUserDefinedName, kDiscoveryEnd - kUserDefinedName);
+    if (!can(capability::kPrimaryApplication)) {
+        unmap(kPrimaryApplicationPort, 4);
+        unmap(kPrimaryApplicationIp, 4);
+    }
 }
 
-void Camera::mapBootstrap() {
+// Neither clients nor the user can put anything there.
+void Camera::unmap(std::uint32_t address, std::uint32_t size) {
+    memory_.unmap(address, size);
+    for (std::uint32_t at = address; at < address + size; at += 4)
+        kept_.insert(at);
+}
+
+bool Camera::can(std::uint32_t capability) const {
+    return memory_.peek32(bootstrap::kCommandCapability) & capability;
+}
+
+void Camera::mapBootstrap(const Quirks &quirks) {
     using namespace bootstrap;
     const auto number = [&](std::uint32_t address, std::uint32_t value, Memory::Access access) {
         memory_.map(address, 4, access);
@@ -72,8 +90,9 @@ void Camera::mapBootstrap() {
     };
 
     number(kVersion, 0x00010002, Memory::kRead);
-    number(kDeviceMode, 0x80000001, Memory::kRead); // big-endian transmitter, texts are UTF-8
-    number(kMacHigh, 0x0200, Memory::kRead);        // a locally administered MAC address
+    // The highest bit says that it is big-endian, the lowest that texts are UTF-8.
+    number(kDeviceMode, quirks.isLittleEndian ? 0x00000001 : 0x80000001, Memory::kRead);
+    number(kMacHigh, 0x0200, Memory::kRead); // a locally administered MAC address
     number(kMacLow, identity_.address, Memory::kRead);
     number(kSupportedIpConfiguration, 0x00000005, Memory::kRead); // persistent, link-local
     number(kCurrentIpConfiguration, 0x00000005, Memory::kRead);
@@ -97,8 +116,11 @@ void Camera::mapBootstrap() {
     number(kActionSignalCount, 0, Memory::kRead);
     number(kStreamCapability, 0, Memory::kRead);
     number(kMessageCapability, 0, Memory::kRead);
-    // User-defined name, serial number, primary application's address; WRITEMEM, concatenation.
-    number(kCommandCapability, 0xC8000003, Memory::kRead);
+    number(kCommandCapability,
+           (capability::kUserDefinedName | capability::kSerialNumber |
+            capability::kPrimaryApplication | capability::kWriteMem | capability::kConcatenation) &
+               ~quirks.missing,
+           Memory::kRead);
     number(kHeartbeatTimeout, kDefaultHeartbeatMs, Memory::kReadWrite);
     number(kTickFrequencyHigh, 0, Memory::kRead);
     number(kTickFrequencyLow, 1'000'000'000, Memory::kRead);
@@ -124,7 +146,7 @@ void Camera::mapFile(std::uint32_t address, const Bytes &file) {
 // A register that the description places where something is mapped already (a bootstrap register, a
 // field of a word that another register has) shares it. What the camera itself has there keeps its
 // access and its value.
-void Camera::mapRegisters() {
+void Camera::mapRegisters(const Quirks &quirks) {
     const Memory own = memory_;
     for (const Register &reg : description_->registers) {
         for (std::uint32_t cell = 0; cell < reg.cellCount; ++cell) {
@@ -138,6 +160,10 @@ void Camera::mapRegisters() {
                 continue;
             }
             memory_.map(address, reg.length, reg.access);
+            const bool isNumber =
+                reg.kind == Register::Kind::Integer || reg.kind == Register::Kind::Float;
+            if (quirks.isLittleEndian && isNumber && reg.length == 4 && !reg.littleEndian)
+                turned_.push_back(address);
             if (cell >= reg.initial.size())
                 continue;
             Bytes bytes = memory_.peek(address, reg.length);
@@ -146,10 +172,21 @@ void Camera::mapRegisters() {
             memory_.poke(address, bytes.data(), reg.length);
         }
     }
+    std::sort(turned_.begin(), turned_.end());
+}
+
+void Camera::turnWords(std::uint32_t address, Bytes &block) const {
+    for (std::uint32_t at = 0; at + 4 <= block.size(); at += 4) {
+        if (std::binary_search(turned_.begin(), turned_.end(), address + at))
+            std::reverse(block.begin() + at, block.begin() + at + 4);
+    }
 }
 
 void Camera::misbehave(const Faults &faults, std::uint64_t seed) {
-    misfortune_ = Misfortune(faults, seed, identity_.serial);
+    plan_ = FaultPlan(faults, seed, identity_.serial);
+    if (!faults.pending.isNone())
+        memory_.poke32(bootstrap::kCommandCapability,
+                       memory_.peek32(bootstrap::kCommandCapability) | capability::kPendingAck);
 }
 
 void Camera::set(const std::string &feature, const std::string &value) {
@@ -184,7 +221,7 @@ Outcome Camera::receive(const std::uint8_t *packet, std::size_t size, const Endp
     // A camera has to be found before it can misbehave.
     const bool mayMisbehave = delivery == Delivery::Unicast &&
                               static_cast<Command>(request.command) != Command::Discovery;
-    if (mayMisbehave && misfortune_.drops()) {
+    if (mayMisbehave && plan_.drops()) {
         ++counts_.dropped;
         outcome.kind = Outcome::Kind::Dropped;
         return outcome;
@@ -200,25 +237,23 @@ Outcome Camera::receive(const std::uint8_t *packet, std::size_t size, const Endp
             return outcome;
         outcome.answer = answer;
         if (mayMisbehave)
-            outcome.delay = misfortune_.delays();
-        if (outcome.delay.count() > 0)
-            ++counts_.delayed;
+            outcome.befallen = plan_.befallAnswer(answer.size());
+        count(outcome.befallen);
         return outcome;
     };
 
-    const auto last = lastWrites_.find(sender);
-    if (delivery == Delivery::Unicast && last != lastWrites_.end() &&
-        last->second.command == bytes && now - last->second.when <= kRetransmissionWindow) {
+    const Answered *last = lastWrites_.find(sender, now);
+    if (delivery == Delivery::Unicast && last && last->command == bytes) {
         ++counts_.repeated;
         outcome.isRepeated = true;
-        return done(last->second.answer);
+        return done(last->answer);
     }
 
     std::optional<Reply> reply;
     if (request.size != size - kHeaderSize || id == 0) {
         if (delivery == Delivery::Unicast)
             reply = Reply{Status::InvalidHeader, {}};
-    } else if (mayMisbehave && misfortune_.nacks()) {
+    } else if (mayMisbehave && plan_.nacks()) {
         ++counts_.nacked;
         reply = nack(request);
     } else {
@@ -235,13 +270,10 @@ Outcome Camera::receive(const std::uint8_t *packet, std::size_t size, const Endp
     answer.insert(answer.end(), reply->payload.begin(), reply->payload.end());
 
     const auto command = static_cast<Command>(request.command);
-    if (command == Command::WriteReg || command == Command::WriteMem) {
-        for (auto it = lastWrites_.begin(); it != lastWrites_.end();)
-            it = now - it->second.when > kRetransmissionWindow ? lastWrites_.erase(it) : ++it;
-        lastWrites_[sender] = Answered{bytes, answer, now};
-    } else {
-        lastWrites_.erase(sender); // a client repeats only its latest command
-    }
+    if (command == Command::WriteReg || command == Command::WriteMem)
+        lastWrites_.keep(sender, {bytes, answer}, now);
+    else
+        lastWrites_.forget(sender); // a client repeats only its latest command
     return done(answer);
 }
 
@@ -295,7 +327,8 @@ std::optional<Camera::Reply> Camera::forceIp(const Request &request) const {
 }
 
 Camera::Reply Camera::readRegisters(const Request &request) const {
-    if (request.size == 0 || request.size % 4 != 0 || request.size > kMaxPayload)
+    if (request.size == 0 || request.size % 4 != 0 || request.size > kMaxPayload ||
+        (request.size > 4 && !can(capability::kConcatenation)))
         return {Status::InvalidParameter, {}};
     Reply reply;
     for (std::size_t at = 0; at < request.size; at += 4) {
@@ -309,7 +342,8 @@ Camera::Reply Camera::readRegisters(const Request &request) const {
 }
 
 Camera::Reply Camera::writeRegisters(const Request &request) {
-    if (request.size == 0 || request.size % 8 != 0 || request.size > kMaxPayload)
+    if (request.size == 0 || request.size % 8 != 0 || request.size > kMaxPayload ||
+        (request.size > 8 && !can(capability::kConcatenation)))
         return {Status::InvalidParameter, {}};
     std::size_t done = 0;
     Status status = Status::Success;
@@ -335,16 +369,22 @@ Camera::Reply Camera::readMemory(const Request &request) const {
         return {status, {}};
     Reply reply;
     append32(reply.payload, address);
-    const Bytes bytes = memory_.peek(address, size);
+    Bytes bytes = memory_.peek(address, size);
+    turnWords(address, bytes);
     reply.payload.insert(reply.payload.end(), bytes.begin(), bytes.end());
     return reply;
 }
 
 Camera::Reply Camera::writeMemory(const Request &request) {
+    if (!can(capability::kWriteMem))
+        return {Status::NotImplemented, {}};
     if (request.size < 8 || request.size > 4 + kMaxMemoryBlock)
         return {Status::InvalidParameter, {}};
     const auto size = static_cast<std::uint32_t>(request.size - 4);
-    const Status status = write(load32(request.payload), request.payload + 4, size, request.sender);
+    const std::uint32_t address = load32(request.payload);
+    Bytes bytes(request.payload + 4, request.payload + request.size);
+    turnWords(address, bytes);
+    const Status status = write(address, bytes.data(), size, request.sender);
     return {status, indexOf(status == Status::Success ? size : 0)};
 }
 
@@ -419,7 +459,7 @@ void Camera::expireControl() {
     const std::chrono::milliseconds timeout{memory_.peek32(bootstrap::kHeartbeatTimeout)};
     if (!controller_ || now_ - lastHeartbeat_ <= timeout)
         return;
-    lastWrites_.erase(*controller_);
+    lastWrites_.forget(*controller_);
     releaseControl();
 }
 
@@ -456,6 +496,14 @@ void Camera::count(std::uint16_t command, Status status) {
     ++*kind;
     if (status != Status::Success)
         ++counts_.refused;
+}
+
+void Camera::count(const AnswerFaults &befallen) {
+    counts_.delayed += befallen.delay.count() > 0;
+    counts_.pending += befallen.pending.count() > 0 || befallen.isNeverSent;
+    counts_.cut += befallen.cutTo.has_value();
+    counts_.doubled += befallen.isTwice;
+    counts_.wrong += befallen.isAfterWrongOnes;
 }
 
 std::string Camera::snapshot(Clock::time_point now) {

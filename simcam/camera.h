@@ -4,34 +4,16 @@
 #include "faults.h"
 #include "memory.h"
 #include "protocol.h"
+#include "senders.h"
 
-#include <chrono>
 #include <cstdint>
-#include <map>
 #include <memory>
 #include <optional>
 #include <set>
 #include <string>
+#include <vector>
 
 namespace simcam {
-
-using Clock = std::chrono::steady_clock;
-
-/// A client gives a command up long before; what comes later with the same number is a new one.
-constexpr std::chrono::seconds kRetransmissionWindow{5};
-
-/// A client's address and port, in host byte order.
-struct Endpoint {
-    std::uint32_t address = 0;
-    std::uint16_t port = 0;
-
-    bool operator==(const Endpoint &other) const {
-        return address == other.address && port == other.port;
-    }
-    bool operator<(const Endpoint &other) const {
-        return address != other.address ? address < other.address : port < other.port;
-    }
-};
 
 /// What sets one camera apart from another of its model.
 struct Identity {
@@ -43,6 +25,18 @@ struct Identity {
 
 /// Which form of the description the first URL names; the second URL names the other.
 enum class FirstUrl { Zipped, Plain };
+
+/// What a camera does otherwise than most.
+struct Quirks {
+    /// Whether READMEM and WRITEMEM have the words of its description's registers in little-endian
+    /// byte order. READREG and WRITEREG have their numbers all the same.
+    bool isLittleEndian = false;
+
+    std::uint32_t missing = 0; // bits of its capability register that are off
+
+    std::optional<std::string> firstUrl; // in place of those that name its description
+    std::optional<std::string> secondUrl;
+};
 
 /// How a command came: broadcasts are answered only where the standard asks for it.
 enum class Delivery { Unicast, Broadcast };
@@ -60,6 +54,10 @@ struct Counts {
     std::uint64_t dropped = 0;  // beside these, how many were lost on purpose
     std::uint64_t nacked = 0;   // of these, how many were refused on purpose
     std::uint64_t delayed = 0;  // of these, how many were answered late on purpose
+    std::uint64_t pending = 0;  // ... had a PENDING_ACK first, or nothing but that
+    std::uint64_t cut = 0;      // ... got only a part of their answer
+    std::uint64_t doubled = 0;  // ... got it twice
+    std::uint64_t wrong = 0;    // ... got wrong ones before it
 
     /// How many commands the camera has answered or carried out.
     std::uint64_t answered() const {
@@ -79,7 +77,7 @@ struct Outcome {
     Status status = Status::Success; // these are of what was done
     bool isRepeated = false;         // a retransmission, answered from memory
     std::optional<Bytes> answer;     // goes back to the sender, from the camera's address and port
-    std::chrono::milliseconds delay{0}; // how late
+    AnswerFaults befallen;           // on its way there
 };
 
 /**
@@ -89,12 +87,12 @@ struct Outcome {
 class Camera {
 public:
     Camera(Identity identity, std::shared_ptr<const Description> description, FirstUrl firstUrl,
-           Clock::time_point now);
+           Clock::time_point now, const Quirks &quirks = {});
 
     const Identity &identity() const { return identity_; }
     const Counts &counts() const { return counts_; }
 
-    const Faults &faults() const { return misfortune_.faults(); }
+    const Faults &faults() const { return plan_.faults(); }
 
     /// From here on the camera misbehaves like this. What is left to chance follows from the seed
     /// and the serial number.
@@ -111,7 +109,14 @@ public:
     /// Whether the camera has died and left the network: nobody must listen at its address.
     bool isGone() const;
 
+    /// Whether the camera is dead: it says nothing any more.
+    bool isSilent() const;
+
     const Description &description() const { return *description_; }
+
+    /// Turns a block of bytes from what READMEM and WRITEMEM have into what READREG and WRITEREG
+    /// have of the same words, or back.
+    void turnWords(std::uint32_t address, Bytes &block) const;
 
     /// All registers of the description as users see them: one "Name = value" a line, sorted.
     /// Write-only registers and entries of long tables (more than 16 cells) that are zero are left
@@ -132,14 +137,15 @@ private:
     struct Answered {
         Bytes command;
         Bytes answer;
-        Clock::time_point when;
     };
 
-    void mapBootstrap();
+    void mapBootstrap(const Quirks &quirks);
     void mapFile(std::uint32_t address, const Bytes &file);
-    void mapRegisters();
+    void mapRegisters(const Quirks &quirks);
+    void unmap(std::uint32_t address, std::uint32_t size);
 
     std::optional<Reply> carryOut(const Request &request, Delivery delivery);
+    bool can(std::uint32_t capability) const;
     static Reply nack(const Request &request);
     Reply discover() const;
     std::optional<Reply> forceIp(const Request &request) const;
@@ -154,17 +160,18 @@ private:
     Status writeControlPrivilege(std::uint32_t value, const Endpoint &sender);
     void writeTimestampControl(std::uint32_t value);
 
-    bool isSilent() const;
     void expireControl();
     void releaseControl();
     void count(std::uint16_t command, Status status);
+    void count(const AnswerFaults &befallen);
 
     Identity identity_;
     std::shared_ptr<const Description> description_;
     Memory memory_;
     Counts counts_;
-    Misfortune misfortune_;
-    std::set<std::uint32_t> kept_; // registers of the description that are the camera's own
+    FaultPlan plan_;
+    std::set<std::uint32_t> kept_;      // registers of the description that are the camera's own
+    std::vector<std::uint32_t> turned_; // words that READMEM has in little-endian order, sorted
 
     Clock::time_point now_; // of the packet being handled
     Clock::time_point timestampStart_;
@@ -172,7 +179,7 @@ private:
     std::optional<Endpoint> controller_;
     Clock::time_point lastHeartbeat_;
 
-    std::map<Endpoint, Answered> lastWrites_; // by sender, to answer a retransmission
+    LastSaid<Answered> lastWrites_; // to answer a retransmission
 };
 
 } // namespace simcam

@@ -5,6 +5,8 @@
 
 #include <pugixml.hpp>
 
+#include <sys/stat.h>
+
 #include <algorithm>
 #include <cctype>
 #include <cstring>
@@ -152,7 +154,7 @@ void setCells(Register &reg, const pugi::xml_node &extension) {
 }
 
 // Nothing for a register whose place or length is computed.
-std::optional<Register> toRegister(const pugi::xml_node &node, const NodesByName &nodes) {
+std::optional<Register> toRegister(const pugi::xml_node &node, const NodesByName &selectors) {
     if (!node.child("Address") || node.child("pAddress") || node.child("IntSwissKnife") ||
         node.child("pLength"))
         return std::nullopt;
@@ -188,12 +190,9 @@ std::optional<Register> toRegister(const pugi::xml_node &node, const NodesByName
                              stride && *stride > 0 ? static_cast<std::uint32_t>(*stride)
                                                    : reg.length,
                              {}};
-        // The selector itself, or the register that the selector keeps its entry in.
-        for (const auto &[name, other] : nodes) {
-            if (std::strcmp(other.name(), "Enumeration") == 0 &&
-                (name == textOf(index) || textOf(other.child("pValue")) == textOf(index)))
-                step.entries = entriesOf(other);
-        }
+        const auto selector = selectors.find(step.selector);
+        if (selector != selectors.end())
+            step.entries = entriesOf(selector->second);
         reg.indexes.push_back(step);
     }
     std::sort(reg.indexes.begin(), reg.indexes.end(),
@@ -219,13 +218,24 @@ void collect(const pugi::xml_node &parent, NodesByName &nodes) {
     }
 }
 
+// Each enumeration by its own name and by that of the register that it keeps its entry in.
+NodesByName selectorsOf(const NodesByName &nodes) {
+    NodesByName selectors;
+    for (const auto &[name, node] : nodes) {
+        if (std::strcmp(node.name(), "Enumeration") == 0)
+            selectors[name] = selectors[textOf(node.child("pValue"))] = node;
+    }
+    return selectors;
+}
+
 std::vector<Register> registersOf(const NodesByName &nodes) {
     std::vector<Register> registers;
+    const NodesByName selectors = selectorsOf(nodes);
     std::uint64_t total = 0;
     for (const auto &[name, node] : nodes) {
         if (!isRegister(node))
             continue;
-        if (auto reg = toRegister(node, nodes)) {
+        if (auto reg = toRegister(node, selectors)) {
             total += std::uint64_t{reg->stride} * reg->cellCount;
             registers.push_back(std::move(*reg));
         }
@@ -234,15 +244,16 @@ std::vector<Register> registersOf(const NodesByName &nodes) {
         throw std::runtime_error("its registers take more than " +
                                  std::to_string(kMaxRegisterBytes) + " bytes");
 
+    std::map<std::string, Register *> byName;
+    for (Register &reg : registers)
+        byName[reg.name] = &reg;
     for (const auto &[name, node] : nodes) {
-        const std::string holder = textOf(node.child("pValue"));
-        for (Register &reg : registers) {
-            if (reg.name != holder)
-                continue;
-            reg.feature = name;
-            if (std::strcmp(node.name(), "Enumeration") == 0)
-                reg.entries = entriesOf(node);
-        }
+        const auto held = byName.find(textOf(node.child("pValue")));
+        if (held == byName.end())
+            continue;
+        held->second->feature = name;
+        if (std::strcmp(node.name(), "Enumeration") == 0)
+            held->second->entries = entriesOf(node);
     }
     return registers;
 }
@@ -326,6 +337,24 @@ void readModel(Description &description) {
     }
 }
 
+// A pipe might keep the program waiting, and a device never end.
+Bytes readFile(const std::string &path) {
+    struct stat found {};
+    if (stat(path.c_str(), &found) != 0)
+        throw std::runtime_error("it cannot be read");
+    if (!S_ISREG(found.st_mode))
+        throw std::runtime_error("it is no regular file, expected a GenICam file, XML or zip");
+    const auto size = static_cast<std::uint64_t>(found.st_size);
+    if (size > kMaxFileSize)
+        throw std::runtime_error("it is too large, " + std::to_string(size) +
+                                 " bytes, expected at most " + std::to_string(kMaxFileSize));
+    Bytes content(size);
+    std::ifstream file(path, std::ios::binary);
+    if (!file.read(reinterpret_cast<char *>(content.data()), static_cast<std::streamsize>(size)))
+        throw std::runtime_error("it cannot be read");
+    return content;
+}
+
 // A name that stands in "Local:NAME.zip;ADDRESS;LENGTH".
 std::string urlName(const std::string &path) {
     std::string name = path.substr(path.find_last_of('/') + 1);
@@ -349,14 +378,8 @@ std::shared_ptr<const Description> Description::builtIn() {
 }
 
 std::shared_ptr<const Description> Description::load(const std::string &path) {
-    std::ifstream file(path, std::ios::binary);
-    Bytes content{std::istreambuf_iterator<char>(file), {}};
-    if (!file.is_open() || file.bad())
-        throw std::runtime_error("description '" + path + "': it cannot be read");
     try {
-        if (content.size() > kMaxFileSize)
-            throw std::runtime_error("it is too large, " + std::to_string(content.size()) +
-                                     " bytes");
+        Bytes content = readFile(path);
         auto description = std::make_shared<Description>();
         description->name = urlName(path);
         if (isZip(content)) {

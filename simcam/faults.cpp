@@ -17,17 +17,34 @@ std::mt19937_64 engine(std::uint64_t seed, const std::string &serial) {
 
 } // namespace
 
-bool Faults::befallCommands() const {
-    const auto some = [](const Share &share) { return share.first > 0 || share.chance > 0; };
-    return some(drop) || some(nack) || some(delay);
-}
-
-Misfortune::Misfortune(const Faults &faults, std::uint64_t seed, const std::string &serial)
+FaultPlan::FaultPlan(const Faults &faults, std::uint64_t seed, const std::string &serial)
     : faults_(faults), random_(engine(seed, serial)) {}
 
+AnswerFaults FaultPlan::befallAnswer(std::size_t size) {
+    const std::uint64_t answer = answers_++;
+    AnswerFaults befallen;
+    if (befalls(faults_.delay, answer))
+        befallen.delay = faults_.delayTime;
+    if (befalls(faults_.pending, answer)) {
+        befallen.pending = faults_.pendingTime;
+        befallen.isNeverSent = faults_.isPendingForever;
+    }
+    if (befalls(faults_.cut, answer))
+        befallen.cutTo = static_cast<std::size_t>(random_() % size);
+    befallen.isTwice = befalls(faults_.twice, answer);
+    befallen.isAfterWrongOnes = befalls(faults_.wrong, answer);
+    if (!befallen.isNeverSent)
+        return befallen;
+    AnswerFaults alone; // nothing else befalls what is not sent
+    alone.isNeverSent = true;
+    return alone;
+}
+
 // The standard's engines give the same numbers everywhere, its distributions do not.
-bool Misfortune::befalls(const Share &share, std::uint64_t &asked) {
-    if (asked++ < share.first)
+bool FaultPlan::befalls(const Share &share, std::uint64_t before) {
+    const std::uint64_t number = before + 1;
+    if (number <= share.first || number == share.at ||
+        (share.every > 0 && number % share.every == 0))
         return true;
     if (share.chance <= 0)
         return false;

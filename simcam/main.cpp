@@ -34,7 +34,8 @@ std::vector<Camera> makeCameras(const Options &options) {
         if (!description)
             description = camera.description.empty() ? Description::builtIn()
                                                      : Description::load(camera.description);
-        cameras.emplace_back(camera.identity, description, options.firstUrl, Clock::now());
+        cameras.emplace_back(camera.identity, description, options.firstUrl, Clock::now(),
+                             camera.quirks);
         cameras.back().misbehave(camera.faults, options.seed);
         for (const Setting &setting : camera.settings)
             set(cameras.back(), setting);
@@ -64,6 +65,9 @@ void sayCounts(const std::vector<Camera> &cameras) {
         if (camera.faults().befallCommands())
             std::printf(" dropped=%" PRIu64 " nacked=%" PRIu64 " delayed=%" PRIu64, counts.dropped,
                         counts.nacked, counts.delayed);
+        if (camera.faults().befallPackets())
+            std::printf(" pending=%" PRIu64 " cut=%" PRIu64 " doubled=%" PRIu64 " wrong=%" PRIu64,
+                        counts.pending, counts.cut, counts.doubled, counts.wrong);
         std::printf("\n");
     }
     std::fflush(stdout);

@@ -17,6 +17,12 @@ void Memory::map(std::uint32_t address, std::uint32_t size, Access access) {
     }
 }
 
+void Memory::unmap(std::uint32_t address, std::uint32_t size) {
+    const std::uint64_t end = std::uint64_t{address} + size;
+    for (std::uint64_t at = address & ~3u; at < end; at += 4)
+        pages_[static_cast<std::uint32_t>(at / kPageSize)].access[at % kPageSize / 4] = kNone;
+}
+
 Status Memory::canRead(std::uint32_t address, std::uint32_t size) const {
     return can(address, size, kRead, Status::AccessDenied);
 }

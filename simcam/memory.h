@@ -23,6 +23,9 @@ public:
     /// access.
     void map(std::uint32_t address, std::uint32_t size, Access access);
 
+    /// Whatever they hold, clients find nothing there from here on.
+    void unmap(std::uint32_t address, std::uint32_t size);
+
     bool isMapped(std::uint32_t address) const { return access(address) != kNone; }
 
     /// What a client may do; address and size are in bytes, any alignment is answered.

@@ -20,22 +20,45 @@ const char *const kAbout =
     "SIGINT).";
 
 const char *const kFooter =
-    R"(--vendor, --model and --description hold for the cameras that follow them:
+    R"(--vendor, --model, --description, --first-url and --second-url hold for the cameras that follow:
   kxinfo-simcam --camera S1@127.0.0.2 --vendor Other --model M9 --camera X1@127.0.0.3
+
+A URL may be any text, or none; the other URL still names the description:
+  --first-url 'Local:gone.xml;10000000;100' --first-url http://127.0.0.1/a.xml --second-url ''
+
+--little-endian has READMEM and WRITEMEM show the numbers of four bytes that the description has,
+unless it calls them LittleEndian itself, in little-endian byte order. READREG and WRITEREG have the
+same numbers as ever; registers of the standard, texts and files stay as they are.
+
+--no-capability has a camera lack what a bit of its capability register 0x0934 promises:
+  concatenation        several registers in one READREG or WRITEREG: INVALID_PARAMETER
+  writemem             WRITEMEM: NOT_IMPLEMENTED
+  primary-application  registers that say who controls it, 0x0A04 and 0x0A14: INVALID_ADDRESS
+  user-defined-name    register of the name that a user gives it, 0x00E8: INVALID_ADDRESS
 
 A fault holds for all cameras, or for the one that is named before a colon; that one wins:
   --drop 5%           each command is lost on its way with a chance of 5 %
   --drop 3            the first 3 commands are lost
+  --drop 1/3          every third command is lost: the 3rd, the 6th, ...
+  --drop @17          the 17th command is lost, no other
   --drop S1:0         camera S1 loses none
   --nack 5%           each other command is answered BUSY (0x8007) and not carried out; or --nack 3
   --delay 50          every answer is sent 50 ms late, others do not wait for it
   --delay 50,5%       ... or some answers, or the first 3: 50,3
+  --pending 300       every answer is announced by a PENDING_ACK, and sent 300 ms later; or 300,5%
+  --pending forever   ... not sent: a PENDING_ACK each 100 ms, until the client's next command or
+                      for 60 s; or forever,1
+  --cut 5%            answers are cut at a place that chance chooses, between any two bytes
+  --double 5%         answers are sent twice
+  --wrong 5%          three wrong answers come before the right one: with the request number before,
+                      of another command's kind, and from another port
   --refuse-control    nobody gets control: ACCESS_DENIED; or --refuse-control S1
   --silent-after 100  a camera that has answered 100 commands is mute from then on
   --die-after 100     ... or gone: its socket is closed, so hosts hear "port unreachable"
-DISCOVERY is never dropped, refused or delayed, since a camera has to be found first, but it counts
-among the answered commands, and no dead camera answers it. The same seed, serial number and
-commands give the same faults.
+Each SHARE is a percentage or, counted among the commands or answers in question, N (the first so
+many), 1/N (every N-th) or @N (that one). DISCOVERY never meets a fault, since a camera has to be
+found first, but it counts among the answered commands, and no dead camera answers it. The same
+seed, serial number and commands give the same faults.
 
 Starting values go by the feature names of the description, in the order given. An enumeration
 takes an entry's name, a boolean true or false; behind a selector the selected value is meant:
@@ -49,7 +72,8 @@ takes an entry's name, a boolean true or false; behind a selector the selected v
 Serial number, sender, command, registers and values; then how it was answered: ok, or the error's
 name, or dropped, silent (the camera is dead) or ignored (no command, or not for this camera). What
 follows, if anything: 'no answer wanted'; 'retransmitted', the sender's last packet once more, or
-'repeated', such a one answered from memory and not carried out again; 'delayed 50 ms'.
+'repeated', such a one answered from memory and not carried out again; what befell the answer:
+'delayed 50 ms', 'pending 300 ms', 'pending forever', 'cut', 'doubled', 'wrong answers first'.
 
 When all cameras can be reached, one line says so:
   kxinfo-simcam: ready, 2 cameras: S1@127.0.0.2 X1@127.0.0.3
@@ -57,6 +81,7 @@ When it is told to stop, one line per camera says which commands it has had:
   kxinfo-simcam: S1 discovery=1 readreg=52 writereg=13 readmem=24 writemem=0 other=0 refused=0 repeated=0
 'refused' and 'repeated' are among the others: answered with an error, answered once more. Where
 --drop, --nack or --delay is at work the line goes on: dropped=2 nacked=1 delayed=9
+Where --pending, --cut, --double or --wrong is, it goes on: pending=3 cut=1 doubled=4 wrong=2
 
 A description is any GenICam file, XML or zip. Registers with constant addresses (also behind a
 <pIndex>) are mapped; each may say what it holds in a fresh camera, once per cell:
@@ -68,6 +93,13 @@ Exit status: 0 told to stop, 1 something failed, 2 wrong usage.)";
 void check(bool right, const std::string &sentence) {
     if (!right)
         throw WrongUsage{sentence};
+}
+
+void checkUrl(const char *option, const std::string &url) {
+    constexpr std::size_t kMaxUrl = bootstrap::kUrlSize - 1;
+    check(url.size() <= kMaxUrl, std::string(option) + " has " + std::to_string(url.size()) +
+                                     " bytes, expected at most " + std::to_string(kMaxUrl) +
+                                     ": a camera's register holds no more.");
 }
 
 void checkName(const char *option, const std::string &name) {
@@ -124,43 +156,6 @@ std::optional<std::uint64_t> toCount(const std::string &text) {
     return isNumber(text) ? std::optional<std::uint64_t>(std::stoull(text)) : std::nullopt;
 }
 
-// "5%", "0.25%" or a number of commands.
-std::optional<Share> toShare(const std::string &text) {
-    if (const auto count = toCount(text))
-        return Share{*count, 0};
-    if (text.empty() || text.back() != '%')
-        return std::nullopt;
-    std::string digits = text.substr(0, text.size() - 1);
-    const std::string percent = digits;
-    if (const std::size_t point = digits.find('.'); point != std::string::npos && point > 0)
-        digits.erase(point, 1);
-    if (!isNumber(digits) || percent.back() == '.' || std::stod(percent) > 100)
-        return std::nullopt;
-    return Share{0, std::stod(percent) / 100};
-}
-
-// "50", "50,5%" or "50,3".
-bool readDelay(const std::string &text, Faults &faults) {
-    constexpr std::uint64_t kLongest = 3'600'000; // an hour
-    const std::size_t comma = text.find(',');
-    const auto time = toCount(text.substr(0, comma));
-    const auto share = comma == std::string::npos ? Share{0, 1} : toShare(text.substr(comma + 1));
-    if (!time || *time > kLongest || !share)
-        return false;
-    faults.delayTime = std::chrono::milliseconds(*time);
-    faults.delay = *time > 0 ? *share : Share{};
-    return true;
-}
-
-// One of the options that take [SERIAL:]VALUE.
-struct Fault {
-    const char *option;
-    const char *type;
-    const char *help;
-    const char *expected;
-    bool (*read)(const std::string &value, Faults &faults); // false: it is wrong
-};
-
 template <typename To>
 bool take(const std::optional<To> &value, To &to) {
     if (value)
@@ -174,27 +169,138 @@ bool take(const std::optional<To> &value, std::optional<To> &to) {
     return value.has_value();
 }
 
-const char *const kShareRule = "a percentage or a number of commands, for example 5%, 3 or S1:5%.";
+// "5%", "0.25%", a number of commands, "1/3" (each third) or "@17" (the 17th).
+std::optional<Share> toShare(const std::string &text) {
+    Share share;
+    if (take(toCount(text), share.first))
+        return share;
+    if (text.rfind("1/", 0) == 0)
+        return take(toCount(text.substr(2)), share.every) && share.every > 0
+                   ? std::optional<Share>(share)
+                   : std::nullopt;
+    if (text.rfind('@', 0) == 0)
+        return take(toCount(text.substr(1)), share.at) && share.at > 0 ? std::optional<Share>(share)
+                                                                       : std::nullopt;
+    if (text.empty() || text.back() != '%')
+        return std::nullopt;
+    std::string digits = text.substr(0, text.size() - 1);
+    const std::string percent = digits;
+    if (const std::size_t point = digits.find('.'); point != std::string::npos && point > 0)
+        digits.erase(point, 1);
+    if (!isNumber(digits) || percent.back() == '.' || std::stod(percent) > 100)
+        return std::nullopt;
+    share.chance = std::stod(percent) / 100;
+    return share;
+}
+
+// A time or a word and, behind a comma, a share of the answers: all of them if there is none.
+struct Timed {
+    std::string time;
+    std::optional<Share> share;
+};
+
+Timed toTimed(const std::string &text) {
+    const std::size_t comma = text.find(',');
+    Share all;
+    all.chance = 1;
+    return {text.substr(0, comma),
+            comma == std::string::npos ? all : toShare(text.substr(comma + 1))};
+}
+
+template <Share Faults::*share>
+bool readShare(const std::string &text, CameraOptions &camera) {
+    return take(toShare(text), camera.faults.*share);
+}
+
+template <std::optional<std::uint64_t> Faults::*count>
+bool readCount(const std::string &text, CameraOptions &camera) {
+    return take(toCount(text), camera.faults.*count);
+}
+
+// "50", "50,5%" or "50,3".
+bool readDelay(const std::string &text, CameraOptions &camera) {
+    constexpr std::uint64_t kLongest = 3'600'000; // an hour
+    const Timed timed = toTimed(text);
+    const auto time = toCount(timed.time);
+    if (!time || *time > kLongest || !timed.share)
+        return false;
+    camera.faults.delayTime = std::chrono::milliseconds(*time);
+    camera.faults.delay = *time > 0 ? *timed.share : Share{};
+    return true;
+}
+
+// As a delay, or "forever".
+bool readPending(const std::string &text, CameraOptions &camera) {
+    constexpr std::uint64_t kLongest = 0xFFFF; // what a PENDING_ACK can say
+    const Timed timed = toTimed(text);
+    const bool isForever = timed.time == "forever";
+    const auto time = isForever ? 0 : toCount(timed.time);
+    if (!time || *time > kLongest || !timed.share)
+        return false;
+    camera.faults.isPendingForever = isForever;
+    camera.faults.pendingTime = std::chrono::milliseconds(*time);
+    camera.faults.pending = isForever || *time > 0 ? *timed.share : Share{};
+    return true;
+}
+
+// "concatenation,writemem". The serial number is none of them: cameras are found by it.
+bool readMissing(const std::string &text, CameraOptions &camera) {
+    const std::map<std::string, std::uint32_t> capabilities{
+        {"concatenation", capability::kConcatenation},
+        {"writemem", capability::kWriteMem},
+        {"primary-application", capability::kPrimaryApplication},
+        {"user-defined-name", capability::kUserDefinedName}};
+    camera.quirks.missing = 0;
+    for (std::size_t at = 0, comma = 0; comma != std::string::npos; at = comma + 1) {
+        comma = text.find(',', at);
+        const auto found = capabilities.find(text.substr(at, comma - at));
+        if (found == capabilities.end())
+            return false;
+        camera.quirks.missing |= found->second;
+    }
+    return true;
+}
+
+// One of the options that take [SERIAL:]VALUE.
+struct AimedOption {
+    const char *name;
+    const char *type;
+    const char *help;
+    const char *expected;
+    bool (*read)(const std::string &value, CameraOptions &camera); // false: it is wrong
+};
+
+const char *const kShareRule =
+    "a percentage, a number of commands, each N-th as 1/N or the N-th as @N, for example 5%, 3, "
+    "1/3, @17 or S1:5%.";
 const char *const kCountRule = "a number of commands, for example 100 or S1:100.";
 
-const Fault kFaults[] = {
-    {"--drop", "[SERIAL:]P%|N", "Commands are lost on their way", kShareRule,
-     [](const std::string &value, Faults &faults) { return take(toShare(value), faults.drop); }},
-    {"--nack", "[SERIAL:]P%|N", "Commands are refused as BUSY", kShareRule,
-     [](const std::string &value, Faults &faults) { return take(toShare(value), faults.nack); }},
-    {"--delay", "[SERIAL:]MS[,P%|,N]", "Answers come late",
-     "milliseconds up to an hour and, if not all answers are meant, a percentage or a number of "
-     "answers, for example 50, 50,5% or S1:50,3.",
+const AimedOption kAimedOptions[] = {
+    {"--drop", "[SERIAL:]SHARE", "Commands are lost on their way", kShareRule,
+     readShare<&Faults::drop>},
+    {"--nack", "[SERIAL:]SHARE", "Commands are refused as BUSY", kShareRule,
+     readShare<&Faults::nack>},
+    {"--delay", "[SERIAL:]MS[,SHARE]", "Answers come late",
+     "milliseconds up to an hour and, if not all answers are meant, a share of them, for example "
+     "50, 50,5% or S1:50,3.",
      readDelay},
+    {"--pending", "[SERIAL:]MS|forever[,SHARE]",
+     "Answers are announced by PENDING_ACK and come as much later, or never",
+     "milliseconds up to 65535, or forever, and, if not all answers are meant, a share of them, "
+     "for example 300, 300,5%, forever,1 or S1:300,@3.",
+     readPending},
+    {"--cut", "[SERIAL:]SHARE", "Answers lose their end", kShareRule, readShare<&Faults::cut>},
+    {"--double", "[SERIAL:]SHARE", "Answers are sent twice", kShareRule, readShare<&Faults::twice>},
+    {"--wrong", "[SERIAL:]SHARE", "Answers have wrong ones before them", kShareRule,
+     readShare<&Faults::wrong>},
     {"--silent-after", "[SERIAL:]N", "Each camera is dead once it has answered N commands",
-     kCountRule,
-     [](const std::string &value, Faults &faults) {
-         return take(toCount(value), faults.silentAfter);
-     }},
+     kCountRule, readCount<&Faults::silentAfter>},
     {"--die-after", "[SERIAL:]N", "... dead, and its socket is closed", kCountRule,
-     [](const std::string &value, Faults &faults) {
-         return take(toCount(value), faults.dieAfter);
-     }},
+     readCount<&Faults::dieAfter>},
+    {"--no-capability", "[SERIAL:]NAME[,NAME]...", "Each camera lacks these capabilities",
+     "concatenation, writemem, primary-application or user-defined-name, or several of them, for "
+     "example writemem,concatenation or S1:writemem.",
+     readMissing},
 };
 
 std::string names(const std::vector<CameraOptions> &cameras) {
@@ -235,15 +341,15 @@ void aim(std::vector<CameraOptions> &cameras, const std::string &option, const s
 }
 
 // For all cameras first, so that what is said of one camera wins wherever it stands.
-void readFault(std::vector<CameraOptions> &cameras, const Fault &fault,
+void readAimed(std::vector<CameraOptions> &cameras, const AimedOption &aimedOption,
                const std::vector<std::string> &texts) {
-    const std::string option = fault.option;
+    const std::string option = aimedOption.name;
     const auto twice = [&](const std::string &serial) {
         return option + " is given twice for " +
                (serial.empty() ? "all cameras" : "camera " + serial) + ", give it once.";
     };
     const auto wrong = [&](const std::string &text) {
-        return option + " is '" + text + "', expected " + fault.expected;
+        return option + " is '" + text + "', expected " + aimedOption.expected;
     };
     std::set<std::string> seen;
     for (const bool isForAll : {true, false}) {
@@ -253,10 +359,26 @@ void readFault(std::vector<CameraOptions> &cameras, const Fault &fault,
                 continue;
             check(seen.insert(aimed.serial).second, twice(aimed.serial));
             aim(cameras, option, text, aimed.serial, [&](CameraOptions &camera) {
-                check(fault.read(aimed.value, camera.faults), wrong(text));
+                check(aimedOption.read(aimed.value, camera), wrong(text));
             });
         }
     }
+}
+
+// What never comes cannot be late or cut, too.
+void checkAimedOptions(const CameraOptions &camera) {
+    const Faults &faults = camera.faults;
+    if (!faults.isPendingForever || !faults.pending.isAll())
+        return;
+    const std::pair<const char *, Share> others[] = {{"--delay", faults.delay},
+                                                     {"--cut", faults.cut},
+                                                     {"--double", faults.twice},
+                                                     {"--wrong", faults.wrong}};
+    for (const auto &[option, share] : others)
+        check(share.isNone(), "--pending forever: camera " + camera.identity.serial +
+                                  " never answers, so " + option +
+                                  " has no answer to befall, give --pending a share, for example "
+                                  "forever,1.");
 }
 
 void readSetting(std::vector<CameraOptions> &cameras, const std::string &text) {
@@ -283,8 +405,9 @@ std::optional<Options> parseOptions(int argc, char **argv) {
     app.get_formatter()->column_width(32);
 
     std::vector<std::string> cameras, vendors, models, descriptions;
-    std::vector<std::string> settings, refusals;
-    std::map<const Fault *, std::vector<std::string>> faults;
+    std::vector<std::string> firstUrls, secondUrls;
+    std::vector<std::string> settings, refusals, littleEndians;
+    std::map<const AimedOption *, std::vector<std::string>> aimedOptions;
     std::string seed;
     Options options;
     const auto repeatable = [&](const char *name, std::vector<std::string> &values,
@@ -306,9 +429,16 @@ std::optional<Options> parseOptions(int argc, char **argv) {
     CLI::Option *zip =
         app.add_flag("--zip", "The first URL names the zipped description (default)");
     CLI::Option *plain = app.add_flag("--plain", "The first URL names the plain description");
+    CLI::Option *firstUrl = repeatable("--first-url", firstUrls, "TEXT",
+                                       "What the first URL is instead, at most 511 bytes");
+    CLI::Option *secondUrl = repeatable("--second-url", secondUrls, "TEXT",
+                                        "What the second URL is instead, at most 511 bytes");
+    repeatable("--little-endian", littleEndians, "[SERIAL]",
+               "READMEM and WRITEMEM have numbers in little-endian order")
+        ->expected(0, 1);
     repeatable("--set", settings, "[SERIAL:]FEATURE=VALUE", "Starting value of a feature");
-    for (const Fault &fault : kFaults)
-        repeatable(fault.option, faults[&fault], fault.type, fault.help);
+    for (const AimedOption &aimed : kAimedOptions)
+        repeatable(aimed.name, aimedOptions[&aimed], aimed.type, aimed.help);
     repeatable("--refuse-control", refusals, "[SERIAL]", "Nobody gets control")->expected(0, 1);
     CLI::Option *seeded =
         app.add_option("--seed", seed, "Where chance starts from [1]")->type_name("N");
@@ -345,6 +475,8 @@ std::optional<Options> parseOptions(int argc, char **argv) {
 
     // As typed, from left to right.
     std::string currentVendor = "Dalsa", currentModel = "C1936", currentDescription;
+    Quirks currentQuirks;
+    std::string idle; // an option that no camera has followed yet
     std::map<const CLI::Option *, std::size_t> used;
     for (const CLI::Option *option : app.parse_order()) {
         const auto next = [&](const std::vector<std::string> &values) {
@@ -358,7 +490,16 @@ std::optional<Options> parseOptions(int argc, char **argv) {
             checkName("--model", currentModel);
         } else if (option == description) {
             currentDescription = next(descriptions);
+        } else if (option == firstUrl) {
+            currentQuirks.firstUrl = next(firstUrls);
+            checkUrl("--first-url", *currentQuirks.firstUrl);
+            idle = "--first-url";
+        } else if (option == secondUrl) {
+            currentQuirks.secondUrl = next(secondUrls);
+            checkUrl("--second-url", *currentQuirks.secondUrl);
+            idle = "--second-url";
         } else if (option == camera) {
+            idle.clear();
             Identity identity = toIdentity(next(cameras));
             identity.vendor = currentVendor;
             identity.model = currentModel;
@@ -370,17 +511,25 @@ std::optional<Options> parseOptions(int argc, char **argv) {
                       "--camera " + identity.serial +
                           ": another camera has this serial number, give each one of its own.");
             }
-            options.cameras.push_back({identity, currentDescription, {}, {}});
+            options.cameras.push_back({identity, currentDescription, currentQuirks, {}, {}});
         }
     }
     check(!options.cameras.empty(),
           "no camera to serve, give at least one: --camera SERIAL@ADDRESS.");
 
-    for (const Fault &fault : kFaults)
-        readFault(options.cameras, fault, faults[&fault]);
+    check(idle.empty(), idle + " holds for the cameras that follow it, and none does, give it " +
+                            "before --camera.");
+
+    for (const AimedOption &aimed : kAimedOptions)
+        readAimed(options.cameras, aimed, aimedOptions[&aimed]);
     for (const std::string &serial : refusals)
         aim(options.cameras, "--refuse-control", serial, serial,
             [](CameraOptions &refusing) { refusing.faults.refuseControl = true; });
+    for (const std::string &serial : littleEndians)
+        aim(options.cameras, "--little-endian", serial, serial,
+            [](CameraOptions &turned) { turned.quirks.isLittleEndian = true; });
+    for (const CameraOptions &serving : options.cameras)
+        checkAimedOptions(serving);
     for (const std::string &setting : settings)
         readSetting(options.cameras, setting);
     return options;

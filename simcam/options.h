@@ -19,6 +19,7 @@ struct Setting {
 struct CameraOptions {
     Identity identity;
     std::string description; // a file; empty for the built-in model
+    Quirks quirks;
     Faults faults;
     std::vector<Setting> settings; // in the order given
 };

@@ -30,6 +30,9 @@ enum class Command : std::uint16_t {
     WriteMem = 0x0086,
 };
 
+// Says that the answer takes longer. It answers a command and is of no command's kind.
+constexpr std::uint16_t kPendingAcknowledge = 0x0089;
+
 enum class Status : std::uint16_t {
     Success = 0x0000,
     NotImplemented = 0x8001,
@@ -88,6 +91,16 @@ constexpr std::uint32_t kStreamPacketDelay = 0x0D08;
 constexpr std::uint32_t kStreamDestination = 0x0D18;
 constexpr std::uint32_t kStreamSourcePort = 0x0D1C;
 } // namespace bootstrap
+
+// Bits of the command capability register.
+namespace capability {
+constexpr std::uint32_t kConcatenation = 1u << 0;
+constexpr std::uint32_t kWriteMem = 1u << 1;
+constexpr std::uint32_t kPendingAck = 1u << 5;
+constexpr std::uint32_t kPrimaryApplication = 1u << 27; // its address and port can be read
+constexpr std::uint32_t kSerialNumber = 1u << 30;
+constexpr std::uint32_t kUserDefinedName = 1u << 31;
+} // namespace capability
 
 // Values of the control channel privilege register.
 constexpr std::uint32_t kExclusiveAccess = 0x1;

@@ -22,6 +22,9 @@ namespace {
 // Packets that are read from one socket before the others have their turn.
 constexpr int kMaxBurst = 64;
 
+// Any port that is free.
+constexpr std::uint16_t kAnyPort = 0;
+
 sockaddr_in toSocketAddress(std::uint32_t address, std::uint16_t port) {
     sockaddr_in to{};
     to.sin_family = AF_INET;
@@ -42,17 +45,18 @@ Descriptor openSignals() {
     return descriptor;
 }
 
-Descriptor openSocket(std::uint32_t address, bool shared, const std::string &purpose) {
+Descriptor openSocket(std::uint32_t address, std::uint16_t port, bool shared,
+                      const std::string &purpose) {
     Descriptor descriptor(socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
     const int yes = 1;
-    const sockaddr_in at = toSocketAddress(address, kPort);
+    const sockaddr_in at = toSocketAddress(address, port);
     if (descriptor.get() >= 0 &&
         (!shared ||
          setsockopt(descriptor.get(), SOL_SOCKET, SO_REUSEADDR, &yes, sizeof yes) == 0) &&
         bind(descriptor.get(), reinterpret_cast<const sockaddr *>(&at), sizeof at) == 0)
         return descriptor;
 
-    const std::string where = dotted(address) + " port " + std::to_string(kPort);
+    const std::string where = dotted(address) + " port " + std::to_string(port);
     if (errno == EADDRINUSE)
         throw std::runtime_error(purpose + ": " + where +
                                  " is taken by another camera or program. Choose another address.");
@@ -62,12 +66,25 @@ Descriptor openSocket(std::uint32_t address, bool shared, const std::string &pur
     throw std::runtime_error(purpose + ": " + where + ": " + strerror(errno));
 }
 
+Descriptor openSocket(const Camera &camera, std::uint16_t port) {
+    return openSocket(camera.identity().address, port, false,
+                      "camera " + camera.identity().serial + " cannot be served");
+}
+
 std::vector<Descriptor> openSockets(const std::vector<Camera> &cameras) {
     std::vector<Descriptor> sockets;
     sockets.reserve(cameras.size());
     for (const Camera &camera : cameras)
-        sockets.push_back(openSocket(camera.identity().address, false,
-                                     "camera " + camera.identity().serial + " cannot be served"));
+        sockets.push_back(openSocket(camera, kPort));
+    return sockets;
+}
+
+std::vector<Descriptor> openOtherPorts(const std::vector<Camera> &cameras) {
+    std::vector<Descriptor> sockets;
+    sockets.reserve(cameras.size());
+    for (const Camera &camera : cameras)
+        sockets.push_back(camera.faults().wrong.isNone() ? Descriptor(-1)
+                                                         : openSocket(camera, kAnyPort));
     return sockets;
 }
 
@@ -87,8 +104,9 @@ Server::Server(std::vector<Camera> &cameras, bool isWatched)
     : cameras_(cameras),
       isWatched_(isWatched),
       signals_(openSignals()),
-      broadcasts_(openSocket(INADDR_BROADCAST, true, "broadcasts cannot be heard")),
-      sockets_(openSockets(cameras)) {
+      broadcasts_(openSocket(INADDR_BROADCAST, kPort, true, "broadcasts cannot be heard")),
+      sockets_(openSockets(cameras)),
+      otherPorts_(openOtherPorts(cameras)) {
     for (std::size_t i = 0; i < cameras.size(); ++i)
         closeIfLeaving(i);
 }
@@ -144,53 +162,56 @@ void Server::receive(std::size_t camera, const std::uint8_t *packet, std::size_t
             watcher_.line(cameras_[camera], packet, size, sender, delivery, outcome, now).c_str());
         std::fflush(stdout);
     }
-    if (outcome.answer && outcome.delay.count() > 0)
-        late_.emplace(now + outcome.delay, Late{camera, *outcome.answer, sender});
-    else if (outcome.answer)
-        send(camera, *outcome.answer, sender);
+    if (outcome.kind == Outcome::Kind::Done && delivery == Delivery::Unicast)
+        outbox_.endPending(camera, sender);
+    if (outcome.answer)
+        outbox_.add(camera, sender, dispatch(*outcome.answer, outcome.befallen), now);
+    sendDue();
+    if (cameras_[camera].isSilent())
+        outbox_.endPending(camera);
     closeIfLeaving(camera);
-}
-
-// An answer that cannot be sent is lost, as on any network.
-void Server::send(std::size_t camera, const Bytes &answer, const Endpoint &to) {
-    if (isLeaving(camera)) {
-        // Whoever answers the camera's last words at once must learn that nobody listens: the
-        // socket takes packets from itself alone before it is closed.
-        const sockaddr_in self = toSocketAddress(cameras_[camera].identity().address, kPort);
-        static_cast<void>(connect(sockets_[camera].get(), reinterpret_cast<const sockaddr *>(&self),
-                                  sizeof self));
-    }
-    const sockaddr_in address = toSocketAddress(to.address, to.port);
-    sendto(sockets_[camera].get(), answer.data(), answer.size(), 0,
-           reinterpret_cast<const sockaddr *>(&address), sizeof address);
 }
 
 void Server::sendDue() {
     const auto now = Clock::now();
-    while (!late_.empty() && late_.begin()->first <= now) {
-        const Late late = std::move(late_.begin()->second);
-        late_.erase(late_.begin());
-        send(late.camera, late.answer, late.to);
-        closeIfLeaving(late.camera);
+    while (const auto packet = outbox_.take(now)) {
+        send(*packet);
+        closeIfLeaving(packet->camera);
     }
 }
 
+// A packet that cannot be sent is lost, as on any network.
+void Server::send(const Outbox::Packet &packet) {
+    if (isLeaving(packet.camera)) {
+        // Whoever answers the camera's last words at once must learn that nobody listens: the
+        // socket takes packets from itself alone before it is closed.
+        const sockaddr_in self = toSocketAddress(cameras_[packet.camera].identity().address, kPort);
+        static_cast<void>(connect(sockets_[packet.camera].get(),
+                                  reinterpret_cast<const sockaddr *>(&self), sizeof self));
+    }
+    const auto &sockets = packet.what.isFromOtherPort ? otherPorts_ : sockets_;
+    const Bytes &bytes = packet.what.packet;
+    const sockaddr_in address = toSocketAddress(packet.to.address, packet.to.port);
+    sendto(sockets[packet.camera].get(), bytes.data(), bytes.size(), 0,
+           reinterpret_cast<const sockaddr *>(&address), sizeof address);
+}
+
 bool Server::isLeaving(std::size_t camera) const {
-    return cameras_[camera].isGone() &&
-           std::none_of(late_.begin(), late_.end(),
-                        [camera](const auto &late) { return late.second.camera == camera; });
+    return cameras_[camera].isGone() && outbox_.isDoneFor(camera);
 }
 
 void Server::closeIfLeaving(std::size_t camera) {
-    if (isLeaving(camera))
-        sockets_[camera].close();
+    if (!isLeaving(camera))
+        return;
+    sockets_[camera].close();
+    otherPorts_[camera].close();
 }
 
 int Server::untilNextDue() const {
-    if (late_.empty())
+    const auto due = outbox_.nextDue();
+    if (!due)
         return -1;
-    const auto left =
-        std::chrono::ceil<std::chrono::milliseconds>(late_.begin()->first - Clock::now());
+    const auto left = std::chrono::ceil<std::chrono::milliseconds>(*due - Clock::now());
     return static_cast<int>(std::max<std::int64_t>(left.count(), 0));
 }
 

@@ -1,10 +1,10 @@
 #pragma once
 
 #include "camera.h"
+#include "outbox.h"
 #include "watch.h"
 
 #include <csignal>
-#include <map>
 #include <string>
 #include <vector>
 
@@ -46,32 +46,27 @@ private:
     void readFrom(const Descriptor &socket, std::size_t first, std::size_t last, Delivery delivery);
     void receive(std::size_t camera, const std::uint8_t *packet, std::size_t size,
                  const Endpoint &sender, Delivery delivery);
-    void send(std::size_t camera, const Bytes &answer, const Endpoint &to);
 
-    /// Sends the late answers whose time has come.
+    /// Sends the packets whose time has come.
     void sendDue();
+    void send(const Outbox::Packet &packet);
 
     /// Whether a camera has died and has said all that it had begun to say. Its socket is closed
     /// then, and hosts are told that nobody listens at its address.
     bool isLeaving(std::size_t camera) const;
     void closeIfLeaving(std::size_t camera);
 
-    /// Milliseconds until the next late answer is due, -1 if none waits.
+    /// Milliseconds until the next late packet is due, -1 if none waits.
     int untilNextDue() const;
-
-    struct Late {
-        std::size_t camera;
-        Bytes answer;
-        Endpoint to;
-    };
 
     std::vector<Camera> &cameras_;
     bool isWatched_;
     Watcher watcher_;
-    std::multimap<Clock::time_point, Late> late_; // by when they are due
+    Outbox outbox_;
     Descriptor signals_;
     Descriptor broadcasts_;
-    std::vector<Descriptor> sockets_; // as cameras_
+    std::vector<Descriptor> sockets_;    // as cameras_
+    std::vector<Descriptor> otherPorts_; // as cameras_, closed where nothing is sent from there
 };
 
 } // namespace simcam

@@ -97,43 +97,47 @@ std::string wordText(const Description &description, std::uint32_t address,
     return text;
 }
 
-std::string blockText(const Description &description, std::uint32_t address, std::size_t size,
+std::string blockText(const Camera &camera, std::uint32_t address, std::size_t size,
                       const std::uint8_t *bytes) {
-    const auto cell = cellAt(description, address, size);
+    const auto cell = cellAt(camera.description(), address, size);
     if (!cell)
         return hexadecimal(address, 8) + " " + bytesText(size);
-    const std::string name = cellName(*cell->reg, cell->number);
-    return bytes ? name + "=" + valueText(*cell->reg, Bytes(bytes, bytes + size)) : name;
+    std::string name = cellName(*cell->reg, cell->number);
+    if (!bytes)
+        return name;
+    Bytes block(bytes, bytes + size);
+    camera.turnWords(address, block);
+    return name + "=" + valueText(*cell->reg, block);
 }
 
 // What a command of the right shape is about; "" when there is nothing to say.
-std::string subject(const Description &description, std::uint16_t command,
-                    const std::uint8_t *payload, std::size_t size, const Bytes &answer) {
+std::string subject(const Camera &camera, std::uint16_t command, const std::uint8_t *payload,
+                    std::size_t size, const Bytes &answer) {
     std::string text;
     const auto add = [&](const std::string &word) { text += (text.empty() ? "" : " ") + word; };
     switch (static_cast<Command>(command)) {
     case Command::ReadReg:
         for (std::size_t at = 0; size % 4 == 0 && at < size; at += 4) {
             const bool isAnswered = kHeaderSize + at + 4 <= answer.size();
-            add(wordText(description, load32(payload + at),
+            add(wordText(camera.description(), load32(payload + at),
                          isAnswered ? answer.data() + kHeaderSize + at : nullptr));
         }
         break;
     case Command::WriteReg:
         for (std::size_t at = 0; size % 8 == 0 && at < size; at += 8)
-            add(wordText(description, load32(payload + at), payload + at + 4));
+            add(wordText(camera.description(), load32(payload + at), payload + at + 4));
         break;
     case Command::ReadMem:
         if (size == 8) {
             const std::size_t length = load16(payload + 6);
             const bool isAnswered = length > 0 && answer.size() == kHeaderSize + 4 + length;
-            add(blockText(description, load32(payload), length,
+            add(blockText(camera, load32(payload), length,
                           isAnswered ? answer.data() + kHeaderSize + 4 : nullptr));
         }
         break;
     case Command::WriteMem:
         if (size > 4)
-            add(blockText(description, load32(payload), size - 4, payload + 4));
+            add(blockText(camera, load32(payload), size - 4, payload + 4));
         break;
     case Command::Discovery:
     case Command::ForceIp:
@@ -158,15 +162,35 @@ std::string fate(const Outcome &outcome, bool acknowledge) {
     return statusName(outcome.status) + (acknowledge ? "" : ", no answer wanted");
 }
 
+// ", delayed 50 ms, cut"
+std::string whatBefell(const AnswerFaults &befallen) {
+    const auto time = [](std::chrono::milliseconds ms) {
+        return std::to_string(ms.count()) + " ms";
+    };
+    std::string text;
+    if (befallen.delay.count() > 0)
+        text += ", delayed " + time(befallen.delay);
+    if (befallen.pending.count() > 0)
+        text += ", pending " + time(befallen.pending);
+    if (befallen.isNeverSent)
+        text += ", pending forever";
+    if (befallen.cutTo)
+        text += ", cut";
+    if (befallen.isTwice)
+        text += ", doubled";
+    if (befallen.isAfterWrongOnes)
+        text += ", wrong answers first";
+    return text;
+}
+
 } // namespace
 
 bool Watcher::isRetransmission(const std::string &serial, const Endpoint &sender, Bytes packet,
                                Clock::time_point now) {
-    for (auto it = last_.begin(); it != last_.end();)
-        it = now - it->second.when > kRetransmissionWindow ? last_.erase(it) : ++it;
-    Heard &last = last_[{serial, sender}];
-    const bool isSame = last.packet == packet && !packet.empty();
-    last = {std::move(packet), now};
+    LastSaid<Bytes> &last = last_[serial];
+    const Bytes *before = last.find(sender, now);
+    const bool isSame = before && *before == packet && !packet.empty();
+    last.keep(sender, std::move(packet), now);
     return isSame;
 }
 
@@ -184,8 +208,8 @@ std::string Watcher::line(const Camera &camera, const std::uint8_t *packet, std:
     if (isCommand) {
         const std::size_t payload = size - kHeaderSize;
         const bool isShaped = load16(packet + 4) == payload;
-        about = isShaped ? subject(camera.description(), load16(packet + 2), packet + kHeaderSize,
-                                   payload, outcome.answer.value_or(Bytes{}))
+        about = isShaped ? subject(camera, load16(packet + 2), packet + kHeaderSize, payload,
+                                   outcome.answer.value_or(Bytes{}))
                          : bytesText(payload);
     }
     if (!about.empty())
@@ -198,9 +222,7 @@ std::string Watcher::line(const Camera &camera, const std::uint8_t *packet, std:
         line += ", repeated";
     else if (isRetransmitted)
         line += ", retransmitted";
-    if (outcome.delay.count() > 0)
-        line += ", delayed " + std::to_string(outcome.delay.count()) + " ms";
-    return line;
+    return line + whatBefell(outcome.befallen);
 }
 
 } // namespace simcam

@@ -4,7 +4,6 @@
 
 #include <map>
 #include <string>
-#include <utility>
 
 namespace simcam {
 
@@ -28,15 +27,10 @@ public:
                      Clock::time_point now);
 
 private:
-    struct Heard {
-        Bytes packet;
-        Clock::time_point when;
-    };
-
     bool isRetransmission(const std::string &serial, const Endpoint &sender, Bytes packet,
                           Clock::time_point now);
 
-    std::map<std::pair<std::string, Endpoint>, Heard> last_; // of each sender to each camera
+    std::map<std::string, LastSaid<Bytes>> last_; // to each camera, by serial number
 };
 
 } // namespace simcam

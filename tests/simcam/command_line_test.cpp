@@ -288,10 +288,27 @@ TEST(Options, HelpAndVersionGoToStandardOutput) {
     const Process::End help = runSimcam({"--help"});
     EXPECT_EQ(0, help.status);
     EXPECT_EQ("", help.errors);
-    for (const char *option :
-         {"--camera", "--vendor", "--model", "--description", "--zip", "--plain", "--set", "--drop",
-          "--nack", "--delay", "--silent-after", "--die-after", "--refuse-control", "--seed",
-          "--watch", "--snapshot", "--version"})
+    for (const char *option : {"--camera",
+                               "--vendor",
+                               "--model",
+                               "--description",
+                               "--zip",
+                               "--plain",
+                               "--set",
+                               "--drop",
+                               "--nack",
+                               "--delay",
+                               "--pending",
+                               "--cut",
+                               "--double",
+                               "--wrong",
+                               "--silent-after",
+                               "--die-after",
+                               "--refuse-control",
+                               "--seed",
+                               "--watch",
+                               "--snapshot",
+                               "--version"})
         EXPECT_THAT(help.output, HasSubstr(option));
 
     const Process::End version = runSimcam({"--version"});
@@ -323,10 +340,18 @@ const std::string kSerialRule =
     "', expected 1 to 15 letters, digits, '-', '_' or '.' (not '.' at the start).";
 const std::string kAddressRule = "', expected the IPv4 address of one host, for example 127.0.0.2.";
 const std::string kCountRule = "a number of commands, for example 100 or S1:100.";
-const std::string kShareRule = "a percentage or a number of commands, for example 5%, 3 or S1:5%.";
+const std::string kShareRule =
+    "a percentage, a number of commands, each N-th as 1/N or the N-th as @N, for example 5%, 3, "
+    "1/3, @17 or S1:5%.";
 const std::string kDelayRule =
-    "milliseconds up to an hour and, if not all answers are meant, a percentage or a number of "
-    "answers, for example 50, 50,5% or S1:50,3.";
+    "milliseconds up to an hour and, if not all answers are meant, a share of them, for example "
+    "50, 50,5% or S1:50,3.";
+const std::string kPendingRule =
+    "milliseconds up to 65535, or forever, and, if not all answers are meant, a share of them, "
+    "for example 300, 300,5%, forever,1 or S1:300,@3.";
+const std::string kCapabilityRule =
+    "concatenation, writemem, primary-application or user-defined-name, or several of them, for "
+    "example writemem,concatenation or S1:writemem.";
 const std::string kSettingRule = "FEATURE=VALUE, for example Gain=4.0 or S1:ReverseX=true.";
 
 const Wrong kWrong[] = {
@@ -393,6 +418,18 @@ const Wrong kWrong[] = {
     {"DropWithoutSerial",
      {"--camera", kGood, "--drop", ":5%"},
      "--drop is ':5%', expected " + kShareRule},
+    {"DropEachZeroth",
+     {"--camera", kGood, "--drop", "1/0"},
+     "--drop is '1/0', expected " + kShareRule},
+    {"DropTwoThirds",
+     {"--camera", kGood, "--drop", "2/3"},
+     "--drop is '2/3', expected " + kShareRule},
+    {"DropTheZeroth",
+     {"--camera", kGood, "--drop", "@0"},
+     "--drop is '@0', expected " + kShareRule},
+    {"DropAtNoPlace",
+     {"--camera", kGood, "--drop", "@5%"},
+     "--drop is '@5%', expected " + kShareRule},
     {"NackNoShare",
      {"--camera", kGood, "--nack", "S1:"},
      "--nack is 'S1:', expected " + kShareRule},
@@ -408,6 +445,24 @@ const Wrong kWrong[] = {
     {"DelayTooLong",
      {"--camera", kGood, "--delay", "3600001"},
      "--delay is '3600001', expected " + kDelayRule},
+    {"PendingNoTime",
+     {"--camera", kGood, "--pending", "ever"},
+     "--pending is 'ever', expected " + kPendingRule},
+    {"PendingTooLong",
+     {"--camera", kGood, "--pending", "65536"},
+     "--pending is '65536', expected " + kPendingRule},
+    {"PendingNoShare",
+     {"--camera", kGood, "--pending", "forever,"},
+     "--pending is 'forever,', expected " + kPendingRule},
+    {"CutNoShare", {"--camera", kGood, "--cut", "7s"}, "--cut is '7s', expected " + kShareRule},
+    {"DoubleNoShare",
+     {"--camera", kGood, "--double", "x"},
+     "--double is 'x', expected " + kShareRule},
+    {"WrongNoShare", {"--camera", kGood, "--wrong", "%"}, "--wrong is '%', expected " + kShareRule},
+    {"CutWhatIsNeverSent",
+     {"--camera", kGood, "--pending", "forever", "--cut", "1"},
+     "--pending forever: camera S1 never answers, so --cut has no answer to befall, give --pending "
+     "a share, for example forever,1."},
     {"FaultOfAnUnknownCamera",
      {"--camera", kGood, "--camera", "S2@127.0.0.3", "--drop", "S9:1"},
      "--drop is 'S9:1', but there is no camera S9, expected S1 or S2."},
@@ -420,6 +475,24 @@ const Wrong kWrong[] = {
     {"RefuseControlOfAnUnknownCamera",
      {"--camera", kGood, "--refuse-control", "S9"},
      "--refuse-control is 'S9', but there is no camera S9, expected S1."},
+    {"LongUrl",
+     {"--first-url", std::string(512, 'x'), "--camera", kGood},
+     "--first-url has 512 bytes, expected at most 511: a camera's register holds no more."},
+    {"LongSecondUrl",
+     {"--second-url", std::string(512, 'x'), "--camera", kGood},
+     "--second-url has 512 bytes, expected at most 511: a camera's register holds no more."},
+    {"UrlOfNoCamera",
+     {"--camera", kGood, "--second-url", "x"},
+     "--second-url holds for the cameras that follow it, and none does, give it before --camera."},
+    {"LittleEndianOfAnUnknownCamera",
+     {"--camera", kGood, "--little-endian", "S9"},
+     "--little-endian is 'S9', but there is no camera S9, expected S1."},
+    {"UnknownCapability",
+     {"--camera", kGood, "--no-capability", "writemem,flight"},
+     "--no-capability is 'writemem,flight', expected " + kCapabilityRule},
+    {"NoNameOfACapability",
+     {"--camera", kGood, "--no-capability", "writemem,"},
+     "--no-capability is 'writemem,', expected " + kCapabilityRule},
     {"SeedNoNumber",
      {"--camera", kGood, "--seed", "abc"},
      "--seed is 'abc', expected a number of up to 18 digits, for example 7."},

@@ -5,6 +5,8 @@
 
 #include <cinttypes>
 #include <cstdio>
+#include <filesystem>
+#include <sys/stat.h>
 
 namespace {
 
@@ -312,6 +314,56 @@ TEST_F(ForeignDescription, ThatIsNoneIsRefused) {
     EXPECT_EQ(named("zip archive: Not a zip archive"), errors("PK\x03\x04 nonsense"));
     EXPECT_EQ("kxinfo-simcam: description '/nowhere/m.xml': it cannot be read\n",
               runSimcam({"--description", "/nowhere/m.xml", "--camera", "S1@127.0.0.2"}).errors);
+}
+
+TEST_F(ForeignDescription, MayHaveMegabytesAndThousandsOfRegisters) {
+    std::string nodes;
+    for (std::uint32_t i = 0; i < 2000; ++i) {
+        const std::string name = "Feature" + std::to_string(i);
+        nodes += "<Integer Name=\"" + name + "\"><ToolTip>" + std::string(400, 't') +
+                 "</ToolTip><pValue>" + name + "Reg</pValue></Integer><IntReg Name=\"" + name +
+                 "Reg\"><Description>" + std::string(400, 'd') +
+                 "</Description><Extension><Initial>" + std::to_string(i) +
+                 "</Initial></Extension><Address>0x" + hex(0x100000 + 4 * i, 6) +
+                 "</Address><Length>4</Length><Endianess>BigEndian</Endianess></IntReg>\n";
+    }
+    const std::string xml = description(nodes);
+    ASSERT_LT(2u << 20, xml.size());
+    const Simcam camera(arguments(xml));
+    Client client;
+
+    EXPECT_TRUE(xml == unzip(fetch(client, urlAt(client, kFirstUrl))).second);
+    const Url plain = urlAt(client, kSecondUrl);
+    EXPECT_EQ(xml.size(), plain.size);
+    EXPECT_EQ(xml.substr(xml.size() / 4 * 4 - 500),
+              client.memory(plain.address + plain.size / 4 * 4 - 500, 500 + plain.size % 4));
+    EXPECT_EQ(hex(1999, 8), client.read(0x100000 + 4 * 1999));
+}
+
+TEST_F(ForeignDescription, Has64MegabytesAtMost) {
+    constexpr std::uintmax_t kMax = 64u << 20;
+    const std::string path = folder.file("huge.xml", "");
+    const auto errors = [&](std::uintmax_t size) {
+        std::filesystem::resize_file(path, size);
+        return runSimcam({"--description", path, "--camera", "S1@127.0.0.2"}).errors;
+    };
+
+    EXPECT_EQ("kxinfo-simcam: description '" + path +
+                  "': not well-formed XML at byte 67108864: No document element found\n",
+              errors(kMax));
+    EXPECT_EQ("kxinfo-simcam: description '" + path +
+                  "': it is too large, 67108865 bytes, expected at most 67108864\n",
+              errors(kMax + 1));
+}
+
+TEST_F(ForeignDescription, IsARegularFile) {
+    const std::string pipe = folder.path() + "/pipe";
+    ASSERT_EQ(0, mkfifo(pipe.c_str(), 0600));
+
+    for (const std::string &path : {pipe, std::string("/dev/zero"), folder.path()})
+        EXPECT_EQ("kxinfo-simcam: description '" + path +
+                      "': it is no regular file, expected a GenICam file, XML or zip\n",
+                  runSimcam({"--description", path, "--camera", "S1@127.0.0.2"}).errors);
 }
 
 } // namespace

@@ -8,6 +8,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <netinet/in.h>
+#include <set>
 #include <sys/socket.h>
 #include <sys/time.h>
 #include <unistd.h>
@@ -117,6 +118,16 @@ TEST(Drop, ByChanceMeetsAsManyAsItSays) {
     EXPECT_GT(147, dropped);
 }
 
+TEST(Drop, MayMeetEachSoManyth) {
+    EXPECT_EQ("110110110", pattern({"--drop", "1/3"}, "127.0.0.2", 9));
+    EXPECT_EQ("000", pattern({"--drop", "1/1"}, "127.0.0.2", 3));
+}
+
+TEST(Drop, MayMeetOneCommandAlone) {
+    EXPECT_EQ("1110111", pattern({"--drop", "@4"}, "127.0.0.2", 7));
+    EXPECT_EQ("0111", pattern({"--drop", "S1:@1"}, "127.0.0.2", 4));
+}
+
 TEST(Drop, SaidOfOneCameraWinsWhereverItStands) {
     const Simcam camera(two({"--drop", "S1:0", "--drop", "100%"}));
     Client first, second("127.0.0.3");
@@ -160,6 +171,16 @@ TEST(Nack, MeetsTheCommandsThatWereNotDropped) {
     Client client;
 
     EXPECT_TRUE(client.isIgnored(kReadWidth));
+    EXPECT_EQ("8007 0081 0000 0007", client.ask(kReadWidth));
+    EXPECT_EQ(kWidthAnswer, client.ask(kReadWidth));
+}
+
+TEST(Nack, AtAPlaceCountsTheCommandsThatWouldBeCarriedOut) {
+    const Simcam camera(two({"--drop", "@1", "--nack", "@2"}));
+    Client client;
+
+    EXPECT_TRUE(client.isIgnored(kReadWidth));
+    EXPECT_EQ(kWidthAnswer, client.ask(kReadWidth));
     EXPECT_EQ("8007 0081 0000 0007", client.ask(kReadWidth));
     EXPECT_EQ(kWidthAnswer, client.ask(kReadWidth));
 }
@@ -228,6 +249,233 @@ TEST(Delay, SparesDiscovery) {
     Client client;
 
     EXPECT_EQ("0000 0003 00F8 0001", client.ask(kDiscovery).substr(0, 19));
+}
+
+constexpr std::uint32_t kCapability = 0x0934;
+
+TEST(Pending, AnnouncesTheAnswerWhichComesThatMuchLater) {
+    Simcam camera(two({"--pending", "S1:500"}));
+    Client client;
+    const auto start = SteadyClock::now();
+
+    EXPECT_EQ("0000 0089 0004 0042 000001F4", client.ask(kTakeControl));
+    EXPECT_GT(milliseconds(500), SteadyClock::now() - start);
+    EXPECT_EQ(kControlAnswer, client.receive().packet);
+    EXPECT_LE(milliseconds(500), SteadyClock::now() - start);
+
+    EXPECT_EQ("kxinfo-simcam: S1 discovery=0 readreg=0 writereg=1 readmem=0 writemem=0 other=0 "
+              "refused=0 repeated=0 pending=1 cut=0 doubled=0 wrong=0\n"
+              "kxinfo-simcam: S2 discovery=0 readreg=0 writereg=0 readmem=0 writemem=0 other=0 "
+              "refused=0 repeated=0\n",
+              camera.stop().output);
+}
+
+TEST(Pending, IsAmongTheCapabilitiesOfACameraThatDoesIt) {
+    const Simcam camera(two({"--pending", "S1:300,@100"}));
+    Client first, second("127.0.0.3");
+
+    EXPECT_EQ("C8000023", first.read(kCapability));
+    EXPECT_EQ("C8000003", second.read(kCapability));
+}
+
+TEST(Pending, MayMeetAShareOfTheAnswers) {
+    const Simcam camera(two({"--pending", "65535,1"}));
+    Client client;
+
+    EXPECT_EQ("0000 0089 0004 0007 0000FFFF", client.ask(kReadWidth));
+    EXPECT_EQ(kWidthAnswer, client.ask(kReadWidth));
+}
+
+TEST(Pending, OfAnAnswerThatIsDelayedTooPromisesItTooEarly) {
+    const Simcam camera(two({"--pending", "10", "--delay", "500"}));
+    Client client;
+    const auto start = SteadyClock::now();
+
+    EXPECT_EQ("0000 0089 0004 0007 0000000A", client.ask(kReadWidth));
+    EXPECT_GT(milliseconds(500), SteadyClock::now() - start);
+    EXPECT_EQ(kWidthAnswer, client.receive().packet);
+    EXPECT_LE(milliseconds(510), SteadyClock::now() - start);
+}
+
+TEST(Pending, SparesDiscoveryAndCommandsThatWantNoAnswer) {
+    const Simcam camera(two({"--pending", "forever"}));
+    Client client;
+
+    EXPECT_EQ("0000 0003 00F8 0001", client.ask(kDiscovery).substr(0, 19));
+    EXPECT_TRUE(client.isIgnored("42 00 0082 0008 0042 00000A00 00000002"));
+}
+
+class PendingForever : public testing::Test {
+protected:
+    const char *const pending = "0000 0089 0004 0007 000000C8";
+    Client client, other, clock{"127.0.0.3"};
+
+    // Camera S2 answers late, so that time goes by in which a PENDING_ACK would come.
+    void letTimeGoBy() { EXPECT_EQ(kWidthAnswer, clock.ask(kReadWidth)); }
+
+    // The next packet that is none.
+    Client::Answer afterPending() {
+        Client::Answer answer = client.receive();
+        while (answer.packet == pending)
+            answer = client.receive();
+        return answer;
+    }
+    std::vector<std::string> options(const std::string &share) {
+        return two({"--pending", "S1:forever" + share, "--delay", "S2:250"});
+    }
+};
+
+TEST_F(PendingForever, PromisesTheAnswerAgainAndAgain) {
+    Simcam camera(options(""));
+    const auto start = SteadyClock::now();
+
+    EXPECT_EQ(pending, client.ask(kReadWidth));
+    EXPECT_EQ(pending, client.receive().packet);
+    EXPECT_LE(milliseconds(100), SteadyClock::now() - start);
+    EXPECT_EQ(pending, client.receive().packet);
+    EXPECT_LE(milliseconds(200), SteadyClock::now() - start);
+    EXPECT_THAT(camera.stop().output,
+                HasSubstr("S1 discovery=0 readreg=1 writereg=0 readmem=0 writemem=0 other=0 "
+                          "refused=0 repeated=0 pending=1 cut=0 doubled=0 wrong=0\n"));
+}
+
+TEST_F(PendingForever, EndsWithTheClientsNextCommand) {
+    const Simcam camera(options(",1"));
+
+    EXPECT_EQ(pending, client.ask(kReadWidth));
+    client.send(kReadWidth);
+    EXPECT_EQ(kWidthAnswer, afterPending().packet);
+    letTimeGoBy();
+    EXPECT_EQ("0000 0003 00F8 0001", client.ask(kDiscovery).substr(0, 19));
+}
+
+TEST_F(PendingForever, GoesOnWhateverOthersSayAndWhateverIsLost) {
+    std::vector<std::string> arguments = options(",1");
+    arguments.insert(arguments.end(), {"--drop", "S1:@3"});
+    const Simcam camera(arguments);
+
+    EXPECT_EQ(pending, client.ask(kReadWidth));
+    EXPECT_EQ(kWidthAnswer, other.ask(kReadWidth));
+    EXPECT_EQ(pending, client.ask(kReadWidth)); // lost
+    EXPECT_EQ(pending, client.receive().packet);
+}
+
+TEST_F(PendingForever, EndsWithTheCamera) {
+    std::vector<std::string> arguments = options("");
+    arguments.insert(arguments.end(), {"--silent-after", "S1:2"});
+    const Simcam camera(arguments);
+
+    EXPECT_EQ(pending, client.ask(kReadWidth));
+    EXPECT_EQ(pending, other.ask(kReadWidth));
+    client.broadcast(kDiscovery);
+    EXPECT_EQ("127.0.0.3:3956", afterPending().from);
+    letTimeGoBy();
+    client.broadcast(kDiscovery);
+    EXPECT_EQ("127.0.0.3:3956", client.receive().from);
+}
+
+TEST_F(PendingForever, KeepsNoCameraFromLeaving) {
+    std::vector<std::string> arguments = options("");
+    arguments.insert(arguments.end(), {"--die-after", "S1:1"});
+    const Simcam camera(arguments);
+
+    EXPECT_EQ(pending, client.ask(kReadWidth));
+    EXPECT_TRUE(isUnreachable("127.0.0.2"));
+}
+
+TEST(Cut, EndsAnswersAnywhereBeforeTheirEnd) {
+    Simcam camera(two({"--cut", "S1:100%"}));
+    Client client, other("127.0.0.3");
+    std::set<std::size_t> sizes;
+    for (int i = 0; i < 200; ++i) {
+        client.send(kReadWidth);
+        const Client::Answer answer = client.receive();
+        ASSERT_EQ("127.0.0.2:3956", answer.from);
+        ASSERT_EQ(std::string(kWidthAnswer).substr(0, answer.packet.size()), answer.packet);
+        sizes.insert(answer.packet.size());
+    }
+
+    EXPECT_EQ(12u, sizes.size()) << "from nothing to all but one byte";
+    EXPECT_LT(*sizes.rbegin(), std::string(kWidthAnswer).size());
+    EXPECT_EQ("0000 0003 00F8 0001", client.ask(kDiscovery).substr(0, 19));
+    EXPECT_EQ(kWidthAnswer, other.ask(kReadWidth));
+    EXPECT_THAT(camera.stop().output, HasSubstr(" pending=0 cut=200 doubled=0 wrong=0\n"));
+}
+
+TEST(Double, SendsTheAnswerTwice) {
+    Simcam camera(two({"--double", "@2"}));
+    Client client;
+
+    EXPECT_EQ(kWidthAnswer, client.ask(kReadWidth));
+    EXPECT_EQ(kControlAnswer, client.ask(kTakeControl));
+    EXPECT_EQ(kControlAnswer, client.receive().packet);
+    EXPECT_EQ("0000 0003 00F8 0001", client.ask(kDiscovery).substr(0, 19));
+    EXPECT_THAT(camera.stop().output,
+                HasSubstr("S1 discovery=1 readreg=1 writereg=1 readmem=0 writemem=0 other=0 "
+                          "refused=0 repeated=0 pending=0 cut=0 doubled=1 wrong=0\n"));
+}
+
+class Wrong : public testing::Test {
+protected:
+    Simcam camera{two({"--wrong", "S1:100%"})};
+    Client client;
+
+    // All four packets, as they come.
+    std::vector<std::string> answers(const std::string &command) {
+        client.send(command);
+        std::vector<std::string> packets;
+        for (const char *const port : {"3956", "3956", "another", "3956"}) {
+            const Client::Answer answer = client.receive();
+            EXPECT_EQ("127.0.0.2:", answer.from.substr(0, 10));
+            if (std::string(port) == "another")
+                EXPECT_NE("127.0.0.2:3956", answer.from);
+            else
+                EXPECT_EQ("127.0.0.2:3956", answer.from);
+            packets.push_back(answer.packet);
+        }
+        return packets;
+    }
+};
+
+TEST_F(Wrong, AnswersComeBeforeTheRightOne) {
+    EXPECT_THAT(answers(kReadWidth),
+                testing::ElementsAre("0000 0081 0004 0006 FFFFF86F", "0000 0085 0004 0007 FFFFF86F",
+                                     "0000 0081 0004 0007 FFFFF86F", kWidthAnswer));
+    EXPECT_THAT(answers(kTakeControl),
+                testing::ElementsAre("0000 0083 0004 0041 FFFFFFFE", "0000 0085 0004 0042 FFFFFFFE",
+                                     "0000 0083 0004 0042 FFFFFFFE", kControlAnswer));
+    EXPECT_THAT(camera.stop().output, HasSubstr(" pending=0 cut=0 doubled=0 wrong=2\n"));
+}
+
+TEST_F(Wrong, BlocksAreOfTheRightAddress) {
+    EXPECT_THAT(answers("42 01 0084 0008 0001 00010110 0000 0004"),
+                testing::ElementsAre("0000 0085 0008 FFFF 00010110FFFFF86F",
+                                     "0000 0081 0008 0001 00010110FFFFF86F",
+                                     "0000 0085 0008 0001 00010110FFFFF86F",
+                                     "0000 0085 0008 0001 0001011000000790"));
+}
+
+TEST_F(Wrong, AnswersHaveNothingToDoWithDiscoveryAndOtherCameras) {
+    Client other("127.0.0.3");
+
+    EXPECT_EQ("0000 0003 00F8 0001", client.ask(kDiscovery).substr(0, 19));
+    EXPECT_EQ("0000 0003 00F8 0001", client.ask(kDiscovery).substr(0, 19));
+    EXPECT_EQ(kWidthAnswer, other.ask(kReadWidth));
+    EXPECT_EQ(kWidthAnswer, other.ask(kReadWidth));
+}
+
+TEST(AnswersMeet, SeveralFaultsAtOnce) {
+    const Simcam camera(
+        two({"--pending", "1", "--wrong", "1/1", "--double", "1/1", "--nack", "1"}));
+    Client client;
+    client.send(kReadWidth);
+
+    EXPECT_EQ("0000 0089 0004 0007 00000001", client.receive().packet);
+    EXPECT_EQ("8007 0081 0000 0006", client.receive().packet);
+    EXPECT_EQ("8007 0085 0000 0007", client.receive().packet);
+    EXPECT_EQ("8007 0081 0000 0007", client.receive().packet);
+    EXPECT_EQ("8007 0081 0000 0007", client.receive().packet);
+    EXPECT_EQ("8007 0081 0000 0007", client.receive().packet);
 }
 
 TEST(DieAfter, LeavesNobodyListeningAtTheAddress) {

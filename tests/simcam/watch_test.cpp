@@ -129,6 +129,27 @@ TEST_F(Watch, TellsFaults) {
               }));
 }
 
+TEST_F(Watch, TellsWhatBefellAnAnswer) {
+    options = {"--pending", "20,@1",   "--cut", "@2",      "--double",
+               "@3",        "--wrong", "@4",    "--delay", "10,@1"};
+    const std::string read = "42 01 0080 0004 0001 00010110";
+    const std::string other = "42 01 0080 0004 0002 00010110";
+    EXPECT_EQ(lines({
+                  "READREG Width=1936 -> ok, delayed 10 ms, pending 20 ms",
+                  "READREG Width=1936 -> ok, cut",
+                  "READREG Width=1936 -> ok, doubled",
+                  "READREG Width=1936 -> ok, wrong answers first",
+                  "READREG Width=1936 -> ok",
+              }),
+              seen({read, other, read, other, read}));
+}
+
+TEST_F(Watch, TellsOfAnAnswerThatIsNeverSent) {
+    options = {"--pending", "forever"};
+    EXPECT_EQ(lines({"READREG Width=1936 -> ok, pending forever"}),
+              seen({"42 01 0080 0004 0001 00010110"}));
+}
+
 TEST_F(Watch, ShowsABroadcastOnceForEachCameraThatIsThere) {
     Simcam camera({"--camera", "S1@127.0.0.2", "--camera", "S2@127.0.0.3", "--camera",
                    "S3@127.0.0.4", "--die-after", "S2:0", "--silent-after", "S3:0", "--watch"});
