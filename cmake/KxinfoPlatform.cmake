@@ -1,5 +1,6 @@
 # kxinfo::platform: what the plug-in is compiled against and linked with.
 # KXINFO_PLATFORM_RPATH: where it looks for the platform's libraries.
+# KXINFO_PLATFORM_DTAGS: whether LD_LIBRARY_PATH comes before that (RUNPATH) or after it (RPATH).
 
 add_library(kxinfo-platform INTERFACE)
 add_library(kxinfo::platform ALIAS kxinfo-platform)
@@ -13,6 +14,8 @@ if(KXINFO_PLATFORM STREQUAL "open")
   target_link_libraries(kxinfo-platform INTERFACE kxinfo-platform-headers GevApi)
   # A folder of its own beside the plug-in, where no other program looks for the maker's library.
   set(KXINFO_PLATFORM_RPATH [[$ORIGIN/platform]])
+  # The maker's library has the same file name, and its users may have it in LD_LIBRARY_PATH.
+  set(KXINFO_PLATFORM_DTAGS LINKER:--disable-new-dtags)
 else()
   find_path(GIGEV_INCLUDE_DIR gevapi.h
     PATHS ${GIGEV_DIR} PATH_SUFFIXES include NO_DEFAULT_PATH)
@@ -48,4 +51,6 @@ else()
     list(APPEND KXINFO_PLATFORM_RPATH ${_folder})
   endforeach()
   list(REMOVE_DUPLICATES KXINFO_PLATFORM_RPATH)
+  # Whoever has moved the framework says so in LD_LIBRARY_PATH.
+  set(KXINFO_PLATFORM_DTAGS LINKER:--enable-new-dtags)
 endif()

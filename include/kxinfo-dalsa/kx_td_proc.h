@@ -6,8 +6,9 @@
  * programs that have a KxTd::CExCam of their own; its `info` must be set. They publish through the
  * host's functions (kx_sc.h), which the program must then provide.
  *
- * A feature that the camera lacks is shown and published as 0 (gamma as -1), or, inside a step that
- * handles several settings in turn, as what the setting before it left.
+ * A feature that the camera lacks is shown and published as 0, or, inside a step that handles
+ * several settings in turn, as what the setting before it left. A missing gamma is shown as -1, and
+ * published with the current value 0 and a range from -1 to -1.
  */
 #ifndef KXINFO_DALSA_KX_TD_PROC_H
 #define KXINFO_DALSA_KX_TD_PROC_H
