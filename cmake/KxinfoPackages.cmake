@@ -75,9 +75,9 @@ ${_platform_text}"
 if(TARGET GevApi)
   kxinfo_package(kxinfo-platform-gige SECTION libs
     SUMMARY "open GigE Vision camera platform of the plug-in kxinfo-dalsa"
-    TEXT "A library that finds, opens and configures GigE Vision cameras, over Aravis. It
-stands in for the camera maker's framework and has its file name, so it lies in
-a folder where no program but the plug-in of kxinfo-dalsa looks for it.")
+    TEXT "A library that finds, opens and configures GigE Vision cameras. It stands in
+for the camera maker's framework and has its file name, so it lies in a folder
+where no program but the plug-in of kxinfo-dalsa looks for it.")
 endif()
 
 if(TARGET kxinfo-simcam)

@@ -29,6 +29,11 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size);
         }                                                                                          \
     } while (0)
 
+/** Whether every terminal shows \p text as it is. */
+inline bool isPrintable(const std::string &text) {
+    return std::all_of(text.begin(), text.end(), [](char c) { return c >= ' ' && c <= '~'; });
+}
+
 class Input {
 public:
     Input(const uint8_t *data, size_t size) : at_(data), left_(size) {}

@@ -1,0 +1,248 @@
+#include "gvcp/discovery.h"
+
+#include <linux/filter.h>
+#include <poll.h>
+#include <sys/socket.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <map>
+#include <random>
+#include <set>
+#include <system_error>
+#include <tuple>
+
+#include "gvcp/bounds.h"
+#include "gvcp/descriptor.h"
+#include "gvcp/error.h"
+
+// One socket per network interface, bound to the interface's address: the kernel then sends a
+// limited broadcast out of that interface, without privileges. One more, bound to none, for the
+// cameras that are asked directly. All sockets are read until one deadline, and then whatever has
+// come by then, which may be much where the computer is busy.
+//
+// A sender that answers again and again is shut out: the kernel drops its packets from then on, so
+// that they neither fill the socket's buffer nor take the time for those of others.
+
+namespace gvcp {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+using namespace std::chrono_literals;
+
+// Room for the answers of some hundred cameras that come at once; the kernel may give less.
+constexpr int kReceiveBuffer = 1 << 20;
+// A filter that shuts out more would be longer than the kernel takes without asking for memory.
+constexpr size_t kMostShutOut = 64;
+
+struct Sender {
+    int packets = 0;
+    bool counted = false; // as a camera
+};
+
+struct Line {
+    Interface interface; // index 0: none, cameras are asked directly
+    Descriptor socket;
+    std::map<uint32_t, Sender> senders; // by address
+    std::vector<uint32_t> shutOut;
+};
+
+bool send(const Descriptor &socket, uint32_t to, const Packet &command) {
+    const sockaddr_in address = socketAddress(to, kPort);
+    return sendto(socket.get(), command.bytes.data(), command.size, MSG_NOSIGNAL,
+                  reinterpret_cast<const sockaddr *>(&address), sizeof address) >= 0;
+}
+
+Descriptor openSocket(uint32_t from) {
+    Descriptor socket(::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
+    const int on = 1;
+    const sockaddr_in address = socketAddress(from, 0);
+    if (!socket || setsockopt(socket.get(), SOL_SOCKET, SO_BROADCAST, &on, sizeof on) != 0 ||
+        bind(socket.get(), reinterpret_cast<const sockaddr *>(&address), sizeof address) != 0)
+        return Descriptor();
+    setsockopt(socket.get(), SOL_SOCKET, SO_RCVBUF, &kReceiveBuffer, sizeof kReceiveBuffer);
+    return socket;
+}
+
+// Has the kernel drop what comes from these senders.
+void shutOut(const Line &line) {
+    const auto count = static_cast<uint8_t>(line.shutOut.size());
+    std::vector<sock_filter> program{
+        BPF_STMT(BPF_LD | BPF_W | BPF_ABS, static_cast<uint32_t>(SKF_NET_OFF) + 12)}; // source
+    for (uint8_t i = 0; i < count; ++i)
+        program.push_back(BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, line.shutOut[i],
+                                   static_cast<uint8_t>(count - i), 0));
+    program.push_back(BPF_STMT(BPF_RET | BPF_K, UINT32_MAX));
+    program.push_back(BPF_STMT(BPF_RET | BPF_K, 0));
+    const sock_fprog filter{static_cast<unsigned short>(program.size()), program.data()};
+    setsockopt(line.socket.get(), SOL_SOCKET, SO_ATTACH_FILTER, &filter, sizeof filter);
+}
+
+class Cameras {
+public:
+    explicit Cameras(const Search &search) : search_(search) {}
+
+    void add(const Found &camera) {
+        const Identity &identity = camera.identity;
+        if (!search_.serial.empty() && identity.serial == search_.serial && !wanted_)
+            wanted_ = camera;
+        const Key key{identity.address, identity.macHigh, identity.macLow};
+        if (cameras_.size() < kMostCameras && known_.insert(key).second)
+            cameras_.push_back(camera);
+    }
+
+    bool complete() const {
+        return wanted_ || (search_.expected && cameras_.size() >= *search_.expected) ||
+               (search_.interfaces.empty() && cameras_.size() >= search_.addresses.size());
+    }
+
+    std::vector<Found> sorted() && {
+        if (wanted_)
+            return {*wanted_};
+        std::sort(cameras_.begin(), cameras_.end(), [](const Found &left, const Found &right) {
+            const Identity &a = left.identity;
+            const Identity &b = right.identity;
+            return std::tie(a.address, a.macHigh, a.macLow) <
+                   std::tie(b.address, b.macHigh, b.macLow);
+        });
+        return std::move(cameras_);
+    }
+
+private:
+    using Key = std::tuple<uint32_t, uint32_t, uint32_t>;
+
+    const Search &search_;
+    std::set<Key> known_;
+    std::vector<Found> cameras_;
+    std::optional<Found> wanted_;
+};
+
+// Sends the command to all that a line reaches; false, and errno, when it could be sent to nobody.
+bool ask(const Line &line, const Search &search, uint16_t requestId) {
+    const Packet command = makeCommand(kDiscovery, requestId, nullptr, 0);
+    if (!line.socket)
+        return false;
+    if (line.interface.index != 0)
+        return send(line.socket, INADDR_BROADCAST, command);
+    bool sent = false;
+    for (const uint32_t address : search.addresses)
+        sent = send(line.socket, address, command) || sent;
+    return sent;
+}
+
+std::vector<Line> ask(const Search &search, uint16_t requestId) {
+    std::vector<Line> lines;
+    int error = 0;
+    const auto askOn = [&](const Interface &interface) {
+        Line line{interface, openSocket(interface.address), {}, {}};
+        if (ask(line, search, requestId))
+            lines.push_back(std::move(line));
+        else
+            error = errno;
+    };
+    std::for_each(search.interfaces.begin(), search.interfaces.end(), askOn);
+    if (!search.addresses.empty())
+        askOn({"", 0, INADDR_ANY, 0});
+    if (lines.empty() && error)
+        throw std::system_error(error, std::generic_category(), "ask for cameras");
+    return lines;
+}
+
+// The address that this computer has towards a camera that was asked directly.
+uint32_t hostTowards(uint32_t camera) {
+    const Descriptor socket(::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0));
+    sockaddr_in address = socketAddress(camera, kPort);
+    socklen_t length = sizeof address;
+    if (!socket ||
+        connect(socket.get(), reinterpret_cast<sockaddr *>(&address), sizeof address) != 0 ||
+        getsockname(socket.get(), reinterpret_cast<sockaddr *>(&address), &length) != 0)
+        return 0;
+    return ntohl(address.sin_addr.s_addr);
+}
+
+// Takes one packet, if there is one; false when the line is dead.
+bool receive(Line &line, uint16_t requestId, const Search &search, Cameras &cameras) {
+    uint8_t packet[kLargestPacket];
+    sockaddr_in from{};
+    socklen_t length = sizeof from;
+    const ssize_t size = recvfrom(line.socket.get(), packet, sizeof packet, MSG_DONTWAIT,
+                                  reinterpret_cast<sockaddr *>(&from), &length);
+    if (size < 0)
+        return errno == EAGAIN || errno == EINTR || errno == ECONNREFUSED || errno == EHOSTUNREACH;
+    const uint32_t address = ntohl(from.sin_addr.s_addr);
+    // Beyond the bound only the camera that is wanted counts.
+    const bool isExtra = line.senders.size() >= kMostSenders && !line.senders.count(address);
+    Sender extra;
+    Sender &sender = isExtra ? extra : line.senders[address];
+    if (++sender.packets == kMostPacketsOfSender && line.shutOut.size() < kMostShutOut) {
+        line.shutOut.push_back(address);
+        shutOut(line);
+        // What others have said meanwhile may have found no room.
+        if (line.shutOut.size() == 1)
+            ask(line, search, requestId);
+    }
+    if (sender.counted || sender.packets > kMostPacketsOfSender)
+        return true;
+    const auto answer = parseAnswer(packet, static_cast<size_t>(size));
+    const auto identity =
+        answer && answer->requestId == requestId ? parseIdentity(*answer) : std::nullopt;
+    if (!identity || identity->address != address || ntohs(from.sin_port) != kPort)
+        return true;
+    Found found{*identity, line.interface.address, line.interface.index};
+    if (line.interface.index == 0) {
+        const auto &asked = search.addresses;
+        if (std::find(asked.begin(), asked.end(), address) == asked.end())
+            return true;
+        found.host = hostTowards(address);
+    }
+    sender.counted = true;
+    cameras.add(found);
+    return true;
+}
+
+} // namespace
+
+std::vector<Found> discover(Search search) {
+    // Each answers once, so none is waited for twice.
+    std::sort(search.addresses.begin(), search.addresses.end());
+    search.addresses.erase(std::unique(search.addresses.begin(), search.addresses.end()),
+                           search.addresses.end());
+
+    // Any id but 0 will do; a new one each time tells late answers of an earlier call apart.
+    std::random_device random;
+    const auto requestId = static_cast<uint16_t>(1 + random() % UINT16_MAX);
+
+    const auto deadline = Clock::now() + search.window;
+    std::vector<Line> lines = ask(search, requestId);
+    if (lines.empty())
+        return {};
+    std::vector<pollfd> waits;
+    waits.reserve(lines.size());
+    for (const Line &line : lines)
+        waits.push_back({line.socket.get(), POLLIN, 0});
+
+    Cameras cameras(search);
+    for (int lateRounds = 0; lateRounds <= kMostLateRounds;) {
+        if (stopAsked())
+            throw Error(Cause::Stopped, "stopped while looking for cameras");
+        const auto left = std::chrono::ceil<std::chrono::milliseconds>(
+            std::min<Clock::duration>(deadline - Clock::now(), kSlice));
+        const bool waiting = left.count() > 0 && !cameras.complete();
+        if (!waiting)
+            ++lateRounds;
+        const int ready =
+            poll(waits.data(), waits.size(), waiting ? static_cast<int>(left.count()) : 0);
+        if (!waiting && ready == 0)
+            break;
+        if (ready <= 0)
+            continue;
+        // One packet of each line in turn, so that a flood on one hides no camera on another.
+        for (size_t i = 0; i < lines.size(); ++i) {
+            if (waits[i].revents && !receive(lines[i], requestId, search, cameras))
+                waits[i].fd = -1; // the interface is gone; poll() leaves the line out
+        }
+    }
+    return std::move(cameras).sorted();
+}
+
+} // namespace gvcp

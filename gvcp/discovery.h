@@ -1,0 +1,50 @@
+/** Finding GigE Vision cameras. */
+#ifndef KXINFO_GVCP_DISCOVERY_H
+#define KXINFO_GVCP_DISCOVERY_H
+
+#include <chrono>
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "gvcp/network.h"
+#include "gvcp/packets.h"
+
+namespace gvcp {
+
+/** Where to ask, and how long to wait for answers. */
+struct Search {
+    /** Cameras may answer a broadcast up to a second late. */
+    std::chrono::milliseconds window{1000};
+    /** Waiting ends early once so many cameras have answered. */
+    std::optional<size_t> expected;
+    /** Unless empty: waiting ends once a camera with exactly this serial number has answered. */
+    std::string serial;
+    /** Where a broadcast is sent, each network interface once. */
+    std::vector<Interface> interfaces;
+    /** Cameras that are asked directly. If only these are asked, waiting ends with their answers. */
+    std::vector<uint32_t> addresses;
+};
+
+/** A camera that answered. */
+struct Found {
+    Identity identity;
+    uint32_t host = 0;      /**< the address of this computer that it was asked from */
+    uint32_t interface = 0; /**< index of the network interface; 0: it was asked directly */
+};
+
+/**
+ * Asks once and collects answers until the search ends, however many come. An answer counts only
+ * when it comes from the address that it claims and from the protocol's port; each sender counts
+ * once on each interface, and a camera that is found through several interfaces once.
+ *
+ * \return the cameras by IPv4 address; with Search::serial, only the one that ended the search
+ * \throw Error              Stopped
+ * \throw std::system_error  nothing could be asked
+ */
+std::vector<Found> discover(Search search);
+
+} // namespace gvcp
+
+#endif

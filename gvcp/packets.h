@@ -1,0 +1,113 @@
+/** GVCP packets: the protocol's numbers, commands as bytes, bytes as answers. No sockets. */
+#ifndef KXINFO_GVCP_PACKETS_H
+#define KXINFO_GVCP_PACKETS_H
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+
+#include "gvcp/memory.h"
+
+namespace gvcp {
+
+/** UDP port of every GigE Vision camera's control channel. */
+constexpr uint16_t kPort = 3956;
+
+/** A packet's header, and what one carries at most behind it: 576 bytes with IP and UDP headers. */
+constexpr size_t kHeader = 8;
+constexpr size_t kLargestPayload = 540;
+constexpr size_t kLargestPacket = kHeader + kLargestPayload;
+static_assert(kLargestBlock + 4 == kLargestPayload, "an address stands before a block of memory");
+
+/** Commands; a command's answer has the next number. */
+enum Command : uint16_t {
+    kDiscovery = 0x0002,
+    kReadRegister = 0x0080,
+    kWriteRegister = 0x0082,
+    kReadMemory = 0x0084,
+    kWriteMemory = 0x0086,
+    kPending = 0x0088, /**< comes only as an answer: the one that is waited for will be late */
+};
+
+/** Statuses of answers that something depends on here. */
+enum Status : uint16_t {
+    kSuccess = 0x0000,
+    kNotImplemented = 0x8001,
+    kInvalidParameter = 0x8002,
+    kInvalidAddress = 0x8003,
+    kAccessDenied = 0x8006,
+    kBusy = 0x8007,
+};
+
+/** Bootstrap registers: those that every camera has at the same place. */
+namespace bootstrap {
+constexpr uint32_t kCapability = 0x0934;
+constexpr uint32_t kHeartbeatTimeout = 0x0938; /**< milliseconds */
+constexpr uint32_t kControlPrivilege = 0x0a00;
+constexpr uint32_t kControllerPort = 0x0a04;
+constexpr uint32_t kControllerAddress = 0x0a14;
+} // namespace bootstrap
+
+/** Bits of the control privilege register. */
+constexpr uint32_t kExclusiveAccess = 1;
+constexpr uint32_t kControlAccess = 2;
+
+/** Bits of the capability register: what a camera can beyond the least. */
+constexpr uint32_t kCanConcatenate = 1u << 0; /**< several registers in one command */
+constexpr uint32_t kCanWriteMemory = 1u << 1;
+constexpr uint32_t kTellsController = 1u << 27; /**< address and port of who controls it */
+
+/** A command, ready to be sent. */
+struct Packet {
+    std::array<uint8_t, kLargestPacket> bytes;
+    size_t size;
+};
+
+/**
+ * A command that asks for an answer.
+ *
+ * \param requestId  not 0
+ * \param size       of the payload, at most kLargestPayload
+ */
+Packet makeCommand(Command command, uint16_t requestId, const uint8_t *payload, size_t size);
+
+/** An answer, within the bytes that it came in. */
+struct Answer {
+    uint16_t status;
+    uint16_t command; /**< the answered command's number and 1 */
+    uint16_t requestId;
+    const uint8_t *payload;
+    size_t size; /**< of the payload */
+};
+
+/** \return nothing when the bytes are no answer, or one that was cut short */
+std::optional<Answer> parseAnswer(const uint8_t *packet, size_t size);
+
+/** A camera as its answer to a discovery command describes it. */
+struct Identity {
+    uint32_t address; /**< the camera's IPv4 address; like all numbers here in host byte order */
+    uint32_t mask;
+    uint32_t gateway;
+    uint32_t macHigh; /**< upper 16 bits */
+    uint32_t macLow;  /**< lower 32 bits */
+    uint32_t deviceMode;
+    std::string manufacturer, model, version, serial, userName; /**< as sent, without the NUL */
+};
+
+/** \return nothing when \p answer is none to a discovery command */
+std::optional<Identity> parseIdentity(const Answer &answer);
+
+/** A status in words, with its number: "it is busy (0x8007)". */
+std::string statusText(uint16_t status);
+
+/** Big-endian numbers in packets. */
+uint16_t get16(const uint8_t *at);
+uint32_t get32(const uint8_t *at);
+void put16(uint8_t *at, uint16_t value);
+void put32(uint8_t *at, uint32_t value);
+
+} // namespace gvcp
+
+#endif

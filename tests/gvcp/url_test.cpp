@@ -1,0 +1,124 @@
+// The URLs of a camera's description, as its registers have them.
+
+#include <gtest/gtest.h>
+
+#include "camera_memory.h"
+#include "gvcp/url.h"
+#include "refusal.h"
+
+namespace {
+
+using gvcp::LocalUrl;
+using gvcp::parseUrl;
+
+constexpr char kThreeParts[] = "expected Local:NAME;ADDRESS;LENGTH with hexadecimal numbers";
+
+std::string refused(const std::string &text) {
+    return refusalOf([&text] { parseUrl(text); });
+}
+
+void expectPlace(uint32_t address, uint32_t size, const std::string &text) {
+    SCOPED_TRACE(text);
+    const LocalUrl url = parseUrl(text);
+    EXPECT_EQ(address, url.address);
+    EXPECT_EQ(size, url.size);
+    EXPECT_EQ(text, url.text);
+}
+
+TEST(Url, NamesAPlaceInTheCamera) {
+    expectPlace(0x1c400, 0x23d8, "Local:camera.zip;1C400;23D8");
+}
+
+TEST(Url, MayBeWrittenAsCamerasDo) {
+    expectPlace(0xabcd, 0x10, "local:camera.xml;abcd;10");
+    expectPlace(0xabcd, 0x10, "LOCAL:///camera.xml;ABCD;10");
+    expectPlace(0xabcd, 0x10, "Local:camera.xml;0xABCD;0X10");
+    expectPlace(0xabcd, 0x10, "Local:camera.xml;000000000000abcd;00010");
+    expectPlace(0xabcd, 0x10, " Local: camera.xml ; ABCD ; 10 \r\n");
+    expectPlace(0xabcd, 0x10, "Local:camera.xml;ABCD;10?SchemaVersion=1.1.0");
+    expectPlace(0xabcd, 0x10, "Local:;ABCD;10 ?SchemaVersion=1.1.0");
+}
+
+TEST(Url, MayReachTheBoundsOfSizeAndOfTheAddressSpace) {
+    expectPlace(0, 64 << 20, "Local:a.xml;0;4000000");
+    expectPlace(0xffffffff, 1, "Local:a.xml;ffffffff;1");
+    expectPlace(0xfc000000, 64 << 20, "Local:a.xml;fc000000;4000000");
+}
+
+TEST(Url, HasALengthWithinBounds) {
+    EXPECT_EQ("its length is 0 bytes; expected 1 to 67108864", refused("Local:a.xml;0;0"));
+    EXPECT_EQ("its length is 67108865 bytes; expected 1 to 67108864",
+              refused("Local:a.xml;0;4000001"));
+    EXPECT_EQ("its length is 2147483648 bytes; expected 1 to 67108864",
+              refused("Local:a.xml;0;80000000"));
+    EXPECT_EQ("its length is 9223372036854775807 bytes; expected 1 to 67108864",
+              refused("Local:a.xml;0;7fffffffffffffff"));
+}
+
+TEST(Url, StaysWithinTheAddressSpace) {
+    EXPECT_EQ("its address 0xffffffff and length 0x2 lead beyond an address space of 32 bits",
+              refused("Local:a.xml;ffffffff;2"));
+    EXPECT_EQ("its address 0x100000000 and length 0x10 lead beyond an address space of 32 bits",
+              refused("Local:a.xml;100000000;10"));
+    EXPECT_EQ("its address 0xfffffffffffffff0 and length 0x20 lead beyond an address space of 32 "
+              "bits",
+              refused("Local:a.xml;fffffffffffffff0;20"));
+}
+
+TEST(Url, HasNumbersThatAreNotWrapped) {
+    EXPECT_EQ("its address has 17 digits, expected at most 16",
+              refused("Local:a.xml;10000000000001000;10"));
+    EXPECT_EQ("its length has 17 digits, expected at most 16",
+              refused("Local:a.xml;1000;00000000000000010"));
+}
+
+TEST(Url, HasHexadecimalNumbers) {
+    EXPECT_EQ("its address 'xyz' is no hexadecimal number", refused("Local:a.xml;xyz;10"));
+    EXPECT_EQ("its length '-1' is no hexadecimal number", refused("Local:a.xml;1000;-1"));
+    EXPECT_EQ("its length '10;20' is no hexadecimal number", refused("Local:a.xml;1000;10;20"));
+    EXPECT_EQ(std::string("its length is missing; ") + kThreeParts, refused("Local:a.xml;1000;"));
+    EXPECT_EQ(std::string("its address is missing; ") + kThreeParts, refused("Local:a.xml;0x;1"));
+}
+
+TEST(Url, HasThreeParts) {
+    EXPECT_EQ(std::string("'Local:a.xml;1000' has fewer than three parts; ") + kThreeParts,
+              refused("Local:a.xml;1000"));
+    EXPECT_EQ(std::string("'Local:' has fewer than three parts; ") + kThreeParts,
+              refused(" Local: "));
+}
+
+TEST(Url, OfAFileIsNeverOpened) {
+    const char *why = "it names a file, and files are never opened for a camera";
+    EXPECT_EQ(why, refused("File:/dev/zero"));
+    EXPECT_EQ(why, refused("file:///etc/passwd"));
+    EXPECT_EQ(why, refused(" FILE:camera.xml?SchemaVersion=1.0.0"));
+}
+
+TEST(Url, OfTheNetworkIsNeverOpened) {
+    const char *why = "it names a place on the network, and such places are never opened for a "
+                      "camera";
+    EXPECT_EQ(why, refused("http://192.168.0.1/camera.xml"));
+    EXPECT_EQ(why, refused("HTTPS://example.org/camera.xml"));
+    EXPECT_EQ(why, refused("ftp://example.org/camera.xml"));
+}
+
+TEST(Url, OfAnotherKindIsToldInPrintableCharacters) {
+    EXPECT_EQ("it is empty", refused(""));
+    EXPECT_EQ("it is empty", refused(" \r\n"));
+    EXPECT_EQ(std::string("'?[31mred' is not of a kind that is known; ") + kThreeParts,
+              refused("\x1b[31mred"));
+    EXPECT_EQ("'" + std::string(60, 'x') + "...' is not of a kind that is known; " + kThreeParts,
+              refused(std::string(512, 'x')));
+}
+
+TEST(Url, EndsAtANulOrWithItsRegister) {
+    CameraMemory camera;
+    camera.setUrl(gvcp::kFirstUrl, std::string("Local:\0garbage", 14));
+    camera.setUrl(gvcp::kSecondUrl, std::string(512, 'x'));
+
+    EXPECT_EQ("Local:", readUrl(camera, gvcp::kFirstUrl));
+    EXPECT_EQ(1u, camera.commands());
+    EXPECT_EQ(std::string(512, 'x'), readUrl(camera, gvcp::kSecondUrl));
+}
+
+} // namespace
