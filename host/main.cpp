@@ -1,8 +1,11 @@
 // kxinfo: loads the plug-in as any host would, runs it, and shows what it published.
 
 #include <cstdio>
+#include <cstdlib>
 #include <exception>
 #include <new>
+#include <string>
+#include <variant>
 
 #include "command_line.h"
 #include "list.h"
@@ -16,15 +19,27 @@ namespace kxinfo {
 
 namespace {
 
+// The open camera platform's search ends as soon as the camera with exactly this serial number has
+// answered, and finds that one alone; when there is none, it finds all as ever.
+void searchFor(const std::string &serial) {
+    if (!serial.empty())
+        (void)setenv("KXGIGE_SERIAL", serial.c_str(), 1);
+}
+
 struct Serve {
     int operator()(const ListRequest &request) const {
         return list(Plugin::load(request.plugin), request);
     }
     int operator()(const ProbeRequest &request) const {
         const Plugin plugin = Plugin::load(request.plugin);
+        searchFor(request.serial);
         return request.all ? probeAll(plugin, request) : probe(plugin, request);
     }
-    int operator()(const CameraCommand &command) const { return loadCameraCommands()(command); }
+    int operator()(const CameraCommand &command) const {
+        const RunCameraCommand run = loadCameraCommands();
+        std::visit([](const auto &request) { searchFor(request.serial); }, command);
+        return run(command);
+    }
 };
 
 int serve(const Request &request) {

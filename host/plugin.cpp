@@ -69,7 +69,8 @@ Plugin Plugin::load(const std::optional<std::string> &file) {
                           "\" is a library, but no plug-in: it has no function Vendor__Proc. Name "
                           "a plug-in's library file with --plugin, or leave --plugin out to use "
                           "the one that kxinfo comes with.");
-    return Plugin(entry);
+    // Also looked for in the libraries that the plug-in needs.
+    return {entry, reinterpret_cast<Cause>(dlsym(library, "KxGigeCause"))};
 }
 
 RunCameraCommand loadCameraCommands() {

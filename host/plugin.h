@@ -47,12 +47,26 @@ public:
     /** Calls its Vendor__Proc(). Lets no exception of the plug-in out. */
     Outcome run(const char *serial, int logMode, int logLevel) const;
 
+    /**
+     * Whether its camera platform is the open one, which finds a camera by its whole serial number
+     * (KXGIGE_SERIAL) before any other.
+     */
+    bool findsWholeSerials() const { return cause_ != nullptr; }
+
+    /**
+     * Why its camera platform has found or opened no camera in the latest run: a clause; empty when
+     * there is no reason, or the platform tells none.
+     */
+    std::string cause() const { return cause_ ? cause_() : ""; }
+
 private:
     using Entry = decltype(&Vendor__Proc);
+    using Cause = const char *(*)();
 
-    explicit Plugin(Entry entry) : entry_(entry) {}
+    Plugin(Entry entry, Cause tellsCause) : entry_(entry), cause_(tellsCause) {}
 
     Entry entry_;
+    Cause cause_; ///< the open platform's KxGigeCause(); null: it is another platform
 };
 
 /**

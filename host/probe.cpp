@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <memory>
 #include <new>
 #include <utility>
@@ -21,10 +22,13 @@ namespace kxinfo {
 
 namespace {
 
+constexpr const char *kNoDalsaLine = "no any Dalsa devices found\n";
+
 struct ProbeRun {
     Outcome outcome;
     std::string log; ///< what was collected; empty when the user sees the log
     bool logShown;
+    std::string cause; ///< as of Plugin::cause()
 };
 
 ProbeRun runProbe(const Plugin &plugin, const ProbeRequest &request) {
@@ -32,12 +36,13 @@ ProbeRun runProbe(const Plugin &plugin, const ProbeRequest &request) {
     if (request.log.mode & KX_LOG_MODE_STDOUT) {
         const auto redirection =
             request.json ? std::make_unique<StandardOutputTo>(STDERR_FILENO) : nullptr;
-        return {plugin.run(serial, request.log.mode, request.log.level), {}, true};
+        const Outcome outcome = plugin.run(serial, request.log.mode, request.log.level);
+        return {outcome, {}, true, plugin.cause()};
     }
     // The level counts for both sinks: the system log must not get more than was asked for.
     const int level = request.log.mode ? request.log.level : KX_LOG_LEVEL_INFO;
     CollectedRun run = runCollected(plugin, serial, request.log.mode, level);
-    return {std::move(run.outcome), std::move(run.log), false};
+    return {std::move(run.outcome), std::move(run.log), false, plugin.cause()};
 }
 
 std::string cameraWith(const std::string &serial) {
@@ -50,15 +55,16 @@ std::string whyNoCamera(const ProbeRun &run, const std::string &serial) {
     const auto logged = [&run](const char *text) {
         return run.log.find(text) != std::string::npos;
     };
-    if (logged("no any Dalsa devices found\n"))
+    if (logged(kNoDalsaLine))
         return kNoDalsaCamera;
     if (logged("Configured device with SerialID "))
         return "no camera has a serial number that begins with \"" + serial +
                "\". Run 'kxinfo list' to see the cameras that answer.";
-    if (logged("[CIPROC:w]: Can't connect to device with SerialID "))
-        return cameraWith(serial) +
-               " cannot be opened. Probably another program controls it: end that program, or wait "
-               "some seconds if it crashed, and try again.";
+    if (logged("[CIPROC:w]: Can't connect to device with SerialID ") || !run.cause.empty())
+        return cameraWith(serial) + " cannot be opened" +
+               (run.cause.empty() ? ". Probably another program controls it: end that program, or "
+                                    "wait some seconds if it crashed, and try again."
+                                  : ": " + run.cause + ". Once that is mended, try again.");
     return "no camera was probed: no Dalsa camera answered, none has a serial number that begins "
            "with \"" +
            serial + "\", or it could not be opened. Run 'kxinfo list' to see the cameras; " +
@@ -96,7 +102,13 @@ void tellIncompleteness(const Publication &publication) {
 } // namespace
 
 int probe(const Plugin &plugin, const ProbeRequest &request) {
-    const ProbeRun run = runProbe(plugin, request);
+    ProbeRun run = runProbe(plugin, request);
+    // One of another maker may have the serial number too and have answered first: then all are
+    // asked.
+    if (getenv("KXGIGE_SERIAL") && run.log.find(kNoDalsaLine) != std::string::npos) {
+        (void)unsetenv("KXGIGE_SERIAL");
+        run = runProbe(plugin, request);
+    }
     const Publication publication = takePublication();
 
     if (!run.outcome.exception && run.outcome.code == 1) {

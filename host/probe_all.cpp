@@ -7,7 +7,6 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <cstdlib>
 #include <initializer_list>
 #include <optional>
 #include <sstream>
@@ -31,9 +30,6 @@ using Words = std::vector<std::string>;
 constexpr ChildLimits kLimits = {std::chrono::seconds(60), size_t{16} * 1024 * 1024, 8};
 
 constexpr size_t kMostCamerasSeen = 8; // by the plug-in
-
-const char *const kExpectedCameras = "KXGIGE_EXPECTED_CAMERAS";
-constexpr size_t kMostExpected = 64;
 
 Words commandFor(const std::string &serial, const ProbeRequest &request) {
     Words command{"/proc/self/exe", "probe"};
@@ -66,19 +62,21 @@ Words environment() {
 struct Network {
     std::vector<ListedCamera> cameras; ///< the Dalsa ones
     Words seen;                        ///< as of seenSerials()
+    bool wholeSerials;                 ///< as of Plugin::findsWholeSerials()
 };
 
 // The camera that the plug-in would open instead of this one: it takes the first, of whatever
-// maker, whose serial number begins with the given one.
+// maker, whose serial number begins with the given one, unless its platform shows it no others.
 std::optional<std::string> cameraInFrontOf(const ListedCamera &camera, const Network &network) {
-    const auto begins = [&camera](const std::string &serial) {
-        return serial.compare(0, camera.serial.size(), camera.serial) == 0;
+    const auto fits = [&](const std::string &serial) {
+        return network.wholeSerials ? serial == camera.serial
+                                    : serial.compare(0, camera.serial.size(), camera.serial) == 0;
     };
     for (size_t number = 0; number < std::min<size_t>(camera.number, network.seen.size()); ++number)
-        if (begins(network.seen[number]))
+        if (fits(network.seen[number]))
             return network.seen[number];
     for (const ListedCamera &other : network.cameras)
-        if (other.number < camera.number && begins(other.serial))
+        if (other.number < camera.number && fits(other.serial))
             return other.serial;
     return std::nullopt;
 }
@@ -108,22 +106,7 @@ std::vector<CameraResult> probeEach(const Network &network, const ProbeRequest &
         results.push_back({camera.serial, kFailed, {}, {}, {}, nullptr});
     }
 
-    // The children look for the cameras anew, and need not wait for more than there are.
-    const Words variables = environment();
-    Words hastened = variables;
-    const size_t expected = network.seen.size();
-    const bool hasten = expected > 0 && expected <= kMostExpected && !getenv(kExpectedCameras);
-    if (hasten)
-        hastened.push_back(kExpectedCameras + ("=" + std::to_string(expected)));
-    auto ends = runChildren(commands, hastened, kLimits);
-
-    // There may be more cameras than the plug-in sees; a child that waits for no more than these
-    // may have seen others. A camera that it did not find is looked for with all the time.
-    if (hasten && expected >= kMostCamerasSeen)
-        for (size_t i = 0; i < ends.size(); ++i)
-            if (ends[i].how == ChildEnd::How::Exited && ends[i].number == kNoCamera)
-                ends[i] = runChildren({commands[i]}, variables, kLimits).front();
-
+    const auto ends = runChildren(commands, environment(), kLimits);
     for (size_t i = 0; i < ends.size(); ++i) {
         CameraResult &result = results[places[i]];
         result = readResult(result.serial, ends[i], request, kLimits);
@@ -169,7 +152,7 @@ int probeAll(const Plugin &plugin, const ProbeRequest &request) {
     if (listing.status != kDone && listing.status != kNoCamera)
         return listing.status;
 
-    const Network network{listing.cameras, seenSerials(run.log)};
+    const Network network{listing.cameras, seenSerials(run.log), plugin.findsWholeSerials()};
     const bool moreMayExist = network.seen.size() >= kMostCamerasSeen;
     const auto results = probeEach(network, request);
     if (request.json)
@@ -178,8 +161,9 @@ int probeAll(const Plugin &plugin, const ProbeRequest &request) {
         showTables(results);
     if (moreMayExist)
         tell("the plug-in sees eight cameras at most, and it sees as many: more may be there, "
-             "which 'kxinfo probe SERIAL' does not find either. To reach them, disconnect some of "
-             "these for the time, or set KXGIGE_INTERFACES to search one network at a time.");
+             "which 'kxinfo probe SERIAL' may find by their whole serial numbers alone. To list "
+             "them, disconnect some of these for the time, or set KXGIGE_INTERFACES to search one "
+             "network at a time.");
     int status = listing.status;
     for (const CameraResult &result : results)
         status = std::max(status, result.status);

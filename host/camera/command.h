@@ -27,7 +27,7 @@ int onCamera(const CameraRequest &request,
              const std::function<int(Session &session, Modes &modes)> &work);
 
 /**
- * Tells what has ended the work.
+ * Tells what has ended the work: that the user has asked to stop, or else the reason.
  *
  * \param why  a CommandError, an exception of the camera or of this computer
  * \return the status to end the command with
@@ -36,6 +36,12 @@ int tellWhy(const Session &session, const std::exception_ptr &why);
 
 /** \throws CommandError (kFailed) when the user has asked to stop (SIGINT, SIGTERM, SIGHUP) */
 void stopIfAsked();
+
+/**
+ * From here on the camera is waited for also when the user has asked to stop: what the command has
+ * changed is being put back.
+ */
+void waitInSpiteOfAll();
 
 /** What stands in front of a result: which camera it is of. */
 std::string cameraLine(const Session &session);

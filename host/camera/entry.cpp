@@ -3,11 +3,13 @@
 #include <csignal>
 #include <exception>
 #include <memory>
+#include <optional>
 
 #include "Base/GCException.h"
 #include "camera_commands.h"
 #include "command.h"
 #include "kx_log.h"
+#include "open_platform.h"
 #include "standard_output.h"
 #include "words.h"
 
@@ -17,9 +19,12 @@ namespace {
 
 volatile std::sig_atomic_t stopAsked = 0;
 
-// Asked once, a command stops at the next safe place; asked twice, the process ends at once. A
-// signal that is ignored, as nohup does, stays so.
+const char *const kStopped = "stopped, as asked for.";
+
+// Asked once, a command stops at the next safe place, and a wait for the camera is over; asked
+// twice, the process ends at once. A signal that is ignored, as nohup does, stays so.
 void stopCleanly() {
+    stopAsked = 0;
     struct sigaction action = {};
     action.sa_handler = [](int) { stopAsked = 1; };
     action.sa_flags = static_cast<int>(SA_RESETHAND) | SA_RESTART;
@@ -29,6 +34,15 @@ void stopCleanly() {
             (void)sigaction(signal, &action, nullptr);
     }
 }
+
+// While it lives, or until waitInSpiteOfAll(), a wait for the camera is over when the user asks to stop.
+class WaitsEndWhenAsked {
+public:
+    WaitsEndWhenAsked() { stopWaitingWhen(&stopAsked); }
+    ~WaitsEndWhenAsked() { waitInSpiteOfAll(); }
+    WaitsEndWhenAsked(const WaitsEndWhenAsked &) = delete;
+    WaitsEndWhenAsked &operator=(const WaitsEndWhenAsked &) = delete;
+};
 
 void startLogging(const LogOptions &log) {
     if (log.mode & KX_LOG_MODE_SYSLOG)
@@ -40,6 +54,11 @@ void startLogging(const LogOptions &log) {
 } // namespace
 
 int tellWhy(const Session &session, const std::exception_ptr &why) {
+    // Whatever it looks like: a wait that is over for that reason looks like the camera's failure.
+    if (stopAsked) {
+        tell(kStopped);
+        return kFailed;
+    }
     const std::string camera = "camera " + std::string(session.info().serial);
     try {
         std::rethrow_exception(why);
@@ -59,7 +78,15 @@ int tellWhy(const Session &session, const std::exception_ptr &why) {
 
 int onCamera(const CameraRequest &request,
              const std::function<int(Session &session, Modes &modes)> &work) {
-    Session session(request.serial);
+    const WaitsEndWhenAsked asked;
+    std::optional<Session> opened;
+    try {
+        opened.emplace(request.serial);
+    } catch (const CommandError &) {
+        stopIfAsked();
+        throw;
+    }
+    Session &session = *opened;
     Modes modes(session.nodeMap());
     int status = kDone;
     try {
@@ -68,6 +95,7 @@ int onCamera(const CameraRequest &request,
     } catch (...) {
         status = tellWhy(session, std::current_exception());
     }
+    waitInSpiteOfAll();
     const std::string changes = modes.changes();
     const std::string left = modes.putBack();
     if (!left.empty()) {
@@ -81,7 +109,11 @@ int onCamera(const CameraRequest &request,
 
 void stopIfAsked() {
     if (stopAsked)
-        throw CommandError{kFailed, "stopped, as asked for."};
+        throw CommandError{kFailed, kStopped};
+}
+
+void waitInSpiteOfAll() {
+    stopWaitingWhen(nullptr);
 }
 
 std::string cameraLine(const Session &session) {

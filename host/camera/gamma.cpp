@@ -20,6 +20,7 @@ int run(const GammaRequest &request) {
     const Property &gamma = propertyNamed("gammaCorrection");
     return onCamera(request, [&](Session &session, Modes &modes) {
         const Reading before = readProperty(session, modes, gamma);
+        stopIfAsked();
         const bool hasRange = !std::holds_alternative<std::monostate>(before.minimum);
         if (!hasRange && std::holds_alternative<std::monostate>(before.value))
             throw CommandError{kFailed, "this camera has no gamma: " + before.problem + "."};

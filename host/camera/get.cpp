@@ -139,6 +139,7 @@ int run(const GetRequest &request) {
                 stopIfAsked();
                 readings.push_back(readProperty(session, modes, *property));
             }
+            stopIfAsked();
             // A property that was asked for by name is missed when it has no value; an error is one
             // in any case.
             int worst = kDone;

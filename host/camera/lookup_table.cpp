@@ -63,7 +63,11 @@ bool LookupTable::isOn(const Session &session) {
 }
 
 LookupTable::LookupTable(const Session &session, Modes &modes)
-    : session_(session), modes_(modes), camera_(session.camera()) {
+    : session_(session),
+      modes_(modes),
+      camera_(session.camera()),
+      index_(integerOf(session.nodeMap(), "LUTIndex")),
+      value_(integerOf(session.nodeMap(), "LUTValue")) {
     const auto &nodeMap = session.nodeMap();
     if (!isOn(session))
         throw CommandError{kFailed, "this camera has no lookup table whose entries can be written "
@@ -113,8 +117,8 @@ void LookupTable::select(int table) {
 }
 
 int LookupTable::read(int index) {
-    writeRaw(session_.nodeMap(), "LUTIndex", int64_t{index});
-    const int64_t value = std::get<int64_t>(readRaw(session_.nodeMap(), "LUTValue"));
+    index_->SetValue(index, true);
+    const int64_t value = value_->GetValue(false, false);
     if (value != clamped(value))
         throw CommandError{kFailed, "entry " + std::to_string(index) +
                                         " of the lookup table holds " + std::to_string(value) +
@@ -122,18 +126,16 @@ int LookupTable::read(int index) {
     return clamped(value);
 }
 
-void LookupTable::set(int index, int value) {
-    check(camera_.ExPropertySetLUTValue(index, value));
-}
-
-void LookupTable::write(int index, int value) {
+bool LookupTable::write(int index, int value) {
     const int before = read(index);
     if (before == value)
-        return;
+        return false;
     if (written_.empty())
         switchOff();
-    set(index, value);
+    // Noted first: when the camera's answer does not come, it may have the value all the same.
     written_.push_back({selected_, index, before});
+    value_->SetValue(value, true); // reading has left the index there
+    return true;
 }
 
 std::string LookupTable::undo() {
@@ -151,7 +153,8 @@ std::string LookupTable::undo() {
             if (!ready || entry.channel != selected_)
                 select(entry.channel);
             ready = true;
-            set(entry.index, entry.before);
+            if (read(entry.index) != entry.before)
+                value_->SetValue(entry.before, true);
         } catch (const std::exception &error) {
             ++left;
             reason = reasonOf(error);

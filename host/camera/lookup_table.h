@@ -68,11 +68,12 @@ public:
     /** \throws CommandError (kFailed) when the entry is beyond what an int holds */
     int read(int index);
 
-    /** Writes an entry unless it holds the value already; keeps what it held for undo(). */
-    void write(int index, int value);
-
-    /** How many entries write() has changed. */
-    size_t written() const { return written_.size(); }
+    /**
+     * Writes an entry unless it holds the value already; keeps what it held for undo().
+     *
+     * \return whether it was another value
+     */
+    bool write(int index, int value);
 
     /**
      * Writes back what write() has changed, and goes on when an entry cannot be.
@@ -84,11 +85,14 @@ public:
 private:
     // Half a table must not be seen.
     void switchOff();
-    void set(int index, int value);
 
     const Session &session_;
     Modes &modes_;
     KxTd::CExCam camera_;
+    // Found once: there are thousands of entries. The camera class would write the index a second
+    // time.
+    GenApi_3_0::IInteger *index_;
+    GenApi_3_0::IInteger *value_;
     std::vector<std::string> channels_;
     std::vector<WrittenEntry> written_;
     int size_ = 0;

@@ -188,6 +188,7 @@ int load(Session &session, Modes &modes, const LutRequest &request, const TableF
         switchTo(session, modes, KxTd::TD_LG_USER_LUT);
     } catch (...) {
         const int status = tellWhy(session, std::current_exception());
+        waitInSpiteOfAll();
         if (const std::string undone = camera.undo(); !undone.empty())
             tell(undone);
         return status;

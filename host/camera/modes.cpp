@@ -122,7 +122,7 @@ void Modes::leaveAutomation() {
             continue;
         const RawValue settled = remembered->settled();
         switchFor(mode.reach);
-        if (readRaw(nodeMap_, mode.feature) != settled)
+        if (readRaw(nodeMap_, mode.feature, Cache::Ignored) != settled)
             writeRaw(nodeMap_, mode.feature, settled);
         find(mode.feature, mode.reach)->switched = false;
         left = true;
@@ -244,7 +244,9 @@ Modes::Failures Modes::putBackOnce() {
             continue;
         try {
             reach(mode.reach);
-            if (readRaw(nodeMap_, mode.feature.c_str()) != mode.before)
+            // Not the value that was written last: whether it has arrived is unknown when the wait
+            // for the camera's answer was cut short.
+            if (readRaw(nodeMap_, mode.feature.c_str(), Cache::Ignored) != mode.before)
                 writeRaw(nodeMap_, mode.feature.c_str(), mode.before);
         } catch (const std::exception &error) {
             failures.features +=

@@ -1,5 +1,7 @@
 #include "nodes.h"
 
+#include "words.h"
+
 namespace kxinfo {
 
 using namespace GenApi_3_0;
@@ -9,6 +11,15 @@ namespace {
 template <class Interface>
 Interface *find(const CNodeMapRef &nodeMap, const char *feature) {
     return dynamic_cast<Interface *>(nodeMap._GetNode(feature));
+}
+
+// A camera may have a feature as something that it is on no other.
+template <class Interface>
+Interface &require(const CNodeMapRef &nodeMap, const char *feature) {
+    if (auto *node = find<Interface>(nodeMap, feature))
+        return *node;
+    throw CommandError{kFailed, "this camera has \"" + std::string(feature) +
+                                    "\" as a feature of another kind than kxinfo knows it."};
 }
 
 } // namespace
@@ -46,19 +57,23 @@ RawValue readRaw(const CNodeMapRef &nodeMap, const char *feature, Cache cache) {
         return integer->GetValue(false, ignored);
     if (auto *boolean = find<IBoolean>(nodeMap, feature))
         return boolean->GetValue(false, ignored);
-    return std::string(find<IEnumeration>(nodeMap, feature)->ToString(false, ignored).c_str());
+    return std::string(require<IEnumeration>(nodeMap, feature).ToString(false, ignored).c_str());
 }
 
 void writeRaw(const CNodeMapRef &nodeMap, const char *feature, const RawValue &value) {
     if (const auto *floating = std::get_if<double>(&value))
-        find<IFloat>(nodeMap, feature)->SetValue(*floating, true);
+        require<IFloat>(nodeMap, feature).SetValue(*floating, true);
     else if (const auto *integer = std::get_if<int64_t>(&value))
-        find<IInteger>(nodeMap, feature)->SetValue(*integer, true);
+        require<IInteger>(nodeMap, feature).SetValue(*integer, true);
     else if (const auto *boolean = std::get_if<bool>(&value))
-        find<IBoolean>(nodeMap, feature)->SetValue(*boolean, true);
+        require<IBoolean>(nodeMap, feature).SetValue(*boolean, true);
     else
-        find<IEnumeration>(nodeMap, feature)
-            ->FromString(std::get<std::string>(value).c_str(), true);
+        require<IEnumeration>(nodeMap, feature)
+            .FromString(std::get<std::string>(value).c_str(), true);
+}
+
+IInteger *integerOf(const CNodeMapRef &nodeMap, const char *feature) {
+    return find<IInteger>(nodeMap, feature);
 }
 
 FloatLimits floatLimits(const CNodeMapRef &nodeMap, const char *feature) {

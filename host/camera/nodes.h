@@ -46,6 +46,12 @@ RawValue readRaw(const GenApi_3_0::CNodeMapRef &nodeMap, const char *feature,
  */
 void writeRaw(const GenApi_3_0::CNodeMapRef &nodeMap, const char *feature, const RawValue &value);
 
+/**
+ * The feature itself, to be read and written many times; null unless it is an integer. Valid while
+ * the camera is open.
+ */
+GenApi_3_0::IInteger *integerOf(const GenApi_3_0::CNodeMapRef &nodeMap, const char *feature);
+
 /** Lowest and highest value of a float, or of an integer. \pre the feature is of that kind */
 struct FloatLimits {
     double min, max;

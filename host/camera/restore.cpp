@@ -73,6 +73,7 @@ private:
         } catch (const GenICam_3_0::TimeoutException &) {
             throw;
         } catch (const GenICam_3_0::GenericException &error) {
+            stopIfAsked();
             reason = reasonOf(error);
         }
         refusals_.push_back(std::string(setting.name) + " " + whatBecomesOf(setting) + ": " +
@@ -107,6 +108,7 @@ private:
         } catch (const GenICam_3_0::TimeoutException &) {
             throw;
         } catch (const GenICam_3_0::GenericException &error) {
+            stopIfAsked();
             return reasonOf(error);
         }
     }
@@ -156,6 +158,7 @@ size_t restoreTables(LookupTable &camera, const std::vector<SavedTable> &tables,
                      std::vector<std::string> &refusals) {
     Progress progress("entries of the lookup table compared",
                       tables.size() * static_cast<size_t>(camera.size()));
+    size_t differing = 0;
     for (const SavedTable &saved : tables) {
         const std::string name =
             "the lookup table" + (saved.channel.empty() ? "" : " of " + saved.channel);
@@ -164,19 +167,20 @@ size_t restoreTables(LookupTable &camera, const std::vector<SavedTable> &tables,
             camera.select(tableFor(camera, saved));
             for (; index < saved.entries.size(); ++index) {
                 stopIfAsked();
-                camera.write(static_cast<int>(index), saved.entries[index]);
+                differing += camera.write(static_cast<int>(index), saved.entries[index]) ? 1 : 0;
                 progress.step();
             }
         } catch (const GenICam_3_0::TimeoutException &) {
             throw;
         } catch (const GenICam_3_0::GenericException &error) {
+            stopIfAsked();
             refusals.push_back(name + " stays as it is from entry " + std::to_string(index) +
                                " on: " + reasonOf(error));
         } catch (const DoesNotFit &mismatch) {
             refusals.push_back(name + " stays as it is: " + mismatch.why);
         }
     }
-    return camera.written();
+    return differing;
 }
 
 int restore(const Session &session, Modes &modes, const SavedCamera &saved) {
@@ -194,8 +198,10 @@ int restore(const Session &session, Modes &modes, const SavedCamera &saved) {
                 lines.push_back("lookup table: " + std::to_string(entries) + " entries");
         }
         restoring.settings(saved.settings);
+        stopIfAsked();
     } catch (...) {
         const int status = tellWhy(session, std::current_exception());
+        waitInSpiteOfAll();
         if (const std::string undone = table ? table->undo() : ""; !undone.empty())
             tell(undone);
         return status;

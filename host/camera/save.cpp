@@ -72,6 +72,7 @@ int run(const SaveRequest &request) {
         camera.settings = readSettings(session, modes, leftOut);
         if (request.table)
             camera.tables = readTables(session, modes);
+        stopIfAsked();
         file.write(asFile(camera));
         if (file.isStandardOutput())
             return kDone;

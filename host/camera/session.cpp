@@ -3,8 +3,10 @@
 #include <strings.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <cstring>
 
+#include "open_platform.h"
 #include "words.h"
 
 namespace kxinfo {
@@ -18,11 +20,21 @@ bool isDalsa(const GEV_CAMERA_INFO &camera) {
     return strcasestr(camera.manufacturer, "Dalsa") != nullptr;
 }
 
-std::vector<GEV_CAMERA_INFO> dalsaCameras() {
+std::vector<GEV_CAMERA_INFO> camerasThatAnswer() {
     std::vector<GEV_CAMERA_INFO> cameras(kMostCameras);
     int count = 0;
     (void)GevGetCameraList(cameras.data(), kMostCameras, &count);
     cameras.resize(static_cast<size_t>(std::clamp(count, 0, kMostCameras)));
+    return cameras;
+}
+
+std::vector<GEV_CAMERA_INFO> dalsaCameras(const std::string &serial) {
+    std::vector<GEV_CAMERA_INFO> cameras = camerasThatAnswer();
+    // The open platform finds a camera with exactly this serial number alone, of whatever maker.
+    if (cameras.size() == 1 && serial == cameras.front().serial && !isDalsa(cameras.front())) {
+        (void)unsetenv("KXGIGE_SERIAL");
+        cameras = camerasThatAnswer();
+    }
     cameras.erase(std::remove_if(cameras.begin(), cameras.end(),
                                  [](const GEV_CAMERA_INFO &c) { return !isDalsa(c); }),
                   cameras.end());
@@ -63,13 +75,11 @@ GEV_CAMERA_INFO chosen(const std::vector<GEV_CAMERA_INFO> &cameras, const std::s
 
 } // namespace
 
-Session::Session(const std::string &serial) : info_(chosen(dalsaCameras(), serial)) {
+Session::Session(const std::string &serial) : info_(chosen(dalsaCameras(serial), serial)) {
     const std::string camera = "camera " + std::string(info_.serial);
-    if (GevOpenCamera(&info_, GevControlMode, &platform_.handle) != GEVLIB_OK)
-        throw CommandError{kNoCamera, camera +
-                                          " cannot be opened. Probably another program controls "
-                                          "it: end that program, or wait some seconds if it "
-                                          "crashed, and try again."};
+    const GEV_STATUS status = GevOpenCamera(&info_, GevControlMode, &platform_.handle);
+    if (status != GEVLIB_OK)
+        throw CommandError{kNoCamera, cannotBeOpened(camera, status)};
     nodeMap_ = static_cast<GenApi_3_0::CNodeMapRef *>(GevGetFeatureNodeMap(platform_.handle));
     if (!nodeMap_)
         throw CommandError{kFailed, camera + " has no description of its features that can be "

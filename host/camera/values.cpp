@@ -6,6 +6,7 @@
 #include <limits>
 
 #include "Base/GCException.h"
+#include "command.h"
 #include "table.h"
 #include "words.h"
 
@@ -298,6 +299,7 @@ Reading readProperty(const Session &session, Modes &modes, const Property &prope
     } catch (const GenICam_3_0::TimeoutException &) {
         throw;
     } catch (const GenICam_3_0::GenericException &error) {
+        stopIfAsked();
         reading.value = {};
         reading.problem = reasonOf(error);
         reading.failed = true;

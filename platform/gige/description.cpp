@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
+#include <cstdlib>
 #include <cstring>
 #include <initializer_list>
 #include <optional>
@@ -17,10 +19,6 @@
 // by zero depends on the moment, a 0 out of a formula with a division is computed once more here,
 // by Aravis' own evaluator, which does report errors. A converter's formula for writing is tried
 // beforehand: Aravis would write the 0.
-//
-// Aravis caches a register's content by its address, but whether there is any by node: a register
-// that has moved (its address depends on a selector) reads as 0 from the cache, without a command.
-// So what depends on such a register is not cached.
 
 namespace gige {
 namespace {
@@ -200,72 +198,121 @@ std::string defectOfFormula(gpointer node, const char *element) {
     return failure.empty() ? failure : std::string(attributeOf(node, "Name")) + ": " + failure;
 }
 
-class Inspector {
-public:
-    // What is wrong with the value of a node; empty for nothing.
-    std::string ofValue(gpointer node) {
-        if (sound_.count(node))
-            return {};
-        if (!underway_.insert(node).second)
-            return "the value of '" + std::string(attributeOf(node, "Name")) +
-                   "' depends on itself";
-        std::string defect = inspect(node);
-        underway_.erase(node);
-        if (defect.empty())
-            sound_.insert(node);
-        return defect;
+// A number as descriptions write them, decimal or hexadecimal; nothing when the text is none.
+std::optional<uint64_t> numberIn(ArvGcPropertyNode *property) {
+    const std::string text = textOf(property);
+    char *end = nullptr;
+    errno = 0;
+    const unsigned long long value = strtoull(text.c_str(), &end, 0);
+    const bool whole = end != text.c_str() && end[strspn(end, " \t\r\n")] == '\0';
+    return whole && errno == 0 ? std::optional<uint64_t>(value) : std::nullopt;
+}
+
+// Where a register lies; nothing when its address or length is computed.
+std::optional<Register::Place> placeOf(gpointer reg) {
+    const auto properties = propertiesOf(reg);
+    if (!addressFormulasOf(reg).empty() || hasAny(properties, {"pAddress", "pIndex", "pLength"}))
+        return std::nullopt;
+    Register::Place place{0, 0};
+    for (ArvGcPropertyNode *property : properties) {
+        const bool isAddress = isOneOf(elementOf(property), {"Address"});
+        if (!isAddress && !isOneOf(elementOf(property), {"Length"}))
+            continue;
+        const auto number = numberIn(property);
+        if (!number)
+            return std::nullopt;
+        if (isAddress)
+            place.address += *number; // an address may come in parts
+        else
+            place.size = *number;
     }
+    return place.size > 0 && place.address <= UINT32_MAX && place.size <= UINT32_MAX - place.address
+               ? std::optional<Register::Place>(place)
+               : std::nullopt;
+}
 
-    std::string ofBoundsAndAccess(gpointer node) {
-        for (ArvGcPropertyNode *property : propertiesOf(node)) {
-            if (!feedsBoundsOrAccess(elementOf(property)))
-                continue;
-            if (std::string defect = ofTarget(node, property); !defect.empty())
-                return defect;
-        }
-        return {};
+Register::Caching cachingOf(const std::vector<ArvGcPropertyNode *> &properties) {
+    Register::Caching caching = Register::Caching::WriteThrough;
+    for (ArvGcPropertyNode *property : properties) {
+        if (isOneOf(elementOf(property), {"PollingTime"}))
+            return Register::Caching::Never;
+        if (!isOneOf(elementOf(property), {"Cachable"}))
+            continue;
+        const std::string text = textOf(property);
+        if (text == "WriteAround")
+            caching = Register::Caching::WriteAround;
+        else if (text != "WriteThrough")
+            return Register::Caching::Never;
     }
+    return caching;
+}
 
-    bool metMovingRegister() const { return metMovingRegister_; }
-
-private:
-    std::string inspect(gpointer node) {
-        const auto properties = propertiesOf(node);
-        if (std::string defect = missingProperty(node, properties); !defect.empty())
-            return defect;
-        for (const char *element : {"Formula", "FormulaTo", "FormulaFrom"}) {
-            if (std::string defect = defectOfFormula(node, element); !defect.empty())
-                return defect;
-        }
-        for (ArvGcPropertyNode *property : properties) {
-            if (!feedsValue(elementOf(property)))
-                continue;
-            if (std::string defect = ofTarget(node, property); !defect.empty())
-                return defect;
-        }
-        const auto addressFormulas = addressFormulasOf(node);
-        for (ArvDomNode *formula : addressFormulas) {
-            if (std::string defect = ofValue(formula); !defect.empty())
-                return defect;
-        }
-        if (isRegister(elementOf(node)) &&
-            (!addressFormulas.empty() || hasAny(properties, {"pAddress", "pIndex"})))
-            metMovingRegister_ = true;
-        return {};
+// What is wrong with the length of a register, where it stands there as a number.
+std::string defectOfLength(gpointer node, const std::vector<ArvGcPropertyNode *> &properties) {
+    for (ArvGcPropertyNode *property : properties) {
+        if (!isOneOf(elementOf(property), {"Length"}) || isOneOf(elementOf(node), {"Register"}))
+            continue;
+        const auto length = numberIn(property);
+        if (!length || *length < 1 || *length > kLongestRegister)
+            return "the length of '" + std::string(attributeOf(node, "Name")) + "' is '" +
+                   textOf(property) + "', expected 1 to " + std::to_string(kLongestRegister);
     }
+    return {};
+}
 
-    std::string ofTarget(gpointer node, ArvGcPropertyNode *property) {
-        ArvGcNode *target = targetOf(property);
-        if (!target)
-            return "<" + std::string(elementOf(property)) + "> of '" + attributeOf(node, "Name") +
-                   "' refers to '" + textOf(property) + "', which is no node";
-        return ofValue(target);
+// Nodes that are looked through for what makes one register stale. A description where there are
+// more has the register read each time.
+constexpr size_t kMostSources = 256;
+
+// The places of the registers that a node's value comes from.
+void findPlaces(gpointer node, std::set<gpointer> &seen,
+                std::vector<std::optional<Register::Place>> &found) {
+    if (seen.size() == kMostSources || !seen.insert(node).second)
+        return;
+    if (isRegister(elementOf(node)))
+        found.push_back(placeOf(node));
+    if (isOneOf(elementOf(node), {"StructEntry"}))
+        found.push_back(placeOf(arv_dom_node_get_parent_node(ARV_DOM_NODE(node))));
+    for (ArvGcPropertyNode *property : propertiesOf(node)) {
+        ArvGcNode *target = feedsValue(elementOf(property)) ? targetOf(property) : nullptr;
+        if (target)
+            findPlaces(target, seen, found);
     }
+}
 
-    std::set<gpointer> sound_;
-    std::set<gpointer> underway_;
-    bool metMovingRegister_ = false;
-};
+bool isBigEndian(const std::vector<ArvGcPropertyNode *> &properties) {
+    return std::any_of(properties.begin(), properties.end(), [](ArvGcPropertyNode *property) {
+        return isOneOf(elementOf(property), {"Endianess", "Endianness"}) &&
+               textOf(property) == "BigEndian";
+    });
+}
+
+// An entry of a structure lies where the structure does, and may be cached as that.
+Register registerOf(gpointer node) {
+    const bool isEntry = isOneOf(elementOf(node), {"StructEntry"});
+    gpointer owner = isEntry ? arv_dom_node_get_parent_node(ARV_DOM_NODE(node)) : node;
+    Register reg{
+        placeOf(owner), cachingOf(propertiesOf(owner)), isBigEndian(propertiesOf(owner)), {}};
+    std::vector<gpointer> sources{owner};
+    if (isEntry) {
+        reg.caching = std::min(reg.caching, cachingOf(propertiesOf(node)));
+        sources.push_back(node);
+    }
+    std::set<gpointer> seen;
+    for (gpointer source : sources) {
+        for (ArvGcPropertyNode *property : propertiesOf(source)) {
+            ArvGcNode *target =
+                isOneOf(elementOf(property), {"pInvalidator"}) ? targetOf(property) : nullptr;
+            if (target)
+                findPlaces(target, seen, reg.invalidators);
+        }
+    }
+    if (seen.size() == kMostSources) {
+        reg.caching = Register::Caching::Never;
+        reg.invalidators.clear();
+    }
+    return reg;
+}
 
 std::optional<double> currentValue(ArvGcNode *node) {
     Error error;
@@ -329,14 +376,71 @@ ArvGcFeatureNode *linkedFeature(ArvGcFeatureNode *node) {
     return type->get_linked_feature ? type->get_linked_feature(node) : nullptr;
 }
 
-Inspection inspect(ArvGcFeatureNode *node) {
-    Inspector inspector;
-    Inspection result;
-    result.defect = inspector.ofValue(node);
-    for (; result.defect.empty() && node; node = linkedFeature(node))
-        result.defect = inspector.ofBoundsAndAccess(node);
-    result.cachable = !inspector.metMovingRegister();
-    return result;
+// What is wrong with the value of a node; empty for nothing.
+std::string Inspector::ofValue(gpointer node) {
+    if (sound_.count(node))
+        return {};
+    if (!underway_.insert(node).second)
+        return "the value of '" + std::string(attributeOf(node, "Name")) + "' depends on itself";
+    std::string defect = ofParts(node);
+    underway_.erase(node);
+    if (defect.empty())
+        sound_.insert(node);
+    return defect;
+}
+
+std::string Inspector::ofBoundsAndAccess(gpointer node) {
+    for (ArvGcPropertyNode *property : propertiesOf(node)) {
+        if (!feedsBoundsOrAccess(elementOf(property)))
+            continue;
+        if (std::string defect = ofTarget(node, property); !defect.empty())
+            return defect;
+    }
+    return {};
+}
+
+std::string Inspector::ofParts(gpointer node) {
+    const auto properties = propertiesOf(node);
+    if (std::string defect = missingProperty(node, properties); !defect.empty())
+        return defect;
+    for (const char *element : {"Formula", "FormulaTo", "FormulaFrom"}) {
+        if (!hasAny(properties, {element}))
+            continue;
+        if (std::string defect = defectOfFormula(node, element); !defect.empty())
+            return defect;
+    }
+    for (ArvGcPropertyNode *property : properties) {
+        if (!feedsValue(elementOf(property)))
+            continue;
+        if (std::string defect = ofTarget(node, property); !defect.empty())
+            return defect;
+    }
+    for (ArvDomNode *formula : addressFormulasOf(node)) {
+        if (std::string defect = ofValue(formula); !defect.empty())
+            return defect;
+    }
+    if (isRegister(elementOf(node))) {
+        if (std::string defect = defectOfLength(node, properties); !defect.empty())
+            return defect;
+    }
+    if (isRegister(elementOf(node)) || isOneOf(elementOf(node), {"StructEntry"}))
+        cache_.learn(registerOf(node));
+    return {};
+}
+
+std::string Inspector::ofTarget(gpointer node, ArvGcPropertyNode *property) {
+    ArvGcNode *target = targetOf(property);
+    if (!target)
+        return "<" + std::string(elementOf(property)) + "> of '" + attributeOf(node, "Name") +
+               "' refers to '" + textOf(property) + "', which is no node";
+    return ofValue(target);
+}
+
+std::string Inspector::defectOf(ArvGcFeatureNode *node) {
+    std::string defect = ofValue(node);
+    for (; defect.empty() && node; node = linkedFeature(node))
+        defect = ofBoundsAndAccess(node);
+    return defect;
 }
 
 std::string failedReading(ArvGcFeatureNode *node) {
@@ -357,10 +461,6 @@ std::string failedWriting(ArvGcFeatureNode *node, double value) {
         return {};
     formula.set("FROM", value);
     return setVariables(formula, converter) ? formula.failure(true) : std::string();
-}
-
-bool writesPartOfRegister(ArvGcFeatureNode *node) {
-    return onTheWay(node, {"MaskedIntReg", "StructEntry"}) != nullptr;
 }
 
 bool meansRegisterCommands(ArvGc *description) {

@@ -2,6 +2,10 @@
 
 #include <arv.h>
 
+#include <cstring>
+
+#include "gvcp/error.h"
+
 namespace gige {
 namespace {
 
@@ -56,31 +60,54 @@ Meaning meaningOf(const GError &error) {
     return Meaning::Description;
 }
 
+GEV_STATUS statusOf(gvcp::Cause cause) {
+    switch (cause) {
+    case gvcp::Cause::Controlled:
+        return GEVLIB_ERROR_ACCESS_DENIED;
+    case gvcp::Cause::Silent:
+        return GEVLIB_ERROR_TIME_OUT;
+    case gvcp::Cause::Unreachable:
+        return GEVLIB_ERROR_NO_CAMERA;
+    case gvcp::Cause::Description:
+        return GEVLIB_ERROR_NO_DESCRIPTION;
+    case gvcp::Cause::Refused:
+    case gvcp::Cause::ControlLost:
+    case gvcp::Cause::Stopped:
+        break;
+    }
+    return GEVLIB_ERROR_GENERIC;
+}
+
 } // namespace
 
 void raise(const GError &error, const char *node, const char *action) {
+    // Aravis names all nodes on the way to the one that failed.
+    const char *text = error.message;
+    for (const char *end; *text == '[' && (end = strstr(text, "] ")) != nullptr;)
+        text = end + strlen("] ");
     switch (meaningOf(error)) {
     case Meaning::Timeout:
-        throw KXGIGE_EXCEPTION(TimeoutException, "Cannot %s '%s': the camera does not answer (%s)",
-                               action, node, error.message);
+        throw KXGIGE_EXCEPTION(TimeoutException, "Cannot %s '%s' of the camera: %s", action, node,
+                               text);
     case Meaning::Runtime:
-        throw KXGIGE_EXCEPTION(RuntimeException, "Cannot %s '%s': %s", action, node, error.message);
+        throw KXGIGE_EXCEPTION(RuntimeException, "Cannot %s '%s' of the camera: %s", action, node,
+                               text);
     case Meaning::Access:
-        throw KXGIGE_EXCEPTION(AccessException, "Cannot %s '%s': %s", action, node, error.message);
+        throw KXGIGE_EXCEPTION(AccessException, "Cannot %s '%s': %s", action, node, text);
     case Meaning::Range:
-        throw KXGIGE_EXCEPTION(OutOfRangeException, "Cannot %s '%s': %s", action, node,
-                               error.message);
+        throw KXGIGE_EXCEPTION(OutOfRangeException, "Cannot %s '%s': %s", action, node, text);
     case Meaning::Argument:
-        throw KXGIGE_EXCEPTION(InvalidArgumentException, "Cannot %s '%s': %s", action, node,
-                               error.message);
+        throw KXGIGE_EXCEPTION(InvalidArgumentException, "Cannot %s '%s': %s", action, node, text);
     case Meaning::Description:
         break;
     }
     throw KXGIGE_EXCEPTION(PropertyException, "Cannot %s '%s': the camera's description fails (%s)",
-                           action, node, error.message);
+                           action, node, text);
 }
 
 GEV_STATUS statusOf(const std::exception &exception) {
+    if (const auto *error = dynamic_cast<const gvcp::Error *>(&exception))
+        return statusOf(error->cause());
     if (dynamic_cast<const GenICam_3_0::TimeoutException *>(&exception))
         return GEVLIB_ERROR_TIME_OUT;
     if (dynamic_cast<const GenICam_3_0::AccessException *>(&exception))

@@ -1,4 +1,4 @@
-/** What Aravis' errors mean: as GenICam exceptions and as this platform's status codes. */
+/** What errors mean: Aravis' as GenICam exceptions, and all as this platform's status codes. */
 #ifndef KXINFO_GIGE_ERRORS_H
 #define KXINFO_GIGE_ERRORS_H
 
@@ -19,7 +19,7 @@ namespace gige {
  */
 [[noreturn]] void raise(const GError &error, const char *node, const char *action);
 
-/** The status code that an exception of the node map stands for. */
+/** The status code that an exception of the node map, or a gvcp::Error, stands for. */
 GEV_STATUS statusOf(const std::exception &exception);
 
 } // namespace gige

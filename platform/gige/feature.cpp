@@ -73,19 +73,8 @@ const char *nameOf(EAccessMode mode) {
 
 } // namespace
 
-CacheOff::CacheOff(ArvGc *description, bool off) : off_(off ? description : nullptr) {
-    if (off_)
-        arv_gc_set_register_cache_policy(off_, ARV_REGISTER_CACHE_POLICY_DISABLE);
-}
-
-CacheOff::~CacheOff() {
-    if (off_)
-        arv_gc_set_register_cache_policy(off_, ARV_REGISTER_CACHE_POLICY_ENABLE);
-}
-
 EAccessMode Feature::accessMode() const {
     requireSound();
-    const CacheOff scope(camera_.description, !inspection().cachable);
     Access access = accessOf(node_, camera_.mayWrite ? Locks::Count : Locks::DoNotCount);
     access.writable = access.writable && camera_.mayWrite;
     return modeOf(access);
@@ -93,7 +82,6 @@ EAccessMode Feature::accessMode() const {
 
 void Feature::requireReadable() const {
     requireSound();
-    const CacheOff scope(camera_.description, !inspection().cachable);
     const EAccessMode mode = modeOf(accessOf(node_, Locks::DoNotCount));
     if (mode != RO && mode != RW)
         throw KXGIGE_EXCEPTION(AccessException, "Cannot read '%s': it is %s", name(), nameOf(mode));
@@ -106,17 +94,13 @@ void Feature::requireWritable() const {
                                nameOf(mode));
 }
 
-const Inspection &Feature::inspection() const {
-    if (!inspection_)
-        inspection_ = inspect(node_);
-    return *inspection_;
-}
-
 void Feature::requireSound() const {
-    if (!inspection().defect.empty())
+    if (!defect_)
+        defect_ = camera_.inspector->defectOf(node_);
+    if (!defect_->empty())
         throw KXGIGE_EXCEPTION(PropertyException,
                                "Cannot use '%s': the camera's description is wrong (%s)", name(),
-                               inspection().defect.c_str());
+                               defect_->c_str());
 }
 
 void Feature::requireEvaluated() const {
@@ -127,12 +111,6 @@ void Feature::requireEvaluated() const {
 void Feature::requireConvertible(double value) const {
     if (const std::string failure = failedWriting(node_, value); !failure.empty())
         throw KXGIGE_EXCEPTION(PropertyException, "Cannot write '%s': %s", name(), failure.c_str());
-}
-
-// Such a register is read, changed and written back. Aravis would start from the value that it
-// cached for this node, and undo what other nodes of the same register have written since.
-bool Feature::keepsOtherBits() const {
-    return writesPartOfRegister(node_);
 }
 
 } // namespace gige

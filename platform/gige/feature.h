@@ -11,25 +11,15 @@
 #include "description.h"
 #include "errors.h"
 #include "owners.h"
+#include "port.h"
 
 namespace gige {
 
 /** What all features of one node map share. */
 struct Camera {
-    ArvGc *description;
+    ArvDevice *port;
+    Inspector *inspector;
     bool mayWrite; /**< not when the camera is only monitored */
-};
-
-/** While it lives, reads reach the camera even where the description allows a cached value. */
-class CacheOff {
-public:
-    CacheOff(ArvGc *description, bool off);
-    ~CacheOff();
-    CacheOff(const CacheOff &) = delete;
-    CacheOff &operator=(const CacheOff &) = delete;
-
-private:
-    ArvGc *off_;
 };
 
 /**
@@ -60,7 +50,7 @@ public:
     template <class Get>
     auto read(bool ignoreCache, Get get) const {
         requireReadable();
-        const CacheOff scope(camera_.description, ignoreCache || !inspection().cachable);
+        const CacheOff scope(camera_.port, ignoreCache);
         const auto value = call("read", get);
         if (value == 0)
             requireEvaluated();
@@ -71,7 +61,7 @@ public:
     template <class Get>
     std::string readText(bool ignoreCache, Get get) const {
         requireReadable();
-        const CacheOff scope(camera_.description, ignoreCache || !inspection().cachable);
+        const CacheOff scope(camera_.port, ignoreCache);
         const char *text = call("read", get);
         return text ? text : "";
     }
@@ -83,7 +73,6 @@ public:
     template <class Get>
     auto bound(Get get) const {
         requireSound();
-        const CacheOff scope(camera_.description, !inspection().cachable);
         Error error;
         const auto value = get(error.out());
         if (error && !error.is(ARV_GC_ERROR, ARV_GC_ERROR_PROPERTY_NOT_DEFINED))
@@ -105,7 +94,6 @@ public:
     /** The same for a text. */
     template <class Set>
     void writeText(Set set) const {
-        const CacheOff scope(camera_.description, !inspection().cachable || keepsOtherBits());
         call("write", [&](GError **error) { return set(error), 0; });
     }
 
@@ -119,15 +107,13 @@ private:
         return result;
     }
 
-    const Inspection &inspection() const;
     void requireSound() const;
     void requireEvaluated() const;
     void requireConvertible(double value) const;
-    bool keepsOtherBits() const;
 
     ArvGcFeatureNode *node_;
     const Camera &camera_;
-    mutable std::optional<Inspection> inspection_; // made at first use
+    mutable std::optional<std::string> defect_; // looked for at first use
 };
 
 } // namespace gige

@@ -6,8 +6,9 @@
 #include <memory>
 
 #include "GenApi/GenApi.h"
-#include "discovery.h"
+#include "environment.h"
 #include "errors.h"
+#include "kxgige.h"
 #include "session.h"
 
 // The C interface over discovery and sessions. A handle is the address of its session, and counts
@@ -31,6 +32,12 @@ Session *sessionOf(GEV_CAMERA_HANDLE handle) {
     return found == openSessions().end() ? nullptr : found->second.get();
 }
 
+// Why the last search or opening failed.
+std::string &cause() {
+    static auto *text = new std::string;
+    return *text;
+}
+
 template <class Call>
 GEV_STATUS guarded(Call call) {
     try {
@@ -40,6 +47,46 @@ GEV_STATUS guarded(Call call) {
     } catch (...) {
         return GEVLIB_ERROR_GENERIC;
     }
+}
+
+// The same, and what it says is kept for KxGigeCause().
+template <class Call>
+GEV_STATUS explained(Call call) {
+    cause().clear();
+    return guarded([&] {
+        try {
+            return call();
+        } catch (const std::exception &exception) {
+            cause() = exception.what();
+            throw;
+        }
+    });
+}
+
+template <size_t Room>
+void copyText(const std::string &from, char (&to)[Room]) {
+    const size_t length = std::min(from.size(), Room - 1);
+    memcpy(to, from.data(), length);
+    to[length] = '\0';
+}
+
+GEV_CAMERA_INFO recordOf(const gvcp::Found &found) {
+    const gvcp::Identity &identity = found.identity;
+    GEV_CAMERA_INFO info{};
+    info.ipAddr = identity.address;
+    info.ipMask = identity.mask;
+    info.ipGateway = identity.gateway;
+    info.macHigh = identity.macHigh;
+    info.macLow = identity.macLow;
+    info.hostIpAddr = found.host;
+    info.hostIfIndex = found.interface;
+    info.capabilities = identity.deviceMode;
+    copyText(identity.manufacturer, info.manufacturer);
+    copyText(identity.model, info.model);
+    copyText(identity.serial, info.serial);
+    copyText(identity.version, info.version);
+    copyText(identity.userName, info.username);
+    return info;
 }
 
 // The low bytes of an integer, in the machine's byte order.
@@ -109,10 +156,11 @@ GEV_STATUS GevGetCameraList(GEV_CAMERA_INFO *cameras, int maxCameras, int *numCa
         return GEVLIB_ERROR_NULL_PTR;
     if (maxCameras < 1)
         return GEVLIB_ERROR_ARG_INVALID;
-    return guarded([&] {
-        const auto found = gige::discover(gige::discoveryOptions());
+    return explained([&] {
+        const auto found = gvcp::discover(gige::searchFromEnvironment());
         const size_t count = std::min(found.size(), static_cast<size_t>(maxCameras));
-        std::copy_n(found.begin(), count, cameras);
+        std::transform(found.begin(), found.begin() + static_cast<ptrdiff_t>(count), cameras,
+                       recordOf);
         *numCameras = static_cast<int>(count);
         return GEVLIB_OK;
     });
@@ -126,10 +174,8 @@ GEV_STATUS GevOpenCamera(GEV_CAMERA_INFO *device, GevAccessMode mode, GEV_CAMERA
         return GEVLIB_ERROR_NULL_PTR;
     if (mode != GevMonitorMode && mode != GevControlMode && mode != GevExclusiveMode)
         return GEVLIB_ERROR_ARG_INVALID;
-    return guarded([&]() -> GEV_STATUS {
-        std::unique_ptr<Session> session;
-        if (const GEV_STATUS status = Session::open(*device, mode, session); status != GEVLIB_OK)
-            return status;
+    return explained([&] {
+        auto session = std::make_unique<Session>(*device, mode);
         GEV_CAMERA_HANDLE opened = session.get();
         openSessions()[opened] = std::move(session);
         device->mode = mode;
@@ -147,14 +193,8 @@ GEV_STATUS GevCloseCamera(GEV_CAMERA_HANDLE *handle) {
 }
 
 void *GevGetFeatureNodeMap(GEV_CAMERA_HANDLE handle) {
-    CNodeMapRef *reference = nullptr;
-    guarded([&] {
-        Session *session = sessionOf(handle);
-        gige::NodeMap *map = session ? session->nodeMap() : nullptr;
-        reference = map ? &map->reference() : nullptr;
-        return GEVLIB_OK;
-    });
-    return reference;
+    Session *session = sessionOf(handle);
+    return session ? &session->nodeMap().reference() : nullptr;
 }
 
 GEV_STATUS GevGetFeatureValue(GEV_CAMERA_HANDLE handle, const char *feature, int *type, int size,
@@ -167,8 +207,7 @@ GEV_STATUS GevGetFeatureValue(GEV_CAMERA_HANDLE handle, const char *feature, int
         Session *session = sessionOf(handle);
         if (!session)
             return GEVLIB_ERROR_INVALID_HANDLE;
-        gige::NodeMap *map = session->nodeMap();
-        INode *node = map ? map->GetNode(feature) : nullptr;
+        INode *node = session->nodeMap().GetNode(feature);
         if (!node)
             return GEVLIB_ERROR_PARAMETER_NOT_FOUND;
         return getValue(node, type, static_cast<size_t>(size), value);
@@ -182,4 +221,28 @@ GEV_STATUS GevApiUninitialize(void) {
 
 int _CloseSocketAPI(void) {
     return 0; // no socket outlives the call, or the session, that opened it
+}
+
+const char *KxGigeCause(void) {
+    return cause().c_str();
+}
+
+GEV_STATUS KxGigeGetController(GEV_CAMERA_HANDLE handle, int *isControlled, uint32_t *address,
+                               uint16_t *port) {
+    if (!isControlled || !address || !port)
+        return GEVLIB_ERROR_NULL_PTR;
+    return guarded([&]() -> GEV_STATUS {
+        Session *session = sessionOf(handle);
+        if (!session)
+            return GEVLIB_ERROR_INVALID_HANDLE;
+        const gvcp::Controller controller = session->channel().controller();
+        *isControlled = controller.privilege != 0;
+        *address = controller.privilege ? controller.address : 0;
+        *port = controller.privilege ? controller.port : uint16_t{0};
+        return GEVLIB_OK;
+    });
+}
+
+void KxGigeStopWhen(const volatile sig_atomic_t *flag) {
+    gvcp::stopWhen(flag);
 }

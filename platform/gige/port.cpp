@@ -1,22 +1,34 @@
 #include "port.h"
 
-#include <atomic>
+#include <algorithm>
 #include <cstring>
-#include <new>
+#include <memory>
 
-// A camera that falls silent costs Aravis several seconds for each access: it sends each command
-// six times, half a second apart. So the first timeout marks the camera lost, and every later
-// access ends here. The same holds once the heartbeat, on Aravis' own thread, finds control gone.
-//
-// Writing memory is optional in GigE Vision, and Aravis does it without asking: a camera that
-// says it cannot gets register writes from then on.
+#include "description.h"
+
+// Some cameras show their registers to memory commands in little-endian order and describe them as
+// big endian: their makers thought of register commands, which have one byte order on the wire. It
+// shows when both are asked for the same register, once, and its number reads differently from
+// behind. Until then registers are written by register commands, which are right on every camera.
+// Registers that are declared little endian, and texts, are what memory commands show.
+
+namespace gige {
+namespace {
+
+struct PortState {
+    gvcp::Channel &channel;
+    RegisterCache cache;
+    RegisterAccess access = RegisterAccess::Undecided;
+    int undecided = 0; // comparisons that told nothing
+    bool cacheOff = false;
+};
+
+} // namespace
+} // namespace gige
 
 struct KxgigePort {
     ArvDevice parent;
-    ArvDevice *camera;
-    gulong controlLost;
-    gige::RegisterAccess registerAccess;
-    std::atomic<int> lost; // the ArvDeviceError it was lost with, or kPresent
+    gige::PortState *state;
 };
 
 struct KxgigePortClass {
@@ -25,116 +37,160 @@ struct KxgigePortClass {
 
 namespace {
 
-constexpr int kPresent = -1;
+using gige::PortState;
+using gige::RegisterAccess;
+
 constexpr guint32 kRegisterSize = 4;
+// Registers that cannot be read by register commands, or change in between; then a camera is taken
+// to be as nearly all are.
+constexpr int kMostComparisons = 16;
 
 // NOLINTNEXTLINE: the names that G_DEFINE_TYPE asks for
 G_DEFINE_TYPE(KxgigePort, kxgige_port, arv_device_get_type())
 
-KxgigePort *self(gpointer device) {
-    return static_cast<KxgigePort *>(device);
+PortState &stateOf(gpointer device) {
+    return *static_cast<KxgigePort *>(device)->state;
 }
 
-// Sends one command unless the camera is lost; \p send is Aravis' call without its last argument.
-template <class Send>
-gboolean access(KxgigePort *port, GError **error, Send send) {
-    const int lost = port->lost;
-    if (lost != kPresent) {
-        g_set_error(error, ARV_DEVICE_ERROR, lost, "%s",
-                    lost == ARV_DEVICE_ERROR_TIMEOUT ? "it stopped answering earlier"
-                                                     : "control of the camera is lost");
-        return FALSE;
+int codeOf(const gvcp::Error &error) {
+    switch (error.cause()) {
+    case gvcp::Cause::Silent:
+        return ARV_DEVICE_ERROR_TIMEOUT;
+    case gvcp::Cause::ControlLost:
+        return ARV_DEVICE_ERROR_NOT_CONTROLLER;
+    default:
+        return ARV_DEVICE_ERROR_PROTOCOL_ERROR;
     }
-    GError *problem = nullptr;
-    if (send(&problem))
+}
+
+// Does what \p access does; its exception becomes Aravis' error.
+template <class Do>
+gboolean carryOut(GError **error, Do access) {
+    try {
+        access();
         return TRUE;
-    if (g_error_matches(problem, ARV_DEVICE_ERROR, ARV_DEVICE_ERROR_TIMEOUT))
-        port->lost = ARV_DEVICE_ERROR_TIMEOUT;
-    g_propagate_error(error, problem);
+    } catch (const gvcp::Error &problem) {
+        g_set_error_literal(error, ARV_DEVICE_ERROR, codeOf(problem), problem.what());
+    } catch (const std::exception &problem) {
+        g_set_error_literal(error, ARV_DEVICE_ERROR, ARV_DEVICE_ERROR_UNKNOWN, problem.what());
+    }
     return FALSE;
 }
 
-bool isRegister(guint64 address, guint32 size) {
+bool isRegister(guint64 address, guint64 size) {
     return size == kRegisterSize && address % kRegisterSize == 0;
 }
 
-gboolean readRegister(ArvDevice *device, guint64 address, guint32 *value, GError **error) {
-    KxgigePort *port = self(device);
-    return access(port, error, [&](GError **problem) {
-        return arv_device_read_register(port->camera, address, value, problem);
-    });
+uint32_t addressOf(guint64 address, guint64 size) {
+    if (size > gige::kLongestRegister)
+        throw gvcp::Error(gvcp::Cause::Refused, "the register is longer than any is");
+    if (address > UINT32_MAX || size > UINT32_MAX - address)
+        throw gvcp::Error(gvcp::Cause::Refused, "the address is beyond the camera's 32 bits");
+    return static_cast<uint32_t>(address);
 }
 
-gboolean writeRegister(ArvDevice *device, guint64 address, guint32 value, GError **error) {
-    KxgigePort *port = self(device);
-    return access(port, error, [&](GError **problem) {
-        return arv_device_write_register(port->camera, address, value, problem);
-    });
+// What both commands say of one register decides how it, and every other, is accessed.
+void compare(PortState &port, uint32_t address, uint8_t *bytes) {
+    if (bytes[0] == bytes[3] && bytes[1] == bytes[2])
+        return; // it reads the same from both ends, as zero does: nothing to be told
+    uint8_t number[kRegisterSize];
+    try {
+        gvcp::put32(number, port.channel.readRegisters({address})[0]);
+    } catch (const gvcp::Error &error) {
+        if (error.cause() != gvcp::Cause::Refused)
+            throw;
+        if (++port.undecided == kMostComparisons)
+            port.access = RegisterAccess::Memory;
+        return;
+    }
+    const bool same = std::equal(number, number + kRegisterSize, bytes);
+    const bool swapped = std::equal(number, number + kRegisterSize,
+                                    std::make_reverse_iterator(bytes + kRegisterSize));
+    if (same != swapped)
+        port.access = same ? RegisterAccess::Memory : RegisterAccess::BigEndianByCommand;
+    else if (++port.undecided == kMostComparisons)
+        port.access = RegisterAccess::Memory;
+    std::copy_n(number, kRegisterSize, bytes);
+}
+
+// Of a register whose place is computed nothing is known: most are big endian.
+bool mayBeBigEndian(const PortState &port, uint32_t address, uint32_t size) {
+    return isRegister(address, size) && port.cache.isBigEndian(address, size).value_or(true);
+}
+
+void fetch(PortState &port, uint32_t address, uint32_t size, uint8_t *bytes) {
+    const bool byCommand = port.access == RegisterAccess::AllByCommand
+                               ? isRegister(address, size)
+                               : port.access == RegisterAccess::BigEndianByCommand &&
+                                     mayBeBigEndian(port, address, size);
+    if (byCommand) {
+        gvcp::put32(bytes, port.channel.readRegisters({address})[0]);
+        return;
+    }
+    port.channel.read(address, bytes, size);
+    if (port.access == RegisterAccess::Undecided && isRegister(address, size) &&
+        port.cache.isBigEndian(address, size).value_or(false))
+        compare(port, address, bytes);
 }
 
 gboolean readMemory(ArvDevice *device, guint64 address, guint32 size, void *buffer,
                     GError **error) {
-    KxgigePort *port = self(device);
-    if (port->registerAccess == gige::RegisterAccess::Registers && isRegister(address, size)) {
-        guint32 value = 0;
-        if (!readRegister(device, address, &value, error))
-            return FALSE;
-        value = GUINT32_TO_BE(value);
-        memcpy(buffer, &value, sizeof value);
-        return TRUE;
-    }
-    return access(port, error, [&](GError **problem) {
-        return arv_device_read_memory(port->camera, address, size, buffer, problem);
+    PortState &port = stateOf(device);
+    auto *bytes = static_cast<uint8_t *>(buffer);
+    return carryOut(error, [&] {
+        const uint8_t *known = port.cacheOff ? nullptr : port.cache.find(address, size);
+        if (known) {
+            port.channel.requireUse();
+            std::copy_n(known, size, bytes);
+            return;
+        }
+        fetch(port, addressOf(address, size), size, bytes);
+        port.cache.read(address, size, bytes);
     });
 }
 
 gboolean writeMemory(ArvDevice *device, guint64 address, guint32 size, void *buffer,
                      GError **error) {
-    KxgigePort *port = self(device);
-    const auto write = [&](GError **problem) {
-        return arv_device_write_memory(port->camera, address, size, buffer, problem);
-    };
-    if (!isRegister(address, size))
-        return access(port, error, write);
-
-    if (port->registerAccess == gige::RegisterAccess::Memory) {
-        gige::Error problem;
-        if (access(port, problem.out(), write))
-            return TRUE;
-        if (!problem.is(ARV_DEVICE_ERROR, ARV_DEVICE_ERROR_PROTOCOL_ERROR_NOT_IMPLEMENTED)) {
-            g_propagate_error(error, g_error_copy(&*problem));
-            return FALSE;
-        }
-        port->registerAccess = gige::RegisterAccess::RegisterWrites;
-    }
-    guint32 value = 0;
-    memcpy(&value, buffer, sizeof value);
-    return writeRegister(device, address, GUINT32_FROM_BE(value), error);
+    PortState &port = stateOf(device);
+    const auto *bytes = static_cast<const uint8_t *>(buffer);
+    return carryOut(error, [&] {
+        const uint32_t at = addressOf(address, size);
+        port.cache.written(address, size, bytes, false); // whatever comes of it
+        const bool byCommand =
+            port.access == RegisterAccess::AllByCommand
+                ? isRegister(address, size)
+                : port.access != RegisterAccess::Memory && mayBeBigEndian(port, at, size);
+        if (byCommand)
+            port.channel.writeRegister(at, gvcp::get32(bytes));
+        else
+            port.channel.write(at, bytes, size);
+        port.cache.written(address, size, bytes, true);
+    });
 }
 
-void onControlLost(ArvDevice *, gpointer port) {
-    int present = kPresent;
-    self(port)->lost.compare_exchange_strong(present, ARV_DEVICE_ERROR_NOT_CONTROLLER);
+gboolean readRegister(ArvDevice *device, guint64 address, guint32 *value, GError **error) {
+    return carryOut(error, [&] {
+        *value = stateOf(device).channel.readRegisters({addressOf(address, kRegisterSize)})[0];
+    });
 }
 
-void dispose(GObject *object) {
-    KxgigePort *port = self(object);
-    if (port->camera) {
-        g_signal_handler_disconnect(port->camera, port->controlLost);
-        g_clear_object(&port->camera);
-    }
-    G_OBJECT_CLASS(kxgige_port_parent_class)->dispose(object);
+gboolean writeRegister(ArvDevice *device, guint64 address, guint32 value, GError **error) {
+    return carryOut(error, [&] {
+        stateOf(device).channel.writeRegister(addressOf(address, kRegisterSize), value);
+    });
+}
+
+void finalize(GObject *object) {
+    delete static_cast<KxgigePort *>(static_cast<gpointer>(object))->state;
+    G_OBJECT_CLASS(kxgige_port_parent_class)->finalize(object);
 }
 
 void kxgige_port_init(KxgigePort *port) {
-    port->camera = nullptr;
-    port->controlLost = 0;
-    port->registerAccess = gige::RegisterAccess::Memory;
-    new (&port->lost) std::atomic<int>(kPresent);
+    port->state = nullptr;
 }
 
 void kxgige_port_class_init(KxgigePortClass *classes) {
-    G_OBJECT_CLASS(classes)->dispose = dispose;
+    G_OBJECT_CLASS(classes)->finalize = finalize;
     ArvDeviceClass *device = ARV_DEVICE_CLASS(classes);
     device->read_register = readRegister;
     device->write_register = writeRegister;
@@ -146,15 +202,30 @@ void kxgige_port_class_init(KxgigePortClass *classes) {
 
 namespace gige {
 
-ObjectPtr<ArvDevice> newPort(ArvGvDevice *camera) {
-    auto *port = self(g_object_new(kxgige_port_get_type(), nullptr));
-    port->camera = ARV_DEVICE(g_object_ref(camera));
-    port->controlLost = g_signal_connect(camera, "control-lost", G_CALLBACK(onControlLost), port);
+ObjectPtr<ArvDevice> newPort(gvcp::Channel &channel, bool inControl) {
+    auto state = std::make_unique<PortState>(PortState{channel, RegisterCache(inControl)});
+    auto *port = static_cast<KxgigePort *>(g_object_new(kxgige_port_get_type(), nullptr));
+    port->state = state.release();
     return ObjectPtr<ArvDevice>(&port->parent);
 }
 
+RegisterCache &cacheOf(ArvDevice *port) {
+    return stateOf(port).cache;
+}
+
 void setRegisterAccess(ArvDevice *port, RegisterAccess access) {
-    self(port)->registerAccess = access;
+    stateOf(port).access = access;
+}
+
+CacheOff::CacheOff(ArvDevice *port, bool on)
+    : off_(on && !stateOf(port).cacheOff ? port : nullptr) {
+    if (off_)
+        stateOf(off_).cacheOff = true;
+}
+
+CacheOff::~CacheOff() {
+    if (off_)
+        stateOf(off_).cacheOff = false;
 }
 
 } // namespace gige

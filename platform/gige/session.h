@@ -5,6 +5,7 @@
 #include <memory>
 
 #include "gevapi.h"
+#include "gvcp/channel.h"
 #include "nodemap.h"
 #include "port.h"
 
@@ -13,28 +14,21 @@ namespace gige {
 class Session {
 public:
     /**
-     * Opens the camera at the record's address, from the address that it was found from.
+     * Opens the camera at the record's address, from the address that it was found from, and loads
+     * its description.
      *
-     * \param session  receives the session when the status is GEVLIB_OK, null otherwise
+     * \throw gvcp::Error  when there is nothing to work with; control is given back then
      */
-    static GEV_STATUS open(const GEV_CAMERA_INFO &device, GevAccessMode mode,
-                           std::unique_ptr<Session> &session);
+    Session(const GEV_CAMERA_INFO &device, GevAccessMode mode);
 
-    /** Gives control back before it returns. Takes seconds when the camera is silent. */
-    ~Session();
-
-    /** Null when the camera has no description that can be used. Made at the first call. */
-    NodeMap *nodeMap();
+    NodeMap &nodeMap() { return *nodeMap_; }
+    gvcp::Channel &channel() { return channel_; }
 
 private:
-    Session(ObjectPtr<ArvGvDevice> camera, GevAccessMode mode);
-
-    GEV_STATUS settleControl();
-
-    ObjectPtr<ArvGvDevice> camera_; // null: a camera without a description
+    // Nodes go before the port that they read through, and that before the channel, which gives
+    // control back.
+    gvcp::Channel channel_;
     ObjectPtr<ArvDevice> port_;
-    GevAccessMode mode_;
-    bool mapMade_ = false;
     std::unique_ptr<NodeMap> nodeMap_;
 };
 

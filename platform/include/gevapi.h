@@ -31,9 +31,10 @@ enum {
     GEVLIB_ERROR_INVALID_HANDLE = -4,      /**< the handle names no opened camera */
     GEVLIB_ERROR_NOT_SUPPORTED = -5,       /**< the feature cannot be read this way */
     GEVLIB_ERROR_TIME_OUT = -6,            /**< the camera did not answer in time */
-    GEVLIB_ERROR_NO_CAMERA = -7,           /**< no camera answers at that address */
+    GEVLIB_ERROR_NO_CAMERA = -7,           /**< this computer reaches no camera at that address */
     GEVLIB_ERROR_ACCESS_DENIED = -8,       /**< another program controls the camera */
     GEVLIB_ERROR_PARAMETER_NOT_FOUND = -9, /**< the camera has no such feature */
+    GEVLIB_ERROR_NO_DESCRIPTION = -10,     /**< the camera has no description that can be used */
 };
 
 /** How a camera is opened. */
@@ -85,8 +86,8 @@ KX_PLATFORM_API GEV_STATUS GevGetCameraList(GEV_CAMERA_INFO *cameras, int maxCam
 
 /**
  * Opens a camera. Control is taken, and given, before this returns GEVLIB_OK: a camera that another
- * program controls is not opened. A camera without a usable description has no features, and
- * nothing of it is controlled.
+ * program controls is not opened, but for monitoring. The open platform opens no camera without a
+ * description that can be used (GEVLIB_ERROR_NO_DESCRIPTION); elsewhere such a one has no node map.
  *
  * \param device  record from GevGetCameraList(); its mode becomes \p mode when opened
  * \param mode    what the caller wants of it
@@ -97,7 +98,7 @@ KX_PLATFORM_API GEV_STATUS GevOpenCamera(GEV_CAMERA_INFO *device, GevAccessMode 
 
 /**
  * Gives control back, closes the camera and sets \p *handle to null. When this returns, another
- * program can open the camera. A camera that no longer answers takes seconds to close.
+ * program can open the camera. A camera that no longer answers takes a moment to close.
  */
 KX_PLATFORM_API GEV_STATUS GevCloseCamera(GEV_CAMERA_HANDLE *handle);
 

@@ -38,19 +38,20 @@ Result list(const std::string &name, const std::vector<std::string> &options = {
 }
 
 TEST(ListJson, HoldsTheDalsaCamerasWithTheirNumbers) {
-    EXPECT_EQ(list("tells_expectation"), (Result{0, kTwoCameras, ""}));
+    EXPECT_EQ(list("tells_search"), (Result{0, kTwoCameras, "searched for: everything\n"}));
 }
 
 TEST(ListJson, IsTheSameWhateverTheLogIsSetTo) {
-    EXPECT_EQ(list("tells_expectation", {"--log", "none", "--level", "debug"}),
-              (Result{0, kTwoCameras, ""}));
-    EXPECT_EQ(list("tells_expectation", {"--log", "syslog", "--level", "error"}),
-              (Result{0, kTwoCameras, ""}));
+    EXPECT_EQ(list("tells_search", {"--log", "none", "--level", "debug"}),
+              (Result{0, kTwoCameras, "searched for: everything\n"}));
+    EXPECT_EQ(list("tells_search", {"--log", "syslog", "--level", "error"}),
+              (Result{0, kTwoCameras, "searched for: everything\n"}));
 }
 
 TEST(ListJson, HasTheLogOnStandardError) {
-    EXPECT_EQ(list("tells_expectation", {"--log", "stdout", "--level", "debug"}),
+    EXPECT_EQ(list("tells_search", {"--log", "stdout", "--level", "debug"}),
               (Result{0, kTwoCameras,
+                      "searched for: everything\n"
                       "[CIPROC:d]: 0. Vendor \"Dalsa\", Model \"Nano\", Serial \"S1\"\n"
                       "[CIPROC:d]: 1. Vendor \"Other\", Model \"Nano\", Serial \"X1\"\n"
                       "[CIPROC:d]: 2. Vendor \"Dalsa\", Model \"Nano\", Serial \"S2\"\n"

@@ -3,6 +3,7 @@
 
 #include <csignal>
 #include <cstdint>
+#include <cstdlib>
 #include <limits>
 
 #include <gtest/gtest.h>
@@ -55,6 +56,22 @@ TEST(Probe, ShowsTheSettingsInTheOrderOfPublication) {
 
 TEST(Probe, TakesTheBeginningOfASerialNumber) {
     EXPECT_EQ(probe("S12", "two_cameras"), (Result{0, camera("S12") + kTable, ""}));
+}
+
+TEST(Probe, LetsTheOpenPlatformSearchForTheSerialNumberOrElseForWhatWasSet) {
+    const auto searchedFor = [](const std::string &serial) {
+        const std::string err = probe(serial, "tells_search").err;
+        return err.substr(0, err.find('\n'));
+    };
+    unsetenv("KXGIGE_SERIAL");
+    EXPECT_EQ("searched for: everything", searchedFor(""));
+    EXPECT_EQ("searched for: S1", searchedFor("S1"));
+
+    setenv("KXGIGE_SERIAL", "S7", 1);
+    EXPECT_EQ("searched for: S1", searchedFor("S1"));
+    EXPECT_EQ("searched for: S7", searchedFor(""));
+    EXPECT_EQ("searched for: S7\n", kxinfo({"list", "--plugin", plugin("tells_search")}).err);
+    unsetenv("KXGIGE_SERIAL");
 }
 
 TEST(Probe, TakesTheFirstCameraForAnEmptySerialNumber) {
@@ -398,6 +415,16 @@ TEST(ProbeWithoutResult, SaysThatTheCameraCannotBeOpened) {
                       "kxinfo: the camera whose serial number begins with \"S7\" cannot be opened. "
                       "Probably another program controls it: end that program, or wait some "
                       "seconds if it crashed, and try again.\n"}));
+}
+
+TEST(ProbeWithoutResult, SaysWhyTheOpenPlatformCannotOpenTheCamera) {
+    EXPECT_EQ(probe("S7", "open_platform"),
+              (Result{1, "",
+                      "kxinfo: the camera whose serial number begins with \"S7\" cannot be opened: "
+                      "another program controls it (192.168.0.5, port 40123). Once that is mended, "
+                      "try again.\n"}));
+    EXPECT_EQ(probe("S7", "open_platform", {"--log", "syslog", "--level", "error"}),
+              probe("S7", "open_platform"));
 }
 
 TEST(ProbeWithoutResult, LeavesStandardOutputEmptyWithJson) {

@@ -4,10 +4,10 @@
 
 namespace {
 
-using gvcp::ReadMemory;
-using gvcp::ReadRegister;
-using gvcp::WriteMemory;
-using gvcp::WriteRegister;
+using peer::ReadMemory;
+using peer::ReadRegister;
+using peer::WriteMemory;
+using peer::WriteRegister;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
@@ -130,7 +130,7 @@ TEST_F(Cache, IsAskedOnceForAnEnumerationsText) {
 
 TEST_F(Cache, WritesRegistersWhereTheCameraCannotWriteMemory) {
     open(intReg("Width", "0x1000"));
-    camera.refuseCommand(WriteMemory);
+    camera.refuseCommand(WriteMemory); // though it says that it can
 
     integer("Width").SetValue(0x01020304);
     integer("Width").SetValue(0x01020305);
@@ -139,6 +139,107 @@ TEST_F(Cache, WritesRegistersWhereTheCameraCannotWriteMemory) {
     EXPECT_THAT(camera.accesses(),
                 ElementsAre(Access{WriteMemory, 0x1000}, Access{WriteRegister, 0x1000},
                             Access{WriteRegister, 0x1000}));
+}
+
+// As a lookup table is: an entry is selected, and lies somewhere else each time.
+TEST_F(Cache, CostsTwoCommandsToReadAnEntryOfATableAndOneMoreToWriteIt) {
+    open("<IntSwissKnife Name=\"IsOn\"><pVariable Name=\"MODE\">Mode</pVariable>"
+         "<Formula>MODE = 1</Formula></IntSwissKnife>" +
+         intReg("Mode", "0x1000") + intReg("Channel", "0x1004") + intReg("Index", "0x1008") +
+         "<Integer Name=\"Value\"><pIsAvailable>IsOn</pIsAvailable><pValue>ValueReg</pValue>"
+         "<Min>0</Min><pMax>Top</pMax></Integer>" +
+         intReg("Top", "0x100c") + "<IntReg Name=\"ValueReg\">" +
+         atAddress("0x2000", "<pIndex Offset=\"1024\">Channel</pIndex>"
+                             "<pIndex Offset=\"4\">Index</pIndex>"
+                             "<pInvalidator>Channel</pInvalidator>"
+                             "<pInvalidator>Index</pInvalidator>") +
+         "<Sign>Unsigned</Sign><Endianess>BigEndian</Endianess></IntReg>");
+    camera.setRegister(0x1000, 1);
+    camera.setRegister(0x1004, 1);
+    camera.setRegister(0x100c, 255);
+    integer("Index").SetValue(0);
+    integer("Value").SetValue(integer("Value").GetValue());
+    camera.clearAccesses();
+
+    integer("Index").SetValue(3);
+    EXPECT_EQ(0, integer("Value").GetValue());
+    integer("Value").SetValue(7);
+    integer("Index").SetValue(4);
+    integer("Value").GetValue();
+
+    EXPECT_EQ(7u, camera.getRegister(0x240c));
+    EXPECT_THAT(camera.accesses(),
+                ElementsAre(Access{WriteMemory, 0x1008}, Access{ReadMemory, 0x240c},
+                            Access{WriteMemory, 0x240c}, Access{WriteMemory, 0x1008},
+                            Access{ReadMemory, 0x2410}));
+}
+
+// A register is known as what makes another stale before it is read for its own sake.
+TEST_F(Cache, KeepsARegisterThatMakesAnotherStale) {
+    open(intReg("Ratio", "0x1004", "<pInvalidator>Selector</pInvalidator>") +
+         intReg("Selector", "0x1000"));
+    integer("Ratio").GetValue();
+    integer("Selector").GetValue();
+    camera.clearAccesses();
+
+    integer("Selector").GetValue();
+    integer("Ratio").GetValue();
+    integer("Selector").SetValue(1);
+    integer("Ratio").GetValue();
+
+    EXPECT_THAT(camera.accesses(),
+                ElementsAre(Access{WriteMemory, 0x1000}, Access{ReadMemory, 0x1004}));
+}
+
+TEST_F(Cache, KeepsNothingOfACameraThatIsOnlyMonitored) {
+    open(intReg("Width", "0x1000"), GevMonitorMode);
+    integer("Width").GetValue();
+    camera.setRegister(0x1000, 320); // by whoever controls it
+
+    EXPECT_EQ(320, integer("Width").GetValue());
+}
+
+TEST_F(Cache, IsPassedByForRegistersThatThePollingTimeSaysChange) {
+    open(intReg("Temperature", "0x1000", "<PollingTime>1000</PollingTime>"));
+    integer("Temperature").GetValue();
+    camera.setRegister(0x1000, 41);
+
+    EXPECT_EQ(41, integer("Temperature").GetValue());
+}
+
+TEST_F(Cache, KnowsWhatAFieldsNeighbourHasWritten) {
+    const auto field = [](const std::string &name, const std::string &bits) {
+        return "<MaskedIntReg Name=\"" + name + "\">" + atAddress("0x1000") + bits +
+               "<Sign>Unsigned</Sign><Endianess>BigEndian</Endianess></MaskedIntReg>";
+    };
+    open(field("Low", "<LSB>31</LSB><MSB>16</MSB>") + field("High", "<LSB>15</LSB><MSB>0</MSB>"));
+
+    integer("Low").SetValue(1);
+    integer("High").SetValue(2);
+    integer("Low").SetValue(3);
+
+    EXPECT_EQ(0x00020003u, camera.getRegister(0x1000));
+    EXPECT_EQ(2, integer("High").GetValue());
+}
+
+TEST_F(Cache, ForgetsARegisterThatAnotherOverlaps) {
+    open(intReg("Whole", "0x1000") + "<StringReg Name=\"Text\">" +
+         atAddress("0x1000", "", "RW", "8") + "</StringReg>");
+    EXPECT_EQ(0, integer("Whole").GetValue());
+
+    as<GenApi_3_0::IValue>("Text").FromString("abc");
+
+    EXPECT_EQ(0x61626300, integer("Whole").GetValue());
+}
+
+TEST_F(Cache, ForgetsWhatMayHaveBeenWrittenThoughTheCameraRefused) {
+    open(intReg("Width", "0x1000"));
+    integer("Width").GetValue();
+    camera.refuseWriting(0x1000, peer::Busy);
+    EXPECT_THROW(integer("Width").SetValue(5), GenICam_3_0::RuntimeException);
+    camera.setRegister(0x1000, 7);
+
+    EXPECT_EQ(7, integer("Width").GetValue());
 }
 
 TEST_F(Cache, AccessesRegistersAsOldDescriptionsMeanThem) {

@@ -40,6 +40,8 @@ protected:
         setenv("KXGIGE_DISCOVERY_MS", "150", 1);
         unsetenv("KXGIGE_EXPECTED_CAMERAS");
         unsetenv("KXGIGE_INTERFACES");
+        unsetenv("KXGIGE_SERIAL");
+        unsetenv("KXGIGE_ADDRESSES");
     }
 
     ScriptedCamera &add(const std::string &address, const std::string &serial = "S1") {
@@ -276,6 +278,96 @@ TEST_F(Discovery, ReportsAnInterfaceThatIsNotThere) {
               "addresses of this machine, separated by commas (see `ip -4 address`)\n",
               testing::internal::GetCapturedStderr());
     EXPECT_EQ(0u, camera.received());
+}
+
+TEST_F(Discovery, EndsWithTheCameraThatTheEnvironmentNamesAndListsItAlone) {
+    add("127.0.0.2", "S12");
+    add("127.0.0.3", "S1");
+    setenv("KXGIGE_DISCOVERY_MS", "1000", 1);
+    setenv("KXGIGE_SERIAL", "S1", 1);
+    const Stopwatch stopwatch;
+
+    EXPECT_THAT(serials(), ElementsAre("S1"));
+
+    EXPECT_THAT(stopwatch.elapsed(), Lt(900ms));
+}
+
+TEST_F(Discovery, GoesOnToItsEndWhenNoCameraHasExactlyTheSerialNumber) {
+    add("127.0.0.2", "S12");
+    add("127.0.0.3", "S13");
+    setenv("KXGIGE_SERIAL", "S1", 1);
+    const Stopwatch stopwatch;
+
+    EXPECT_THAT(serials(), ElementsAre("S12", "S13"));
+
+    EXPECT_THAT(stopwatch.elapsed(), Ge(150ms));
+}
+
+TEST_F(Discovery, AsksTheAddressesThatTheEnvironmentNamesAndNobodyElse) {
+    ScriptedCamera &other = add("127.0.0.2", "other");
+    add("127.0.0.3", "three");
+    add("127.0.0.4", "four");
+    setenv("KXGIGE_DISCOVERY_MS", "1000", 1);
+    setenv("KXGIGE_ADDRESSES", "127.0.0.4, 127.0.0.3 ,127.0.0.4, ", 1);
+    const Stopwatch stopwatch;
+
+    EXPECT_THAT(serials(), ElementsAre("three", "four"));
+
+    EXPECT_THAT(stopwatch.elapsed(), Lt(900ms));
+    EXPECT_EQ(0u, other.received());
+}
+
+TEST_F(Discovery, AsksAddressesBesideTheInterfacesWhenBothAreNamed) {
+    add("127.0.0.2", "two");
+    add("127.0.0.3", "three");
+    setenv("KXGIGE_ADDRESSES", "127.0.0.3", 1);
+    setenv("KXGIGE_INTERFACES", "lo", 1);
+
+    EXPECT_THAT(serials(), ElementsAre("two", "three"));
+}
+
+TEST_F(Discovery, OpensACameraThatWasAskedDirectly) {
+    add("127.0.0.3", "three").describe(descriptionOf(intReg("Width", "0x1000")));
+    setenv("KXGIGE_ADDRESSES", "127.0.0.3", 1);
+    GEV_CAMERA_INFO info{};
+    GEV_CAMERA_HANDLE handle = nullptr;
+    int count = 0;
+    GevGetCameraList(&info, 1, &count);
+
+    EXPECT_EQ(GEVLIB_OK, GevOpenCamera(&info, GevControlMode, &handle));
+
+    EXPECT_NE(0u, info.hostIpAddr);
+    EXPECT_EQ(0u, info.hostIfIndex);
+    GevCloseCamera(&handle);
+}
+
+TEST_F(Discovery, ReportsAnAddressThatIsNoneAndAsksTheOthers) {
+    add("127.0.0.3", "three");
+    setenv("KXGIGE_ADDRESSES", "camera,127.0.0.3", 1);
+    testing::internal::CaptureStderr();
+
+    EXPECT_THAT(serials(), ElementsAre("three"));
+
+    EXPECT_EQ("KXGIGE_ADDRESSES: 'camera' is no IPv4 address; expected are cameras' addresses, "
+              "such as 192.168.0.20, separated by commas\n",
+              testing::internal::GetCapturedStderr());
+}
+
+TEST_F(Discovery, AsksSixtyFourAddressesAndNoMore) {
+    std::string addresses;
+    for (int i = 1; i <= 64; ++i)
+        addresses += "127.0.1." + std::to_string(i) + ",";
+    add("127.0.1.64", "last");
+    add("127.0.1.65", "next");
+
+    setenv("KXGIGE_ADDRESSES", addresses.c_str(), 1);
+    EXPECT_THAT(serials(), ElementsAre("last"));
+    setenv("KXGIGE_ADDRESSES", (addresses + "127.0.1.65").c_str(), 1);
+    testing::internal::CaptureStderr();
+    EXPECT_THAT(serials(), ElementsAre("last"));
+
+    EXPECT_EQ("KXGIGE_ADDRESSES: 65 addresses, expected at most 64; asking the first\n",
+              testing::internal::GetCapturedStderr());
 }
 
 TEST_F(Discovery, WantsItsArguments) {

@@ -29,7 +29,7 @@ bool isOfTheInterface(const std::string &name) {
            name.find("GenICam_3_0::") != std::string::npos;
 }
 
-TEST(Exports, AreTheFunctionsOfTheFramework) {
+TEST(Exports, AreTheFunctionsOfTheFrameworkAndItsOwn) {
     std::set<std::string> functions;
     for (const std::string &name : exports()) {
         if (!isOfTheInterface(name))
@@ -37,7 +37,8 @@ TEST(Exports, AreTheFunctionsOfTheFramework) {
     }
     EXPECT_THAT(functions, ElementsAre("GevApiUninitialize", "GevCloseCamera", "GevGetCameraList",
                                        "GevGetFeatureNodeMap", "GevGetFeatureValue",
-                                       "GevOpenCamera", "_CloseSocketAPI"));
+                                       "GevOpenCamera", "KxGigeCause", "KxGigeGetController",
+                                       "KxGigeStopWhen", "_CloseSocketAPI"));
 }
 
 TEST(Exports, IncludeTheTypesThatCrossTheLibrarysBorder) {

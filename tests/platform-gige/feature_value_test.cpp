@@ -96,7 +96,7 @@ TEST_F(FeatureValue, IsUntouchedOnError) {
     EXPECT_EQ(GEVLIB_ERROR_PARAMETER_NOT_FOUND, get("Nothing", value));
     EXPECT_EQ(GEVLIB_ERROR_NOT_SUPPORTED, get("Root", value));
     EXPECT_EQ(GEVLIB_ERROR_NOT_SUPPORTED, get("Closed", value));
-    camera.refuseReading(0x1000, gvcp::InvalidAddress);
+    camera.refuseReading(0x1000, peer::InvalidAddress);
     EXPECT_EQ(GEVLIB_ERROR_GENERIC, get("Width", value));
 
     EXPECT_EQ(7, value);

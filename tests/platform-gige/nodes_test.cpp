@@ -519,19 +519,19 @@ TEST_F(Nodes, ChangeTheirAccessModeWithTheCamera) {
 
 TEST_F(Nodes, RaiseARuntimeErrorWhenTheCameraRefuses) {
     open(kReg + intReg("Other", "0x1004"));
-    camera.refuseReading(0x1000, gvcp::InvalidAddress);
-    camera.refuseWriting(0x1004, gvcp::WriteProtect);
+    camera.refuseReading(0x1000, peer::InvalidAddress);
+    camera.refuseWriting(0x1004, peer::WriteProtect);
 
-    EXPECT_EQ("Cannot read 'Reg': [Reg] GigEVision read_memory error (invalid-access)",
+    EXPECT_EQ("Cannot read 'Reg' of the camera: it has no such register (0x8003)",
               raisedBy<RuntimeException>([&] { integer("Reg").GetValue(); }));
-    EXPECT_EQ("Cannot write 'Other': [Other] GigEVision write_memory error (write-protect)",
+    EXPECT_EQ("Cannot write 'Other' of the camera: the register cannot be written (0x8004)",
               raisedBy<RuntimeException>([&] { integer("Other").SetValue(1); }));
 }
 
 TEST_F(Nodes, RaiseARuntimeErrorWhenTheAccessModeCannotBeRead) {
     open(kReg + intReg("Gate", "0x1004") +
          named("Integer", "I", "<pIsAvailable>Gate</pIsAvailable>" + pValue("Reg")));
-    camera.refuseReading(0x1004, gvcp::InvalidAddress);
+    camera.refuseReading(0x1004, peer::InvalidAddress);
 
     EXPECT_THROW(node("I")->GetAccessMode(), RuntimeException);
     EXPECT_THROW(integer("I").GetValue(), RuntimeException);
@@ -604,8 +604,7 @@ TEST_F(Nodes, RaiseAPropertyErrorWhenAFormulaDividesByZero) {
               raisedBy<PropertyException>([&] { integer("I").GetValue(); }));
     EXPECT_EQ("Cannot read 'Over': formula '8/X': Parsing error (division by zero)",
               raisedBy<PropertyException>([&] { floating("Over").GetValue(); }));
-    EXPECT_EQ("Cannot read 'C': the camera's description fails ([C] Parsing error (division by "
-              "zero))",
+    EXPECT_EQ("Cannot read 'C': the camera's description fails (Parsing error (division by zero))",
               raisedBy<PropertyException>([&] { floating("C").GetValue(); }));
     EXPECT_EQ("Cannot write 'C': formula 'FROM/X': Parsing error (division by zero)",
               raisedBy<PropertyException>([&] { floating("C").SetValue(5, false); }));
@@ -616,6 +615,44 @@ TEST_F(Nodes, RaiseAPropertyErrorWhenAFormulaDividesByZero) {
     EXPECT_EQ(8, integer("I").GetValue());
     integer("Reg").SetValue(8);
     EXPECT_EQ(0, integer("I").GetValue()); // a 0 that is right
+}
+
+TEST_F(Nodes, HaveRegistersOf64KiBAndOfNoMore) {
+    const auto text = [](const std::string &name, const std::string &length) {
+        return "<StringReg Name=\"" + name + "\">" + atAddress("0x1000", "", "RW", length) +
+               "</StringReg>";
+    };
+    open(text("Longest", "65536") + text("Longer", "65537") + text("Negative", "-1") +
+         text("Empty", "0"));
+
+    EXPECT_EQ("", std::string(as<IValue>("Longest").ToString()));
+    for (const std::string name : {"Longer", "Negative", "Empty"})
+        EXPECT_THAT(raisedBy<PropertyException>([&] { as<IValue>(name.c_str()).ToString(); }),
+                    testing::HasSubstr("the length of '" + name + "' is "));
+}
+
+// The last of so many registers that make one stale is looked for, of one more none is.
+TEST_F(Nodes, AreReadEachTimeWhenTooManyOthersMakeThemStale) {
+    for (const int sources : {255, 256}) {
+        std::string nodes;
+        std::string formula = "0";
+        std::string variables;
+        for (int i = 0; i < sources - 1; ++i) {
+            const std::string name = "R" + std::to_string(i);
+            nodes += intReg(name, std::to_string(0x2000 + 4 * i));
+            variables += "<pVariable Name=\"" + name + "\">" + name + "</pVariable>";
+        }
+        open(nodes + "<IntSwissKnife Name=\"All\">" + variables + "<Formula>" + formula +
+             "</Formula></IntSwissKnife>" +
+             intReg("Stale", "0x1000", "<pInvalidator>All</pInvalidator>"));
+        integer("Stale").GetValue();
+        camera.clearAccesses();
+
+        integer("Stale").GetValue();
+
+        EXPECT_EQ(sources == 255 ? 0u : 1u, camera.accesses().size()) << sources;
+        GevApiUninitialize();
+    }
 }
 
 TEST_F(Nodes, MayBoundEachOther) {

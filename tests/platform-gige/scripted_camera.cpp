@@ -5,6 +5,7 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -18,6 +19,7 @@ namespace {
 
 constexpr size_t kMemorySize = 1u << 20;
 constexpr uint32_t kDescriptionAddress = 0x20000;
+constexpr uint32_t kFirstFeature = 0x1000;
 constexpr uint16_t kPort = 3956;
 
 // The address and port of a program that is not there.
@@ -56,24 +58,29 @@ void putText(std::vector<uint8_t> &memory, size_t at, const std::string &text, s
     memcpy(&memory[at], text.data(), text.size() < room ? text.size() : room);
 }
 
+void reverseRegisters(uint8_t *bytes, size_t size) {
+    for (size_t at = 0; at + 4 <= size; at += 4)
+        std::reverse(bytes + at, bytes + at + 4);
+}
+
 } // namespace
 
 std::ostream &operator<<(std::ostream &out, const Access &access) {
     const char *name = "?";
     switch (access.command) {
-    case gvcp::Discovery:
+    case peer::Discovery:
         name = "discovery";
         break;
-    case gvcp::ReadRegister:
+    case peer::ReadRegister:
         name = "read register";
         break;
-    case gvcp::WriteRegister:
+    case peer::WriteRegister:
         name = "write register";
         break;
-    case gvcp::ReadMemory:
+    case peer::ReadMemory:
         name = "read memory";
         break;
-    case gvcp::WriteMemory:
+    case peer::WriteMemory:
         name = "write memory";
         break;
     }
@@ -126,6 +133,11 @@ void ScriptedCamera::setRegister(uint32_t address, uint32_t value) {
     put32(&memory_.at(address), value);
 }
 
+void ScriptedCamera::showMemoryLittleEndian() {
+    std::lock_guard<std::mutex> lock(mutex_);
+    littleEndian_ = true;
+}
+
 uint32_t ScriptedCamera::getRegister(uint32_t address) const {
     std::lock_guard<std::mutex> lock(mutex_);
     return get32(&memory_.at(address));
@@ -143,17 +155,17 @@ std::string ScriptedCamera::memory(uint32_t address, size_t size) const {
     return std::string(reinterpret_cast<const char *>(&memory_.at(address)), size);
 }
 
-void ScriptedCamera::refuseReading(uint32_t address, gvcp::Status status) {
+void ScriptedCamera::refuseReading(uint32_t address, peer::Status status) {
     std::lock_guard<std::mutex> lock(mutex_);
     refusedReads_[address] = status;
 }
 
-void ScriptedCamera::refuseWriting(uint32_t address, gvcp::Status status) {
+void ScriptedCamera::refuseWriting(uint32_t address, peer::Status status) {
     std::lock_guard<std::mutex> lock(mutex_);
     refusedWrites_[address] = status;
 }
 
-void ScriptedCamera::refuseCommand(gvcp::Command command) {
+void ScriptedCamera::refuseCommand(peer::Command command) {
     std::lock_guard<std::mutex> lock(mutex_);
     refusedCommand_ = command;
 }
@@ -206,7 +218,7 @@ void ScriptedCamera::floodDiscovery(int times) {
 
 std::vector<uint8_t> ScriptedCamera::discoveryAnswer() const {
     std::vector<uint8_t> answer(8 + 0xf8);
-    put16(&answer[2], gvcp::Discovery + 1);
+    put16(&answer[2], peer::Discovery + 1);
     put16(&answer[4], 0xf8);
     memcpy(&answer[8], memory_.data(), 0xf8);
     return answer;
@@ -250,7 +262,7 @@ void ScriptedCamera::answer(int socket) {
     int times = 1;
     {
         std::lock_guard<std::mutex> lock(mutex_);
-        if (get16(packet + 2) == gvcp::Discovery)
+        if (get16(packet + 2) == peer::Discovery)
             times = discoveryRepeats_;
         reply = handle(packet, static_cast<size_t>(size), from);
     }
@@ -265,13 +277,13 @@ void ScriptedCamera::answer(int socket) {
 // The answer to one packet; empty for none.
 std::vector<uint8_t> ScriptedCamera::handle(const uint8_t *packet, size_t size,
                                             const sockaddr_in &from) {
-    const auto command = static_cast<gvcp::Command>(get16(packet + 2));
+    const auto command = static_cast<peer::Command>(get16(packet + 2));
     const uint16_t id = get16(packet + 6);
     const uint8_t *payload = packet + 8;
     const size_t payloadSize = size - 8;
     ++received_;
 
-    if (command == gvcp::Discovery) {
+    if (command == peer::Discovery) {
         if (silent_)
             return {};
         std::vector<uint8_t> reply =
@@ -284,7 +296,7 @@ std::vector<uint8_t> ScriptedCamera::handle(const uint8_t *packet, size_t size,
         return {};
 
     const uint32_t address = get32(payload);
-    const bool heartbeat = command == gvcp::ReadRegister && address == gvcp::kControlPrivilege;
+    const bool heartbeat = command == peer::ReadRegister && address == peer::kControlPrivilege;
     if (!heartbeat)
         accesses_.push_back({command, address});
     if (address == silentAt_)
@@ -295,76 +307,84 @@ std::vector<uint8_t> ScriptedCamera::handle(const uint8_t *packet, size_t size,
     std::vector<uint8_t> reply(8);
     put16(&reply[2], command + 1u);
     put16(&reply[6], id);
-    gvcp::Status status = gvcp::NotImplemented;
-    switch (command == refusedCommand_ ? gvcp::Command() : command) {
-    case gvcp::ReadRegister:
-        reply.resize(12);
-        status = read(address, &reply[8], 4);
+    peer::Status status = peer::NotImplemented;
+    switch (command == refusedCommand_ ? peer::Command() : command) {
+    case peer::ReadRegister:
+        reply.resize(8 + payloadSize);
+        status = peer::Success;
+        for (size_t at = 0; at + 4 <= payloadSize && status == peer::Success; at += 4)
+            status = read(get32(payload + at), &reply[8 + at], 4);
         break;
-    case gvcp::ReadMemory: {
+    case peer::ReadMemory: {
         const size_t count = get16(payload + 6);
         reply.resize(12 + count);
         put32(&reply[8], address);
         status = read(address, &reply[12], count);
+        if (littleEndian_ && address >= kFirstFeature && address < kDescriptionAddress)
+            reverseRegisters(&reply[12], count);
         break;
     }
-    case gvcp::WriteRegister:
+    case peer::WriteRegister:
         status = write(address, payload + 4, 4, from);
         reply.resize(12);
-        put16(&reply[10], status == gvcp::Success ? 1 : 0);
+        put16(&reply[10], status == peer::Success ? 1 : 0);
         break;
-    case gvcp::WriteMemory:
-        status = write(address, payload + 4, payloadSize - 4, from);
+    case peer::WriteMemory: {
+        std::vector<uint8_t> data(payload + 4, packet + size);
+        if (littleEndian_ && address >= kFirstFeature)
+            reverseRegisters(data.data(), data.size());
+        status = write(address, data.data(), data.size(), from);
         reply.resize(12);
-        put16(&reply[10], status == gvcp::Success ? static_cast<uint32_t>(payloadSize - 4) : 0);
+        put16(&reply[10], status == peer::Success ? static_cast<uint32_t>(payloadSize - 4) : 0);
         break;
+    }
     default:
         break;
     }
-    if (status != gvcp::Success)
+    if (status != peer::Success)
         reply.resize(8);
     put16(&reply[0], status);
     put16(&reply[4], static_cast<uint32_t>(reply.size() - 8));
     return reply;
 }
 
-gvcp::Status ScriptedCamera::read(uint32_t address, uint8_t *data, size_t size) const {
+peer::Status ScriptedCamera::read(uint32_t address, uint8_t *data, size_t size) const {
     const auto refused = refusedReads_.lower_bound(address);
     if (refused != refusedReads_.end() && refused->first < address + size)
         return refused->second;
     if (address + size > memory_.size())
-        return gvcp::InvalidAddress;
-    if (address == gvcp::kControlPrivilege)
+        return peer::InvalidAddress;
+    if (address == peer::kControlPrivilege)
         put32(data, privilege_);
     else
         memcpy(data, &memory_[address], size);
-    return gvcp::Success;
+    return peer::Success;
 }
 
-gvcp::Status ScriptedCamera::write(uint32_t address, const uint8_t *data, size_t size,
+peer::Status ScriptedCamera::write(uint32_t address, const uint8_t *data, size_t size,
                                    const sockaddr_in &from) {
     const bool ours =
         controller_.address == from.sin_addr.s_addr && controller_.port == from.sin_port;
     const auto refused = refusedWrites_.lower_bound(address);
     if (refused != refusedWrites_.end() && refused->first < address + size)
         return refused->second;
-    if (address == gvcp::kControlPrivilege) {
+    if (address == peer::kControlPrivilege) {
         if (pretends_)
-            return gvcp::Success;
+            return peer::Success;
         if (otherIsFaster_) {
             privilege_ = 2;
             controller_ = {kOtherAddress, kOtherPort};
         }
         if (privilege_ && (otherIsFaster_ || !ours))
-            return gvcp::AccessDenied;
+            return peer::AccessDenied;
         privilege_ = get32(data);
         controller_ = {from.sin_addr.s_addr, from.sin_port};
-        return gvcp::Success;
+        return peer::Success;
     }
     if (!privilege_ || !ours)
-        return gvcp::AccessDenied;
+        return peer::AccessDenied;
     if (address + size > memory_.size())
-        return gvcp::InvalidAddress;
+        return peer::InvalidAddress;
     memcpy(&memory_[address], data, size);
-    return gvcp::Success;
+    return peer::Success;
 }

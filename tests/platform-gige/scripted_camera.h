@@ -14,7 +14,7 @@
 #include <vector>
 
 /** GVCP commands and status codes that tests name. */
-namespace gvcp {
+namespace peer {
 
 enum Command : uint16_t {
     Discovery = 0x0002,
@@ -34,13 +34,14 @@ enum Status : uint16_t {
     Busy = 0x8007,
 };
 
+constexpr uint32_t kCapability = 0x0934;
 constexpr uint32_t kControlPrivilege = 0x0a00;
 
-} // namespace gvcp
+} // namespace peer
 
 /** One command that a camera received: which, and the first address it named. */
 struct Access {
-    gvcp::Command command;
+    peer::Command command;
     uint32_t address;
 
     bool operator==(const Access &other) const {
@@ -83,10 +84,12 @@ public:
     std::string memory(uint32_t address, size_t size) const;
 
     /** From now on answers reads or writes that touch \p address with \p status. */
-    void refuseReading(uint32_t address, gvcp::Status status);
-    void refuseWriting(uint32_t address, gvcp::Status status);
+    void refuseReading(uint32_t address, peer::Status status);
+    void refuseWriting(uint32_t address, peer::Status status);
+    /** From 0x1000 on memory commands show and take each register's bytes in reverse order. */
+    void showMemoryLittleEndian();
     /** From now on does not know \p command. */
-    void refuseCommand(gvcp::Command command);
+    void refuseCommand(peer::Command command);
 
     /** From now on answers nothing (or everything again). */
     void setSilent(bool silent);
@@ -125,20 +128,21 @@ private:
     void serve();
     void answer(int socket);
     std::vector<uint8_t> handle(const uint8_t *packet, size_t size, const sockaddr_in &from);
-    gvcp::Status write(uint32_t address, const uint8_t *data, size_t size, const sockaddr_in &from);
-    gvcp::Status read(uint32_t address, uint8_t *data, size_t size) const;
+    peer::Status write(uint32_t address, const uint8_t *data, size_t size, const sockaddr_in &from);
+    peer::Status read(uint32_t address, uint8_t *data, size_t size) const;
 
     mutable std::mutex mutex_;
     in_addr_t address_;
     std::vector<uint8_t> memory_;
-    std::map<uint32_t, gvcp::Status> refusedReads_;
-    std::map<uint32_t, gvcp::Status> refusedWrites_;
+    std::map<uint32_t, peer::Status> refusedReads_;
+    std::map<uint32_t, peer::Status> refusedWrites_;
     std::vector<Access> accesses_;
     std::vector<uint8_t> discoveryAnswer_;
     int discoveryRepeats_ = 1;
     unsigned received_ = 0;
     uint16_t refusedCommand_ = 0;
     bool silent_ = false;
+    bool littleEndian_ = false;
     bool pretends_ = false;
     bool otherIsFaster_ = false;
     uint32_t silentAt_ = UINT32_MAX;

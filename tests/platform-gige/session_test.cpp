@@ -8,8 +8,8 @@ using namespace std::chrono_literals;
 using GenApi_3_0::CNodeMapRef;
 using GenApi_3_0::IInteger;
 using testing::ElementsAre;
-using testing::IsEmpty;
 using testing::Lt;
+using testing::StartsWith;
 
 // A camera at 127.0.0.2 with one feature, "Width".
 class Session : public testing::Test {
@@ -68,6 +68,40 @@ TEST_F(Session, MonitorsACameraThatAnotherProgramControls) {
     EXPECT_EQ(2u, camera.controlPrivilege());
 }
 
+TEST_F(Session, TellsWhoControlsAMonitoredCamera) {
+    int isControlled = -1;
+    uint32_t address = 1;
+    uint16_t port = 1;
+    camera.setRegister(peer::kCapability, 0x08000003);
+    camera.setRegister(0x0a14, 0xc0a80005);
+    camera.setRegister(0x0a04, 40123);
+    ASSERT_EQ(GEVLIB_OK, open(GevMonitorMode));
+
+    EXPECT_EQ(GEVLIB_OK, KxGigeGetController(handle, &isControlled, &address, &port));
+    EXPECT_EQ(0, isControlled);
+    EXPECT_EQ(0u, address);
+    camera.controlByAnotherProgram();
+    EXPECT_EQ(GEVLIB_OK, KxGigeGetController(handle, &isControlled, &address, &port));
+
+    EXPECT_EQ(1, isControlled);
+    EXPECT_EQ(0xc0a80005u, address);
+    EXPECT_EQ(40123, port);
+    EXPECT_EQ(GEVLIB_ERROR_NULL_PTR, KxGigeGetController(handle, nullptr, &address, &port));
+    EXPECT_EQ(GEVLIB_ERROR_INVALID_HANDLE,
+              KxGigeGetController(&info, &isControlled, &address, &port));
+}
+
+TEST_F(Session, SaysWhoControlsACameraThatItIsRefused) {
+    camera.setRegister(peer::kCapability, 0x08000003);
+    camera.setRegister(0x0a14, 0xc0a80005);
+    camera.setRegister(0x0a04, 40123);
+    camera.controlByAnotherProgram();
+
+    EXPECT_EQ(GEVLIB_ERROR_ACCESS_DENIED, open());
+
+    EXPECT_STREQ("another program controls it (192.168.0.5, port 40123)", KxGigeCause());
+}
+
 TEST_F(Session, IsRefusedAtOnceWhileAnotherProgramControlsTheCamera) {
     camera.controlByAnotherProgram();
     const Stopwatch stopwatch;
@@ -78,7 +112,9 @@ TEST_F(Session, IsRefusedAtOnceWhileAnotherProgramControlsTheCamera) {
     EXPECT_EQ(nullptr, handle);
     EXPECT_EQ(0u, info.mode);
     EXPECT_EQ(2u, camera.controlPrivilege());
-    EXPECT_THAT(camera.accesses(), IsEmpty()); // its description is not fetched in vain
+    EXPECT_STREQ("another program controls it", KxGigeCause());
+    // Its description is not fetched in vain.
+    EXPECT_THAT(camera.accesses(), ElementsAre(Access{peer::ReadRegister, peer::kCapability}));
 }
 
 TEST_F(Session, IsRefusedWhileThisProgramControlsTheCameraAlready) {
@@ -110,7 +146,7 @@ TEST_F(Session, IsRefusedWhenAnotherProgramIsFaster) {
 }
 
 TEST_F(Session, IsRefusedByACameraThatDeniesControl) {
-    camera.refuseWriting(gvcp::kControlPrivilege, gvcp::AccessDenied);
+    camera.refuseWriting(peer::kControlPrivilege, peer::AccessDenied);
 
     EXPECT_EQ(GEVLIB_ERROR_ACCESS_DENIED, open());
 
@@ -128,7 +164,7 @@ TEST_F(Session, GivesControlBackBeforeClosingReturns) {
         EXPECT_EQ(0u, camera.controlPrivilege());
         EXPECT_EQ(nullptr, handle);
         EXPECT_THAT(camera.accesses(),
-                    ElementsAre(Access{gvcp::WriteRegister, gvcp::kControlPrivilege}));
+                    ElementsAre(Access{peer::WriteRegister, peer::kControlPrivilege}));
     }
 }
 
@@ -178,30 +214,28 @@ TEST_F(Session, FindsItsOwnWayToTheCameraWithoutAHostAddress) {
     EXPECT_EQ(GEVLIB_OK, open());
 }
 
-TEST_F(Session, HasNoNodeMapWithoutADescription) {
+TEST_F(Session, IsRefusedByACameraWithoutADescription) {
     ScriptedCamera bare("127.0.0.3");
     info = recordOf("127.0.0.3");
     testing::internal::CaptureStderr();
 
-    ASSERT_EQ(GEVLIB_OK, open());
+    EXPECT_EQ(GEVLIB_ERROR_NO_DESCRIPTION, open());
 
-    EXPECT_EQ(nullptr, map());
-    char value[4] = "abc";
-    EXPECT_EQ(GEVLIB_ERROR_PARAMETER_NOT_FOUND,
-              GevGetFeatureValue(handle, "Width", nullptr, sizeof value, value));
-    EXPECT_EQ(GEVLIB_OK, GevCloseCamera(&handle));
+    EXPECT_EQ(nullptr, handle);
+    EXPECT_THAT(KxGigeCause(), StartsWith("its description cannot be used"));
+    EXPECT_EQ(0u, bare.controlPrivilege());
     EXPECT_EQ("", testing::internal::GetCapturedStderr());
 }
 
-TEST_F(Session, HasNoNodeMapWhenTheDescriptionIsNone) {
+TEST_F(Session, IsRefusedWhenTheDescriptionIsNone) {
     for (const char *xml : {"<garbage", "no description at all", "<Other/>", ""}) {
         camera.describe(xml);
         testing::internal::CaptureStderr();
 
-        ASSERT_EQ(GEVLIB_OK, open()) << xml;
+        EXPECT_EQ(GEVLIB_ERROR_NO_DESCRIPTION, open()) << xml;
 
-        EXPECT_EQ(nullptr, map()) << xml;
-        EXPECT_EQ(GEVLIB_OK, GevCloseCamera(&handle));
+        EXPECT_THAT(KxGigeCause(), StartsWith("its description cannot be used")) << xml;
+        EXPECT_EQ(0u, camera.controlPrivilege());
         EXPECT_EQ("", testing::internal::GetCapturedStderr());
     }
 }
@@ -235,8 +269,10 @@ TEST_F(Session, RaisesARuntimeErrorWhenControlIsLost) {
     ASSERT_EQ(GEVLIB_OK, open());
     camera.dropControl();
 
-    EXPECT_EQ("Cannot write 'Width': [Width] GigEVision write_memory error (access-denied)",
-              raisedBy<GenICam_3_0::RuntimeException>([&] { width().SetValue(1); }));
+    EXPECT_EQ(
+        "Cannot write 'Width' of the camera: control of it is lost: it has not heard from this "
+        "program in time",
+        raisedBy<GenICam_3_0::RuntimeException>([&] { width().SetValue(1); }));
 }
 
 TEST_F(Session, StopsAccessingACameraWhoseHeartbeatFoundControlGone) {
@@ -247,16 +283,19 @@ TEST_F(Session, StopsAccessingACameraWhoseHeartbeatFoundControlGone) {
 
     std::string error = "no exception";
     while (error == "no exception" && stopwatch.elapsed() < 10s)
-        error = raisedBy<GenICam_3_0::RuntimeException>([&] { feature.GetValue(false, true); });
+        error = raisedBy<GenICam_3_0::RuntimeException>([&] { feature.GetValue(); });
 
-    EXPECT_EQ("Cannot read 'Width': [Width] control of the camera is lost", error);
+    EXPECT_EQ(
+        "Cannot read 'Width' of the camera: control of it is lost: it has not heard from this "
+        "program in time",
+        error);
 }
 
 TEST_F(Session, RaisesARuntimeErrorWhenAnotherProgramTookControl) {
     ASSERT_EQ(GEVLIB_OK, open());
     camera.controlByAnotherProgram();
 
-    EXPECT_EQ("Cannot write 'Width': [Width] GigEVision write_memory error (access-denied)",
+    EXPECT_EQ("Cannot write 'Width' of the camera: access denied (0x8006)",
               raisedBy<GenICam_3_0::RuntimeException>([&] { width().SetValue(1); }));
 
     EXPECT_EQ(GEVLIB_OK, GevCloseCamera(&handle));

@@ -10,29 +10,27 @@ using testing::Lt;
 
 class Silence : public OpenedCamera {};
 
-TEST_F(Silence, EndsTheFirstAccessInSecondsLaterOnesAtOnceAndClosingInSeconds) {
+TEST_F(Silence, EndsTheFirstAccessSoonLaterOnesAndClosingAtOnce) {
     open(intReg("Width", "0x1000") + intReg("Height", "0x1004"));
     camera.setSilent(true);
     testing::internal::CaptureStderr();
 
     Stopwatch first;
-    EXPECT_EQ("Cannot read 'Width': the camera does not answer ([Width] GigEVision read_memory "
-              "timeout)",
+    EXPECT_EQ("Cannot read 'Width' of the camera: it does not answer",
               raisedBy<TimeoutException>([&] { integer("Width").GetValue(); }));
     const auto firstTook = first.elapsed();
-    EXPECT_THAT(firstTook, Lt(12s));
+    EXPECT_THAT(firstTook, Lt(2s));
 
     Stopwatch later;
     for (int i = 0; i < 5; ++i)
-        EXPECT_EQ("Cannot write 'Height': the camera does not answer ([Height] it stopped "
-                  "answering earlier)",
+        EXPECT_EQ("Cannot write 'Height' of the camera: it stopped answering earlier",
                   raisedBy<TimeoutException>([&] { integer("Height").SetValue(1); }));
     EXPECT_THAT(later.elapsed(), Lt(100ms));
 
     Stopwatch closing;
     EXPECT_EQ(GEVLIB_OK, GevCloseCamera(&handle));
     const auto closingTook = closing.elapsed();
-    EXPECT_THAT(closingTook, Lt(12s));
+    EXPECT_THAT(closingTook, Lt(2s));
     EXPECT_EQ("", testing::internal::GetCapturedStderr());
     RecordProperty("first_access_ms", static_cast<int>(firstTook.count()));
     RecordProperty("closing_ms", static_cast<int>(closingTook.count()));

@@ -10,6 +10,7 @@
 
 #include "GenApi/GenApi.h"
 #include "gevapi.h"
+#include "kxgige.h"
 #include "scripted_camera.h"
 
 /** A GenICam description with \p nodes, of schema version 1.\p minor; registers are at "Device". */
@@ -80,7 +81,16 @@ protected:
 
     ~OpenedCamera() override { GevApiUninitialize(); }
 
+    /** Opened, and found to have its registers in memory as described. */
     void open(const std::string &nodes, GevAccessMode mode = GevControlMode, int schemaMinor = 1) {
+        openFresh(nodes + intReg("Telling", "0xffc"), mode, schemaMinor);
+        camera.setRegister(0xffc, 1);
+        ASSERT_EQ(1, integer("Telling").GetValue());
+        camera.clearAccesses();
+    }
+
+    void openFresh(const std::string &nodes, GevAccessMode mode = GevControlMode,
+                   int schemaMinor = 1) {
         camera.describe(descriptionOf(nodes, schemaMinor));
         GEV_CAMERA_INFO info = recordOf(kAddress);
         ASSERT_EQ(GEVLIB_OK, GevOpenCamera(&info, mode, &handle));

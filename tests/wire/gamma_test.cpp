@@ -93,9 +93,8 @@ TEST_F(Gamma, IsRefusedByTheCameraWhichStaysAsItWas) {
     const std::string before = camera.snapshot();
 
     EXPECT_EQ((Result{3, "",
-                      "kxinfo: camera S1234 refuses: Cannot write 'gammaCorrection': "
-                      "[gammaCorrection] [gammaCorrectionReg] [gammaCorrectionReg] GigEVision "
-                      "write_memory error (write-protect).\n"}),
+                      "kxinfo: camera S1234 refuses: Cannot write 'gammaCorrection' of the "
+                      "camera: the register cannot be written (0x8004).\n"}),
               kxinfo({"gamma", "S1234", "1"}));
     EXPECT_EQ(before, camera.snapshot());
 }

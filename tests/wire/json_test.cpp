@@ -26,7 +26,8 @@ TEST_F(JsonDocuments, OfTheListAreAsTheSchemaSays) {
 }
 
 TEST_F(JsonDocuments, OfAProbeAreAsTheSchemaSays) {
-    const Simcam cameras({"--camera", "S10@127.0.0.2", "--camera", "S1@127.0.0.3"});
+    const Simcam cameras(
+        {"--camera", "S10@127.0.0.2", "--camera", "S1@127.0.0.3", "--refuse-control", "S1"});
     EXPECT_EQ("", violations(kxinfo({"probe", "", "--json"}).out, "probe.schema.json"));
     const std::string all = kxinfo({"probe", "--all", "--json"}).out;
     ASSERT_EQ(1, json::parse(all)["cameras"][1]["status"]);

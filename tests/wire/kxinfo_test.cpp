@@ -2,6 +2,8 @@
 
 #include "wire.h"
 
+#include <cstdlib>
+
 #include <nlohmann/json.hpp>
 
 namespace {
@@ -97,6 +99,22 @@ TEST_F(Kxinfo, ShowsThePluginsLogAboveTheTable) {
     EXPECT_EQ(result.out.substr(result.out.size() - end.size()), end);
 }
 
+TEST_F(Kxinfo, FindsItsOwnPlatformThoughAnotherOfThatNameIsLookedForFirst) {
+    const Simcam camera({"--camera", "S1234@127.0.0.2"});
+    const TemporaryFolder folder;
+    folder.file("libGevApi.so.2", "of another maker");
+    setenv("LD_LIBRARY_PATH", folder.path().c_str(), 1);
+
+    const Result throughThePlugin = kxinfo({"list"});
+    const Result onTheCamera = kxinfo({"lut", "S1234", "show"});
+    unsetenv("LD_LIBRARY_PATH");
+
+    EXPECT_EQ(
+        (Result{0, "Printing all Dalsa devices information found:\n" + listed(0, "S1234"), ""}),
+        throughThePlugin);
+    EXPECT_EQ((Result{0, "Camera S1234 (C1936)\nLookup table: off\n", ""}), onTheCamera);
+}
+
 TEST_F(Kxinfo, SaysThatThereIsNoCamera) {
     const Result noCamera{1, "",
                           "kxinfo: no Dalsa camera answered. Check that the camera has power, is "
@@ -120,15 +138,22 @@ TEST_F(Kxinfo, SaysThatAnotherProgramControlsTheCamera) {
     Client other;
     other.write(0xA00, 2); // control privilege, kept for the heartbeat's three seconds
 
-    EXPECT_EQ(kxinfo({"probe", "S1234"}),
-              (Result{1, "",
-                      "kxinfo: the camera whose serial number begins with \"S1234\" cannot be "
-                      "opened. Probably another program controls it: end that program, or wait "
-                      "some seconds if it crashed, and try again.\n"}));
+    const Result result = kxinfo({"probe", "S1234"});
+
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.out, "");
+    EXPECT_THAT(result.err, testing::MatchesRegex("kxinfo: " + controlledByAnother("S1234")));
 }
 
 TEST_F(Kxinfo, SaysWhichSettingsAreMissingWhenTheCameraFallsSilentDuringTheProbe) {
-    const Simcam camera({"--camera", "S1234@127.0.0.2", "--silent-after", "70"});
+    int commands = 0;
+    {
+        Simcam camera({"--camera", "S1234@127.0.0.2"});
+        ASSERT_EQ(0, kxinfo({"probe", "S1234"}).status);
+        commands = commandsIn(camera.stop().output);
+    }
+    const Simcam camera(
+        {"--camera", "S1234@127.0.0.2", "--silent-after", std::to_string(commands - 12)});
 
     const Result result = kxinfo({"probe", "S1234"});
 

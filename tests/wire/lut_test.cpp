@@ -255,8 +255,8 @@ TEST_F(Lut, IsSwitchedOffForReadingOnlyWhereAnotherTableHasToBeSelected) {
     EXPECT_EQ(0, kxinfo({"save", "S1234", file}).status);
 
     const Result refused{3, "",
-                         "kxinfo: camera S1234 refuses: Cannot write 'lutMode': [lutMode] "
-                         "[lutModeReg] GigEVision write_memory error (write-protect).\n"};
+                         "kxinfo: camera S1234 refuses: Cannot write 'lutMode' of the "
+                         "camera: the register cannot be written (0x8004).\n"};
     for (const Writes &state : {Writes{{reg::kLutSize, 1}}, Writes{{reg::kLutType, 1}}}) {
         camera.write(state);
         EXPECT_EQ(refused, kxinfo({"save", "S1234", file}));
@@ -361,6 +361,32 @@ TEST_F(Lut, IsNotLoadedIntoACameraThatCannotTakeEntries) {
     EXPECT_THAT(camera.changes(), IsEmpty());
 }
 
+TEST_F(Lut, HasEachIndexWrittenOnceAndEachValueReadOnceAndWrittenWhereItDiffers) {
+    Simcam camera({"--watch", "--camera", "S1234@127.0.0.2"});
+    const TemporaryFolder folder;
+    const std::string file = folder.file("curve", "0,0\n7,5\n9,6\n");
+    ASSERT_EQ(0, kxinfo({"lut", "S1234", "load", file, "--channel", "green"}).status);
+
+    // Of lines such as "S1234 127.0.0.1:4711 WRITEMEM LUTIndex=7 -> ok".
+    std::vector<std::string> written;
+    std::vector<std::string> read;
+    for (const std::string &line : linesOf(camera.stop().output)) {
+        const size_t feature = line.find(" LUT");
+        const size_t end = line.find(" -> ok");
+        if (feature == line.npos || end == line.npos)
+            continue;
+        const std::string access = line.substr(feature + 1, end - feature - 1);
+        if (line.find(" WRITE") != line.npos && access.find("LUTSelector") == access.npos)
+            written.push_back(access);
+        if (line.find(" READ") != line.npos && access.find("LUTValue") != access.npos)
+            read.push_back(access);
+    }
+    EXPECT_THAT(written, ElementsAre("LUTIndex=0", "LUTIndex=7", "LUTValue[Green][7]=5",
+                                     "LUTIndex=9", "LUTValue[Green][9]=6", "LUTIndex=0"));
+    EXPECT_THAT(
+        read, ElementsAre("LUTValue[Green][0]=0", "LUTValue[Green][7]=0", "LUTValue[Green][9]=0"));
+}
+
 TEST_F(Lut, GetsItsEntriesBackWhenTheCameraRefusesOneInWhateverState) {
     // Of the blue table only the first eight entries are there.
     WatchedCamera camera({smallTables(), {"<Cells>12288</Cells>", "<Cells>8200</Cells>"}});
@@ -372,8 +398,8 @@ TEST_F(Lut, GetsItsEntriesBackWhenTheCameraRefusesOneInWhateverState) {
 
         EXPECT_EQ(
             (Result{3, "",
-                    "kxinfo: camera S1234 refuses: Cannot read 'LUTValue': [LUTValue] "
-                    "[LUTValueReg] GigEVision read_memory error (invalid-access).\n"
+                    "kxinfo: camera S1234 refuses: Cannot read 'LUTValue' of the camera: "
+                    "it has no such register (0x8003).\n"
                     "kxinfo: the entries written to the user's lookup table are put back.\n"}),
             kxinfo({"lut", "S1234", "load", file}));
         EXPECT_EQ(before, camera.snapshot());
@@ -386,8 +412,8 @@ TEST_F(Lut, StaysAsItWasWhenTheCameraRefusesToSwitchIt) {
     const std::string file = camera.folder().file("curve", valuesUpTo(16));
     const std::string before = camera.snapshot();
     const Result refused{3, "",
-                         "kxinfo: camera S1234 refuses: Cannot write 'lutMode': [lutMode] "
-                         "[lutModeReg] GigEVision write_memory error (write-protect).\n"};
+                         "kxinfo: camera S1234 refuses: Cannot write 'lutMode' of the "
+                         "camera: the register cannot be written (0x8004).\n"};
 
     EXPECT_EQ(refused, kxinfo({"lut", "S1234", "off"}));
     EXPECT_EQ(refused, kxinfo({"lut", "S1234", "load", file}));
@@ -415,6 +441,23 @@ TEST_F(Lut, GetsItsEntriesBackWhenTheUserInterruptsLoading) {
               "kxinfo: the entries written to the user's lookup table are put back.\n",
               end.errors);
     EXPECT_EQ(before, camera.snapshot());
+}
+
+TEST_F(Lut, IsToldWhenTheCameraHasItsModeAsSomethingElse) {
+    const Replacement asText{
+        "<Enumeration Name=\"lutMode\">",
+        "<StringReg Name=\"lutMode\"><Address>0xF0000</Address><Length>8</Length>"
+        "<AccessMode>RW</AccessMode><pPort>Device</pPort></StringReg>"
+        "<Enumeration Name=\"lutModeOfAnotherName\">"};
+    WatchedCamera camera({asText});
+    const TemporaryFolder folder;
+
+    EXPECT_EQ((Result{3, "",
+                      "kxinfo: this camera has \"lutMode\" as a feature of another kind than "
+                      "kxinfo knows it.\n"}),
+              kxinfo({"save", "S1234", folder.path() + "/camera.json"}));
+
+    EXPECT_THAT(camera.changes(), IsEmpty());
 }
 
 TEST_F(Lut, LoadingSaysThatTheCameraFallsSilent) {

@@ -13,7 +13,7 @@ TEST_F(Network, ShowsEightOfNineCameras) {
     std::vector<std::string> arguments;
     std::string listing = "Printing all Dalsa devices information found:\n";
     for (int i = 0; i < 9; ++i) {
-        const std::string serial = "S" + std::to_string(i);
+        const std::string serial = "S" + std::to_string(i) + "0";
         arguments.insert(arguments.end(), {"--camera", serial + "@127.0.0.1" + std::to_string(i)});
         if (i < 8)
             listing += listed(i, serial);
@@ -22,7 +22,7 @@ TEST_F(Network, ShowsEightOfNineCameras) {
 
     EXPECT_EQ((Result{0, listing, ""}), kxinfo({"list"}));
     EXPECT_EQ(0, kxinfo({"probe", "S7"}).status);
-    const Result ninth = probeWithLog("S8");
+    const Result ninth = probeWithLog("S8"); // how its number begins
     EXPECT_EQ(1, ninth.status);
     EXPECT_THAT(ninth.out, HasSubstr("Configured device with SerialID \"S8\" is not found\n"));
 }

@@ -301,8 +301,8 @@ TEST_F(SaveRestore, RestoresWhatTheCameraTakesAndTellsWhyNotTheRest) {
                        "16 above the minimum 16.\n"
                        "kxinfo: ReverseX stays false: the camera has it as another kind of value "
                        "than yes.\n"
-                       "kxinfo: ReverseY stays true: Cannot write 'ReverseY': [ReverseY] "
-                       "[ReverseYReg] GigEVision write_memory error (write-protect).\n"
+                       "kxinfo: ReverseY stays true: Cannot write 'ReverseY' of the camera: "
+                       "the register cannot be written (0x8004).\n"
                        "kxinfo: Gain stays 6.0206 dB: Cannot write 'Gain': 100 is outside 1 to "
                        "8.\n"
                        "kxinfo: the lookup table of Green stays as it is: the file holds 17 "
@@ -329,8 +329,7 @@ TEST_F(SaveRestore, RestoresTheEntriesThatTheCameraTakes) {
 
     EXPECT_EQ(restored("lookup table: 3 entries\n",
                        "kxinfo: the lookup table of Blue stays as it is from entry 8 on: Cannot "
-                       "read 'LUTValue': [LUTValue] [LUTValueReg] GigEVision read_memory error "
-                       "(invalid-access).\n"),
+                       "read 'LUTValue' of the camera: it has no such register (0x8003).\n"),
               kxinfo({"restore", "S1234", file}));
     EXPECT_THAT(camera.changes(),
                 ElementsAre("LUTValue[Blue][2]: (none) -> 7", "LUTValue[Green][2]: (none) -> 7",

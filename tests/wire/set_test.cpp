@@ -246,8 +246,8 @@ TEST_F(Set, TellsTheCamerasReasonAndPutsBackWhatItHadSet) {
     const std::string before = camera.snapshot();
 
     EXPECT_EQ((Result{3, "",
-                      "kxinfo: camera S1234 refuses: Cannot write 'ReverseY': [ReverseY] "
-                      "[ReverseYReg] GigEVision write_memory error (write-protect).\n"
+                      "kxinfo: camera S1234 refuses: Cannot write 'ReverseY' of the "
+                      "camera: the register cannot be written (0x8004).\n"
                       "kxinfo: what had been set is put back: Gain.\n"}),
               kxinfo({"set", "S1234", "Gain=3", "ReverseY=false"}));
     EXPECT_EQ(before, camera.snapshot());

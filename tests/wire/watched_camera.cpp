@@ -139,6 +139,6 @@ Result whenSilentHalfway(const std::vector<std::string> &command,
 testing::Matcher<std::string> saysSilent(const std::string &more) {
     return testing::MatchesRegex(
         "kxinfo: camera S1234 has stopped answering. Check its power and cable, and try again. "
-        ".Cannot [a-z ]+ '[A-Za-z]+': the camera does not answer [^\n]*\n" +
+        ".Cannot [a-z ]+ '[A-Za-z]+' of the camera: it does not answer.\n" +
         more);
 }

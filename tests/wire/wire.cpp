@@ -95,6 +95,12 @@ std::string Wire::listed(int number, const std::string &serial) {
            "  \tDeviceModel      : C1936\n";
 }
 
+std::string Wire::controlledByAnother(const std::string &serial) {
+    return "the camera whose serial number begins with \"" + serial +
+           "\" cannot be opened: another program controls it \\(127\\.0\\.0\\.1, port [0-9]+\\)"
+           "\\. Once that is mended, try again\\.\n";
+}
+
 Result Wire::probeWithLog(const std::string &serial) {
     return kxinfo({"probe", serial, "--log", "stdout", "--level", "debug"});
 }

@@ -41,6 +41,12 @@ protected:
     /** The lines that the plug-in's listing has for one camera. */
     static std::string listed(int number, const std::string &serial);
 
+    /**
+     * What kxinfo probe says of a camera that another program of this computer controls, as an
+     * expression. Where the platform tells why it cannot be opened, that stands there.
+     */
+    static std::string controlledByAnother(const std::string &serial);
+
     /** kxinfo probe with the log at level debug on standard output. */
     static Result probeWithLog(const std::string &serial);
 };
