@@ -41,8 +41,8 @@ int openAndPrint(GEV_CAMERA_INFO &camera) {
         printf("camera: %s %s, serial number %s\n", camera.manufacturer, camera.model,
                camera.serial);
         print(cam);
-    } catch (const std::exception &e) {
-        fprintf(stderr, "camera_class: %s\n", e.what());
+    } catch (const GenICam_3_0::GenericException &e) { // need not be a std::exception
+        fprintf(stderr, "camera_class: %s\n", e.GetDescription());
         status = 1;
     }
     GevCloseCamera(&handle);

@@ -65,13 +65,13 @@ int tellWhy(const Session &session, const std::exception_ptr &why) {
     } catch (const CommandError &error) {
         tell(error.text);
         return error.status;
-    } catch (const GenICam_3_0::TimeoutException &error) {
+    } catch (const GenICam_3_0::TimeoutException &) {
         tell(camera + " has stopped answering. Check its power and cable, and try again. (" +
-             reasonOf(error) + ")");
-    } catch (const GenICam_3_0::GenericException &error) {
-        tell(camera + " refuses: " + reasonOf(error) + ".");
-    } catch (const std::exception &error) {
-        tell("this computer does not let kxinfo do its work: " + std::string(error.what()) + ".");
+             reasonInFlight() + ")");
+    } catch (const GenICam_3_0::GenericException &) {
+        tell(camera + " refuses: " + reasonInFlight() + ".");
+    } catch (...) {
+        tell("this computer does not let kxinfo do its work: " + reasonInFlight() + ".");
     }
     return kFailed;
 }
@@ -135,5 +135,8 @@ extern "C" KX_API int kxinfoRunCameraCommand(const kxinfo::CameraCommand &comman
     } catch (const CommandError &error) {
         tell(error.text);
         return error.status;
+    } catch (const GenICam_3_0::GenericException &) { // who called knows no platform
+        tell("the camera platform fails: " + reasonInFlight() + ".");
+        return kFailed;
     }
 }

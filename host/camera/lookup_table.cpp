@@ -155,9 +155,9 @@ std::string LookupTable::undo() {
             ready = true;
             if (read(entry.index) != entry.before)
                 value_->SetValue(entry.before, true);
-        } catch (const std::exception &error) {
+        } catch (...) {
             ++left;
-            reason = reasonOf(error);
+            reason = reasonInFlight();
         }
     }
     if (count == 0)

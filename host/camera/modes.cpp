@@ -248,11 +248,11 @@ Modes::Failures Modes::putBackOnce() {
             // for the camera's answer was cut short.
             if (readRaw(nodeMap_, mode.feature.c_str(), Cache::Ignored) != mode.before)
                 writeRaw(nodeMap_, mode.feature.c_str(), mode.before);
-        } catch (const std::exception &error) {
+        } catch (...) {
             failures.features +=
                 (failures.count++ == 0 ? "" : ", ") + mode.feature + " to " + textOf(mode.before);
             if (failures.reason.empty())
-                failures.reason = reasonOf(error);
+                failures.reason = reasonInFlight();
         }
     }
     return failures;

@@ -72,9 +72,9 @@ private:
                 return;
         } catch (const GenICam_3_0::TimeoutException &) {
             throw;
-        } catch (const GenICam_3_0::GenericException &error) {
+        } catch (const GenICam_3_0::GenericException &) {
             stopIfAsked();
-            reason = reasonOf(error);
+            reason = reasonInFlight();
         }
         refusals_.push_back(std::string(setting.name) + " " + whatBecomesOf(setting) + ": " +
                             reason);
@@ -107,9 +107,9 @@ private:
             return "";
         } catch (const GenICam_3_0::TimeoutException &) {
             throw;
-        } catch (const GenICam_3_0::GenericException &error) {
+        } catch (const GenICam_3_0::GenericException &) {
             stopIfAsked();
-            return reasonOf(error);
+            return reasonInFlight();
         }
     }
 
@@ -172,10 +172,10 @@ size_t restoreTables(LookupTable &camera, const std::vector<SavedTable> &tables,
             }
         } catch (const GenICam_3_0::TimeoutException &) {
             throw;
-        } catch (const GenICam_3_0::GenericException &error) {
+        } catch (const GenICam_3_0::GenericException &) {
             stopIfAsked();
             refusals.push_back(name + " stays as it is from entry " + std::to_string(index) +
-                               " on: " + reasonOf(error));
+                               " on: " + reasonInFlight());
         } catch (const DoesNotFit &mismatch) {
             refusals.push_back(name + " stays as it is: " + mismatch.why);
         }

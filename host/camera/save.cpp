@@ -28,10 +28,10 @@ std::vector<SavedValue> readSettings(const Session &session, Modes &modes, std::
                 leftOut += (leftOut.empty() ? "" : ", ") + std::string(setting.name);
         } catch (const GenICam_3_0::TimeoutException &) {
             throw;
-        } catch (const GenICam_3_0::GenericException &error) {
+        } catch (const GenICam_3_0::GenericException &) {
             throw CommandError{
                 kFailed, std::string(setting.name) +
-                             " cannot be read, so nothing was saved: " + reasonOf(error) + "."};
+                             " cannot be read, so nothing was saved: " + reasonInFlight() + "."};
         }
     }
     return values;

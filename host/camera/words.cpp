@@ -1,12 +1,23 @@
 #include "words.h"
 
+#include <exception>
+
 #include "Base/GCException.h"
 
 namespace kxinfo {
 
-std::string reasonOf(const std::exception &error) {
-    const auto *raised = dynamic_cast<const GenICam_3_0::GenericException *>(&error);
-    return raised ? raised->GetDescription() : error.what();
+std::string reasonInFlight() {
+    try {
+        throw;
+    } catch (const CommandError &error) {
+        return error.text.substr(0, error.text.find_last_not_of('.') + 1);
+    } catch (const GenICam_3_0::GenericException &error) {
+        return error.GetDescription();
+    } catch (const std::exception &error) {
+        return error.what();
+    } catch (...) {
+        return "an error without a reason";
+    }
 }
 
 std::string shortened(const std::string &text) {

@@ -2,7 +2,6 @@
 #ifndef KXINFO_HOST_CAMERA_WORDS_H
 #define KXINFO_HOST_CAMERA_WORDS_H
 
-#include <exception>
 #include <string>
 
 #include "messages.h"
@@ -16,8 +15,14 @@ struct CommandError {
     std::string text;
 };
 
-/** The camera's own reason, as the platform raised it, without its place in a source file. */
-std::string reasonOf(const std::exception &error);
+/**
+ * Why the exception that is being handled was raised, as a clause: the camera's own reason, without
+ * its place in a source file, or this computer's. On the camera maker's framework exceptions of the
+ * camera are no std::exception.
+ *
+ * \pre called while an exception is handled
+ */
+std::string reasonInFlight();
 
 /** Result codes of the camera class that all of its operations share, in words. */
 std::string meaningOf(int code);
