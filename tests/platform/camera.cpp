@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdio>
 #include <cstdlib>
 #include <limits>
 #include <map>
@@ -44,7 +45,7 @@ public:
 
     virtual std::string text() const { return {}; }
 
-    EAccessMode mode() const;
+    virtual EAccessMode mode() const;
 
     EAccessMode ownMode = RW;
     // By name, since features may be described anew.
@@ -88,6 +89,16 @@ std::string textFor(bool value) {
     return value ? "true" : "false";
 }
 
+// As a node tells its value.
+gcstring shown(int64_t number) {
+    return textFor(number).c_str();
+}
+gcstring shown(double number) {
+    char room[40];
+    (void)snprintf(room, sizeof room, "%g", number);
+    return room;
+}
+
 // Several values, of which the current entry of a selector chooses one; or one value.
 template <typename Value>
 struct Selected {
@@ -117,30 +128,32 @@ struct Selected {
     }
 };
 
-template <typename Value>
-bool onGrid(Value value, Value min, Value inc);
-
-template <>
 bool onGrid(int64_t value, int64_t min, int64_t inc) {
     return (static_cast<uint64_t>(value) - static_cast<uint64_t>(min)) %
                static_cast<uint64_t>(inc) ==
            0;
 }
-template <>
-bool onGrid(double value, double min, double inc) {
-    const double steps = (value - min) / inc;
-    return std::abs(steps - std::round(steps)) < 1e-6;
+// The increment of a float tells what the camera would like; nobody keeps to it.
+bool onGrid(double, double, double) {
+    return true;
 }
 
 template <typename Value>
 Value parsed(const char *text) {
     char *end = nullptr;
     Value value;
-    if constexpr (std::is_same_v<Value, int64_t>)
-        value = std::strtoll(text, &end, 0);
-    else
+    bool fits = true;
+    if constexpr (std::is_same_v<Value, int64_t>) {
+        const std::string_view digits = text;
+        const bool hexadecimal =
+            digits.find("0x") != digits.npos || digits.find("0X") != digits.npos;
+        value = hexadecimal ? static_cast<int64_t>(std::strtoull(text, &end, 16))
+                            : std::strtoll(text, &end, 10);
+    } else {
         value = std::strtod(text, &end);
-    if (end == text || *end)
+        fits = std::isfinite(value);
+    }
+    if (end == text || *end || !fits)
         SCRIPTED_THROW(InvalidArgumentException, "'%s' is no number.", text);
     return value;
 }
@@ -158,17 +171,16 @@ public:
 
     gcstring ToString(bool verify, bool ignoreCache) override {
         touch(Op::ToString, {}, verify, ignoreCache);
-        requireReadable();
-        return textFor(values.reading(tree_)).c_str();
+        return shown(read(verify));
     }
     void FromString(const gcstring &valueText, bool verify) override {
         touch(Op::FromString, valueText.c_str(), verify);
+        requireWritable();
         store(parsed<Value>(valueText.c_str()), verify);
     }
     Value GetValue(bool verify, bool ignoreCache) override {
         touch(Op::GetValue, {}, verify, ignoreCache);
-        requireReadable();
-        return values.reading(tree_);
+        return read(verify);
     }
     void SetValue(Value value, bool verify) override {
         char room[40];
@@ -193,12 +205,23 @@ protected:
             SCRIPTED_THROW(AccessException, "Node is not available. : %s", name_.c_str());
         return value;
     }
-    void store(Value value, bool verify) {
-        requireWritable();
-        if (verify && (value < min || value > max))
+    Value read(bool verify) {
+        requireReadable();
+        const Value value = values.reading(tree_);
+        if (verify)
+            requireInRange(value);
+        return value;
+    }
+    void requireInRange(Value value) const { // what is not a number is outside of nothing
+        if (value < min || value > max)
             SCRIPTED_THROW(OutOfRangeException, "Value %s is outside [%s, %s]. : %s",
                            textFor(value).c_str(), textFor(min).c_str(), textFor(max).c_str(),
                            name_.c_str());
+    }
+    void store(Value value, bool verify) {
+        requireWritable();
+        if (verify)
+            requireInRange(value);
         if (verify && inc != 0 && !onGrid(value, min, inc))
             SCRIPTED_THROW(OutOfRangeException, "Value %s is off the increment %s. : %s",
                            textFor(value).c_str(), textFor(inc).c_str(), name_.c_str());
@@ -221,22 +244,33 @@ public:
         touch(Op::HasInc);
         return inc != 0;
     }
+    double GetInc() override;
 };
+
+int64_t rounded(double value) {
+    constexpr double kLimit = 9223372036854775808.0; // 2^63
+    if (!(value >= -kLimit && value < kLimit))
+        SCRIPTED_THROW(RuntimeException, "%g is no integer of 64 bits.", value);
+    return std::llround(value);
+}
 
 // An integer's interface on top of another node. It stands between the two because the numbers of
 // IInteger and IFloat come from functions of the same names, which no one class can override.
 class IntegerView : public IInteger {
 public:
     int64_t GetValue(bool verify, bool ignoreCache) override {
-        return static_cast<int64_t>(readNumber(verify, ignoreCache));
+        return rounded(readNumber(verify, ignoreCache));
     }
     void SetValue(int64_t value, bool verify) override {
         char room[40];
         writeNumber(textOf(value, room), static_cast<double>(value), verify);
     }
-    int64_t GetMin() override { return static_cast<int64_t>(std::ceil(lowest())); }
-    int64_t GetMax() override { return static_cast<int64_t>(std::floor(highest())); }
-    int64_t GetInc() override { return std::max<int64_t>(1, static_cast<int64_t>(step())); }
+    int64_t GetMin() override { return rounded(lowest()); }
+    int64_t GetMax() override { return rounded(highest()); }
+    int64_t GetInc() override {
+        touchIncrement();
+        return 1;
+    }
 
 protected:
     ~IntegerView() override = default;
@@ -245,7 +279,7 @@ protected:
     virtual void writeNumber(std::string_view text, double value, bool verify) = 0;
     virtual double lowest() = 0;
     virtual double highest() = 0;
-    virtual double step() = 0;
+    virtual void touchIncrement() = 0;
 };
 
 // A float that is an integer too: one number, one range, two interfaces.
@@ -263,7 +297,7 @@ private:
     }
     double lowest() override { return FloatNode::GetMin(); }
     double highest() override { return FloatNode::GetMax(); }
-    double step() override { return FloatNode::GetInc(); }
+    void touchIncrement() override { limit(Op::GetInc, 1); }
 };
 
 class BooleanNode final : public Node, public IBoolean {
@@ -276,14 +310,15 @@ public:
     gcstring ToString(bool verify, bool ignoreCache) override {
         touch(Op::ToString, {}, verify, ignoreCache);
         requireReadable();
-        return text().c_str();
+        return value_ ? "1" : "0";
     }
     void FromString(const gcstring &valueText, bool verify) override {
         touch(Op::FromString, valueText.c_str(), verify);
         requireWritable();
-        if (valueText != "true" && valueText != "false")
+        const bool on = valueText == "true" || valueText == "1";
+        if (!on && valueText != "false" && valueText != "0")
             SCRIPTED_THROW(InvalidArgumentException, "'%s' is no truth value.", valueText.c_str());
-        value_ = valueText == "true";
+        value_ = on;
     }
     bool GetValue(bool verify, bool ignoreCache) const override {
         touch(Op::GetValue, {}, verify, ignoreCache);
@@ -317,6 +352,7 @@ public:
 
     const std::string &name() const { return name_; }
     int64_t number() const { return number_; }
+    bool isThere() const { return ownMode != NI && ownMode != NA; }
 
     EAccessMode ownMode = RO;
 
@@ -343,11 +379,17 @@ public:
     gcstring ToString(bool verify, bool ignoreCache) override {
         touch(Op::ToString, {}, verify, ignoreCache);
         requireReadable();
+        const Entry *entry = find(current_);
+        if (!entry)
+            SCRIPTED_THROW(InvalidArgumentException, "The value is that of no entry. : %s",
+                           name_.c_str());
+        if (verify)
+            requireThere(*entry);
         return current_.c_str();
     }
     void FromString(const gcstring &valueText, bool verify) override {
         touch(Op::FromString, valueText.c_str(), verify);
-        select(find(valueText.c_str()), valueText.c_str());
+        select(find(valueText.c_str()), valueText.c_str(), verify);
     }
     IEnumEntry *GetEntryByName(const gcstring &symbolic) override {
         touch(Op::EntryLookup, symbolic.c_str());
@@ -357,6 +399,11 @@ public:
         touch(Op::GetIntValue, {}, verify, ignoreCache);
         requireReadable();
         const Entry *entry = find(current_);
+        if (verify && !entry)
+            SCRIPTED_THROW(OutOfRangeException, "The value is that of no entry. : %s",
+                           name_.c_str());
+        if (verify)
+            requireThere(*entry);
         return entry ? entry->number() : -1;
     }
     void SetIntValue(int64_t value, bool verify) override {
@@ -364,7 +411,7 @@ public:
         touch(Op::SetIntValue, textOf(value, room), verify);
         const auto found = std::find_if(entries_.begin(), entries_.end(),
                                         [=](auto &entry) { return entry->number() == value; });
-        select(found == entries_.end() ? nullptr : found->get(), textFor(value));
+        select(found == entries_.end() ? nullptr : found->get(), textFor(value), verify);
     }
     IEnumEntry *GetCurrentEntry(bool verify, bool ignoreCache) override {
         touch(Op::GetCurrentEntry, {}, verify, ignoreCache);
@@ -375,7 +422,19 @@ public:
         touch(Op::GetSymbolics);
         symbolics.clear();
         for (const auto &entry : entries_)
-            symbolics.push_back(entry->name().c_str());
+            if (entry->isThere())
+                symbolics.push_back(entry->name().c_str());
+    }
+
+    // Without an entry that is available it is not available either.
+    EAccessMode mode() const override {
+        const EAccessMode own = Node::mode();
+        const auto is = [this](auto fits) {
+            return std::any_of(entries_.begin(), entries_.end(), fits);
+        };
+        if (own == NI || is([](const auto &entry) { return entry->isThere(); }))
+            return own;
+        return is([](const auto &entry) { return entry->ownMode == NA; }) ? NA : NI;
     }
 
     std::string text() const override { return current_; }
@@ -390,14 +449,18 @@ public:
     using Node::touch;
 
 private:
-    void select(const Entry *entry, const std::string &wanted) {
+    void requireThere(const Entry &entry) const {
+        if (!entry.isThere())
+            SCRIPTED_THROW(AccessException, "Entry '%s' of %s is not available.",
+                           entry.name().c_str(), name_.c_str());
+    }
+    void select(const Entry *entry, const std::string &wanted, bool verify) {
         requireWritable();
         if (!entry)
             SCRIPTED_THROW(InvalidArgumentException, "'%s' is no entry of %s.", wanted.c_str(),
                            name_.c_str());
-        if (entry->ownMode == NI || entry->ownMode == NA)
-            SCRIPTED_THROW(AccessException, "Entry '%s' of %s is not available.", wanted.c_str(),
-                           name_.c_str());
+        if (verify || entry->ownMode == NI)
+            requireThere(*entry);
         current_ = entry->name();
     }
 
@@ -410,11 +473,12 @@ EAccessMode Entry::GetAccessMode() const {
     return ownMode;
 }
 gcstring Entry::ToString(bool, bool) {
-    owner_.touch(Op::EntryRead, name_);
-    return name_.c_str();
+    return shown(GetValue());
 }
 int64_t Entry::GetValue() {
     owner_.touch(Op::EntryRead, name_);
+    if (!isThere())
+        SCRIPTED_THROW(AccessException, "Entry is not readable. : %s", name_.c_str());
     return number_;
 }
 
@@ -494,6 +558,7 @@ struct Camera::Tree final : INodeMap {
     std::string last;
     mutable std::vector<Plan> plans;
     mutable std::optional<NumberedPlan> numberedPlan;
+    bool raisesWithoutIncrement = false;
     mutable std::size_t count = 0;
     mutable std::size_t modeQueries = 0;
 };
@@ -512,6 +577,13 @@ EAccessMode Node::mode() const {
 
 void Node::touch(Op op, std::string_view detail, bool verify, bool ignoreCache) const {
     tree_.touch(op, name_, detail, verify, ignoreCache);
+}
+
+double FloatNode::GetInc() {
+    const double value = limit(Op::GetInc, inc);
+    if (value == 0 && tree_.raisesWithoutIncrement)
+        SCRIPTED_THROW(RuntimeException, "Node has no increment. : %s", name_.c_str());
+    return value;
 }
 
 } // namespace
@@ -631,6 +703,11 @@ Camera &Camera::raises(Op op, Raising raising, int nth) {
     return *this;
 }
 
+Camera &Camera::raisesWithoutIncrement() {
+    tree_->raisesWithoutIncrement = true;
+    return *this;
+}
+
 void Camera::raiseAt(std::size_t access, Raising raising) {
     tree_->numberedPlan = NumberedPlan{access, std::move(raising)};
 }
@@ -668,6 +745,7 @@ void resetCamera() {
     tree.nodes.clear();
     tree.plans.clear();
     tree.numberedPlan.reset();
+    tree.raisesWithoutIncrement = false;
     tree.last.clear();
     tree.count = 0;
     tree.modeQueries = 0;

@@ -255,8 +255,8 @@ public:
                               static_cast<double>(inc));
     }
     Camera &access(GenApi_3_0::EAccessMode mode);
-    /** A float that the camera offers as an integer too: the same number within the same range,
-     * which must fit 64 bits when asked for as integers. */
+    /** A float that the camera offers as an integer too, as one that refers to it: the same number
+     * within the same range, both rounded, in steps of 1. They must fit 64 bits. */
     Camera &alsoInteger();
     /** It is not available while that enumeration shows another entry. */
     Camera &onlyWhile(std::string_view enumeration, std::string_view entry);
@@ -267,11 +267,15 @@ public:
     Camera &readings(std::initializer_list<double> values);
     /** Access mode of an entry of an enumeration. */
     Camera &entryAccess(std::string_view entry, GenApi_3_0::EAccessMode mode);
-    /** Its current entry is one that is not in the list of entries. */
+    /** Its value is that of no entry, or of this one. */
     Camera &shows(std::string_view text);
     /** The \p nth time that \p op happens to it, \p raising is raised (once). */
     Camera &raises(Op op, Raising raising, int nth = 1);
     ///@}
+
+    /** From now on GetInc() of a float without increment raises RuntimeException, as GenICam's own
+     * GenApi has it; else it is 0. */
+    Camera &raisesWithoutIncrement();
 
     /** \p raising is raised (once) at the access of that number, counted from 1 at the last
      * forget(). */

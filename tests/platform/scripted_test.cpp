@@ -134,9 +134,50 @@ TEST_F(ScriptedPlatform, VerifiesRangeAndIncrementOnlyWhenAsked) {
     EXPECT_TRUE(gain.HasInc());
     EXPECT_THROW(gain.SetValue(0.9), GenICam_3_0::OutOfRangeException);
     EXPECT_THROW(gain.SetValue(8.1), GenICam_3_0::OutOfRangeException);
-    EXPECT_THROW(gain.SetValue(1.25), GenICam_3_0::OutOfRangeException);
-    gain.SetValue(2.5);
-    EXPECT_EQ("2.5", cam.value("Gain"));
+    EXPECT_THROW(gain.SetValue(std::numeric_limits<double>::infinity()),
+                 GenICam_3_0::OutOfRangeException);
+    gain.SetValue(8.0);
+    EXPECT_EQ("8", cam.value("Gain"));
+}
+
+TEST_F(ScriptedPlatform, TakesAFloatBesideItsIncrementAsItIs) {
+    cam.floating("Gain", 1.0).range(1.0, 8.0, 0.5);
+    as<IFloat>("Gain").SetValue(1.25);
+    EXPECT_EQ("1.25", cam.value("Gain"));
+}
+
+TEST_F(ScriptedPlatform, VerifiesWhatIsReadOnlyWhenAsked) {
+    cam.integer("Width", 0).range(16, 1920, 16);
+    auto &width = as<IInteger>("Width");
+    EXPECT_EQ(0, width.GetValue());
+    EXPECT_THROW(width.GetValue(true), GenICam_3_0::OutOfRangeException);
+    EXPECT_THROW(width.ToString(true), GenICam_3_0::OutOfRangeException);
+}
+
+TEST_F(ScriptedPlatform, HasNoIncrementOfAFloatOrRaisesThatAsTold) {
+    cam.floating("Plain", 1.0).floating("Stepped", 1.0).range(0.0, 2.0, 0.5);
+    EXPECT_EQ(0.0, as<IFloat>("Plain").GetInc());
+    cam.raisesWithoutIncrement();
+    EXPECT_FALSE(as<IFloat>("Plain").HasInc());
+    EXPECT_THROW(as<IFloat>("Plain").GetInc(), GenICam_3_0::RuntimeException);
+    EXPECT_EQ(0.5, as<IFloat>("Stepped").GetInc());
+}
+
+TEST_F(ScriptedPlatform, TellsTheRangeOfWhatIsThere) {
+    using namespace GenApi_3_0;
+    for (const EAccessMode mode : {NI, NA, WO, RO, RW}) {
+        cam.integer("I", 1).range(0, 2).access(mode);
+        auto &integer = as<IInteger>("I");
+        if (mode == NI || mode == NA) {
+            EXPECT_THROW(integer.GetMin(), GenICam_3_0::AccessException);
+            EXPECT_THROW(integer.GetMax(), GenICam_3_0::AccessException);
+            EXPECT_THROW(integer.GetInc(), GenICam_3_0::AccessException);
+        } else {
+            EXPECT_EQ(0, integer.GetMin());
+            EXPECT_EQ(2, integer.GetMax());
+            EXPECT_EQ(1, integer.GetInc());
+        }
+    }
 }
 
 TEST_F(ScriptedPlatform, OffersAFloatAsAnIntegerTooWhenToldSo) {
@@ -149,11 +190,11 @@ TEST_F(ScriptedPlatform, OffersAFloatAsAnIntegerTooWhenToldSo) {
     auto &integer = as<IInteger>("limit");
 
     EXPECT_EQ(2.75, floating.GetValue());
-    EXPECT_EQ(2, integer.GetValue());
+    EXPECT_EQ(3, integer.GetValue());
     EXPECT_EQ(1.5, floating.GetMin());
     EXPECT_EQ(2, integer.GetMin());
     EXPECT_EQ(8.5, floating.GetMax());
-    EXPECT_EQ(8, integer.GetMax());
+    EXPECT_EQ(9, integer.GetMax());
     EXPECT_EQ(0.5, floating.GetInc());
     EXPECT_EQ(1, integer.GetInc());
     integer.SetValue(7);
@@ -207,6 +248,75 @@ TEST_F(ScriptedPlatform, RefusesTextThatNamesNoEntryOrIsNoNumber) {
     EXPECT_FALSE(GenApi_3_0::IsImplemented(enumeration.GetEntryByName("Broken")));
     EXPECT_TRUE(GenApi_3_0::IsImplemented(enumeration.GetEntryByName("Off")));
     EXPECT_THROW(as<IInteger>("I").FromString("seven"), GenICam_3_0::InvalidArgumentException);
+}
+
+TEST_F(ScriptedPlatform, AsksForAccessBeforeItLooksAtAText) {
+    cam.integer("I", 1).access(GenApi_3_0::RO);
+    EXPECT_THROW(as<IInteger>("I").FromString("seven"), GenICam_3_0::AccessException);
+}
+
+TEST_F(ScriptedPlatform, ReadsNumbersInTextsAsGenApiDoes) {
+    cam.integer("I", 1).floating("F", 1);
+    auto &integer = as<IInteger>("I");
+    integer.FromString("010");
+    EXPECT_EQ(10, integer.GetValue());
+    integer.FromString("0x10");
+    EXPECT_EQ(16, integer.GetValue());
+    auto &floating = as<IFloat>("F");
+    for (const char *none : {"", "inf", "nan", "1e400"})
+        EXPECT_THROW(floating.FromString(none), GenICam_3_0::InvalidArgumentException);
+    floating.FromString("12345678.9");
+    EXPECT_EQ(gcstring("1.23457e+07"), floating.ToString());
+}
+
+TEST_F(ScriptedPlatform, ShowsSwitchesAsDigits) {
+    cam.boolean("B", true);
+    auto &boolean = as<IBoolean>("B");
+    EXPECT_EQ(gcstring("1"), boolean.ToString());
+    boolean.FromString("0");
+    EXPECT_FALSE(boolean.GetValue());
+    boolean.FromString("true");
+    EXPECT_TRUE(boolean.GetValue());
+    EXPECT_THROW(boolean.FromString("True"), GenICam_3_0::InvalidArgumentException);
+}
+
+TEST_F(ScriptedPlatform, OffersTheEntriesThatAreThere) {
+    cam.enumeration("E", "Off", {"Off", "On", "Broken", "Locked"})
+        .entryAccess("Broken", GenApi_3_0::NI)
+        .entryAccess("Locked", GenApi_3_0::NA);
+    auto &enumeration = as<IEnumeration>("E");
+    GenApi_3_0::StringList_t symbolics;
+    enumeration.GetSymbolics(symbolics);
+    EXPECT_THAT(symbolics, ElementsAre(gcstring("Off"), gcstring("On")));
+    EXPECT_EQ(gcstring("1"), enumeration.GetEntryByName("On")->ToString());
+    EXPECT_THROW(enumeration.GetEntryByName("Locked")->GetValue(), GenICam_3_0::AccessException);
+
+    EXPECT_THROW(enumeration.FromString("Locked", true), GenICam_3_0::AccessException);
+    EXPECT_THROW(enumeration.FromString("Broken", false), GenICam_3_0::AccessException);
+    EXPECT_THROW(enumeration.SetIntValue(9, false), GenICam_3_0::InvalidArgumentException);
+    enumeration.FromString("Locked", false);
+    EXPECT_EQ(gcstring("Locked"), enumeration.ToString());
+    EXPECT_EQ(3, enumeration.GetIntValue());
+    EXPECT_THROW(enumeration.ToString(true), GenICam_3_0::AccessException);
+    EXPECT_THROW(enumeration.GetIntValue(true), GenICam_3_0::AccessException);
+}
+
+TEST_F(ScriptedPlatform, IsNoEnumerationWithoutAnEntryThatIsThere) {
+    using namespace GenApi_3_0;
+    cam.enumeration("E", "Off", {"Off", "On"}).entryAccess("Off", NI).entryAccess("On", NI);
+    EXPECT_EQ(NI, node("E")->GetAccessMode());
+    cam.entryAccess("On", NA);
+    EXPECT_EQ(NA, node("E")->GetAccessMode());
+    EXPECT_THROW(as<IEnumeration>("E").ToString(), GenICam_3_0::AccessException);
+}
+
+TEST_F(ScriptedPlatform, HasNoTextForAValueOfNoEntry) {
+    cam.enumeration("E", "Off", {"Off", "On"}).shows("elsewhere");
+    auto &enumeration = as<IEnumeration>("E");
+    EXPECT_THROW(enumeration.ToString(), GenICam_3_0::InvalidArgumentException);
+    EXPECT_EQ(nullptr, enumeration.GetCurrentEntry());
+    EXPECT_EQ(-1, enumeration.GetIntValue());
+    EXPECT_THROW(enumeration.GetIntValue(true), GenICam_3_0::OutOfRangeException);
 }
 
 TEST_F(ScriptedPlatform, MakesAFeatureAvailableOnlyWhileAnEntryIsShown) {

@@ -183,7 +183,7 @@ public:
                 return -2;
             const double read = number(*node);
             if (value)
-                *value = low32(std::trunc(read));
+                *value = low32(std::round(read));
             return 0;
         });
     }
@@ -222,9 +222,9 @@ public:
             if (!node)
                 return -2;
             const auto [lowest, highest, step] = limits(*node);
-            kept.intMin = low32(std::ceil(lowest));
-            kept.intMax = low32(std::floor(highest));
-            kept.incrementBits = low32(std::max(1.0, step));
+            kept.intMin = low32(std::round(lowest));
+            kept.intMax = low32(std::round(highest));
+            kept.incrementBits = node->kind == Kind::Integer ? low32(step) : 1;
             kept.intKnown = true;
             debug("ExPropertyGetIntRange",
                   text("### get property %d (%s) range: min=%d max=%d inc=%d ###\n", row,
@@ -778,9 +778,9 @@ private:
     void setNumber(const Feature &node, double value, const Event &event) {
         trace.push_back(event);
         requireWritable(node);
-        const double steps = node.inc == 0 ? 0 : (value - node.min) / node.inc;
-        if (value < node.min || value > node.max ||
-            (node.inc != 0 && std::abs(steps - std::round(steps)) > 1e-6))
+        const bool onStep =
+            node.kind != Kind::Integer || std::remainder(value - node.min, node.inc) == 0;
+        if (value < node.min || value > node.max || !onStep)
             throw Raised::OutOfRange;
         numbers_[node.name] = value;
     }

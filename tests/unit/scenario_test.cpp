@@ -218,6 +218,31 @@ TEST_F(Scenario, EndsWithZeroAfterAnErrorInALaterStep) {
     EXPECT_EQ(end, logged.out.substr(logged.out.size() - end.size()));
 }
 
+// As GenICam's own GenApi has it: the increment of a float that has none is an error.
+TEST_F(Scenario, EndsAtTheFrameRateWhereAFloatHasNoIncrement) {
+    camera.raisesWithoutIncrement();
+    const Logged logged = run();
+    EXPECT_EQ(0, result);
+    EXPECT_THAT(published(), ElementsAre(integers(KxScParamOffsetX, 8, 0, 1920, 8),
+                                         integers(KxScParamOffsetY, 4, 0, 1200, 4),
+                                         integers(KxScParamWidth, 1920, 16, 1936, 16),
+                                         integers(KxScParamHeight, 1200, 2, 1216, 2)));
+    const std::string end = "[KX_TD_PROC:d]:  Origin check config - GenApi: Runtime Exception Node "
+                            "has no increment. : AcquisitionFrameRate\n"
+                            "[KX_TD_PROC:d]: Finished loop with: status=-1, rc=0\n"
+                            "[KX_TD_PROC:d]: scenario is completed (rc = 0)\n";
+    EXPECT_EQ(end, logged.out.substr(logged.out.size() - end.size()));
+}
+
+TEST_F(Scenario, EndsInItsReportWhereAGammaThatIsOnHasNoIncrement) {
+    camera.raisesWithoutIncrement();
+    camera.enumeration("lutMode", "Active", {"Off", "Active"})
+        .enumeration("lutType", "GammaCorrection", {"UserDefined", "GammaCorrection"});
+    run(0);
+    EXPECT_EQ(0, result);
+    EXPECT_THAT(published(), IsEmpty());
+}
+
 TEST_F(Scenario, LetsNoErrorOutWhateverAccessRaisesIt) {
     run(0);
     const std::size_t accesses = camera.accessCount();
