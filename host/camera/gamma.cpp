@@ -22,7 +22,8 @@ int run(const GammaRequest &request) {
         const Reading before = readProperty(session, modes, gamma);
         stopIfAsked();
         const bool hasRange = !std::holds_alternative<std::monostate>(before.minimum);
-        if (!hasRange && std::holds_alternative<std::monostate>(before.value))
+        const bool hasValue = !std::holds_alternative<std::monostate>(before.value);
+        if (!hasRange && !hasValue && (before.failed || before.access == GenApi_3_0::NI))
             throw CommandError{kFailed, "this camera has no gamma: " + before.problem + "."};
         if (!request.value) {
             writeOut(cameraLine(session) + "Gamma: " + gammaText(before) +

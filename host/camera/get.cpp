@@ -34,8 +34,6 @@ const char *nameOf(Kind kind) {
 
 const char *nameOf(GenApi_3_0::EAccessMode access) {
     switch (access) {
-    case GenApi_3_0::NI:
-        break;
     case GenApi_3_0::NA:
         return "NA";
     case GenApi_3_0::WO:
@@ -44,8 +42,9 @@ const char *nameOf(GenApi_3_0::EAccessMode access) {
         return "RO";
     case GenApi_3_0::RW:
         return "RW";
+    default:
+        return "NI";
     }
-    return "NI";
 }
 
 struct ToJson {

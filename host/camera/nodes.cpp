@@ -78,7 +78,8 @@ IInteger *integerOf(const CNodeMapRef &nodeMap, const char *feature) {
 
 FloatLimits floatLimits(const CNodeMapRef &nodeMap, const char *feature) {
     auto *node = find<IFloat>(nodeMap, feature);
-    return {node->GetMin(), node->GetMax(), node->GetInc()};
+    // On the camera maker's framework the increment of a float that has none is an error.
+    return {node->GetMin(), node->GetMax(), node->HasInc() ? node->GetInc() : 0};
 }
 
 IntegerLimits integerLimits(const CNodeMapRef &nodeMap, const char *feature) {

@@ -60,34 +60,41 @@ void limitRange(const GenApi_3_0::CNodeMapRef &nodeMap, Reading &reading) {
     reading.maximum = within(limits.max);
 }
 
-void readFloatRange(CExCam &camera, Reading &reading) {
+// As the camera class delivers them. It asks for the increment also of a float that has none, which
+// the camera maker's framework does not answer; so here and for gamma the features are read by
+// themselves.
+float inUnit(const Property &property, double value) {
+    const auto number = static_cast<float>(value);
+    return property.inDecibels() ? 20.0f * log10f(number) : number;
+}
+
+void readFloatRange(const GenApi_3_0::CNodeMapRef &nodeMap, Reading &reading) {
     const Property &property = *reading.property;
-    float min = 0;
-    float max = 0;
-    float inc = 0;
-    const bool gamma = property.type == KxTd::GAMMA_PROPERTY_TYPE;
-    const int code = gamma ? camera.ExPropertyGetGammaRange(&min, &max, &inc)
-                           : camera.ExPropertyGetFloatRange(property.type, &min, &max, &inc);
-    if (code) {
-        reading.problem = code == 1 ? "what the lookup table does cannot be read" : meaningOf(code);
-        return;
-    }
-    reading.minimum = min;
-    reading.maximum = max;
+    const FloatLimits limits = floatLimits(nodeMap, property.feature);
+    reading.minimum = inUnit(property, limits.min);
+    reading.maximum = inUnit(property, limits.max);
     // In decibels the increment is the value of the first step above the minimum.
-    if (inc != (property.inDecibels() ? min : 0))
+    const PropertyValue inc =
+        inUnit(property, property.inDecibels() ? limits.min + limits.inc : limits.inc);
+    if (inc != (property.inDecibels() ? reading.minimum : PropertyValue(0.0f)))
         reading.increment = inc;
 }
 
-// The camera class delivers -1 for a gamma that the lookup table does not hold.
-void readGamma(CExCam &camera, Reading &reading) {
-    float value = 0;
-    if (const int code = camera.ExPropertyGetGamma(&value))
-        reading.problem = meaningOf(code);
-    else if (value == -1.0f)
+// Returns whether it may have a range too. A camera that does not tell what its table does may have
+// a gamma all the same.
+bool readGamma(const Session &session, Reading &reading) {
+    const KxTd::td_lg_states state = session.camera().ExPropertyGetLUTMode();
+    const bool known = state != KxTd::TD_LG_UNKNOWN;
+    if (known && state != KxTd::TD_LG_GAMMA)
         reading.problem = "gamma is disabled: the lookup table does not hold the gamma curve";
+    else if (reading.kind != Kind::Float)
+        reading.problem = meaningOf(-2);
     else
-        reading.value = value;
+        reading.value = static_cast<float>(
+            std::get<double>(readRaw(session.nodeMap(), reading.property->feature)));
+    if (!known && reading.problem.empty())
+        reading.problem = "what the lookup table does cannot be read";
+    return known;
 }
 
 void readNumber(CExCam &camera, Reading &reading) {
@@ -124,10 +131,9 @@ const char *whyNot(EAccessMode access) {
         return "it can only be written";
     case GenApi_3_0::RO:
         return "it can only be read";
-    case GenApi_3_0::RW:
-        break;
+    default:
+        return "it can be read and written";
     }
-    return "it can be read and written";
 }
 
 void fill(const Session &session, Modes &modes, Reading &reading) {
@@ -142,16 +148,21 @@ void fill(const Session &session, Modes &modes, Reading &reading) {
     reading.access = accessOf(session.nodeMap(), property.feature);
     // Gamma is read before the table is switched to it.
     const bool gamma = property.type == KxTd::GAMMA_PROPERTY_TYPE;
-    if (gamma)
-        readGamma(camera, reading);
+    if (gamma && !readGamma(session, reading))
+        return;
 
     modes.reach(property.reach);
     reading.access = accessOf(session.nodeMap(), property.feature);
+    if (reading.access == GenApi_3_0::NI || reading.access == GenApi_3_0::NA) { // no range either
+        if (reading.problem.empty())
+            reading.problem = whyNot(reading.access);
+        return;
+    }
     if (reading.kind == Kind::Integer) {
         readIntegerRange(camera, reading);
         limitRange(session.nodeMap(), reading);
     } else if (reading.kind == Kind::Float) {
-        readFloatRange(camera, reading);
+        readFloatRange(session.nodeMap(), reading);
     } else {
         reading.entries = entriesOf(session.nodeMap(), property.feature);
     }
@@ -181,15 +192,14 @@ CommandError refusal(const Reading &reading, const std::string &text) {
                              " is not possible; expected is " + rangeText(reading) + "."};
 }
 
-// Of a value between two steps; \p above may be beyond the range.
-CommandError offStep(const Reading &reading, const std::string &text, const PropertyValue &below,
-                     const PropertyValue &above) {
-    return {kWrongUsage, std::string(reading.property->name) + "=" + text +
-                             " is not possible: its step is " + valueText(reading.increment) +
-                             (above <= reading.maximum ? "; the nearest are " + valueText(below) +
-                                                             " and " + valueText(above)
-                                                       : "; the nearest is " + valueText(below)) +
-                             "."};
+// The steps on both sides of a value; \p above may be beyond the range.
+std::string nearestSteps(const Reading &reading, const PropertyValue &below,
+                         const PropertyValue &above) {
+    return "its step is " + valueText(reading.increment) +
+           (above <= reading.maximum
+                ? "; the nearest are " + valueText(below) + " and " + valueText(above)
+                : "; the nearest is " + valueText(below)) +
+           ".";
 }
 
 int32_t checkedInteger(const Reading &reading, const std::string &text) {
@@ -206,7 +216,10 @@ int32_t checkedInteger(const Reading &reading, const std::string &text) {
     if (beyond != 0) {
         const int64_t below = value - beyond;
         const int64_t above = std::min<int64_t>(below + inc, std::numeric_limits<int32_t>::max());
-        throw offStep(reading, text, static_cast<int32_t>(below), static_cast<int32_t>(above));
+        throw CommandError{kWrongUsage, std::string(reading.property->name) + "=" + text +
+                                            " is not possible: " +
+                                            nearestSteps(reading, static_cast<int32_t>(below),
+                                                         static_cast<int32_t>(above))};
     }
     return value;
 }
@@ -224,13 +237,20 @@ float checkedFloat(const Reading &reading, const std::string &text) {
             return end;
     if (!(value >= min && value <= max)) // not a number is outside as well
         throw refusal(reading, text);
+    return value;
+}
+
+// Cameras take a float beside its steps: it is for them to say what becomes of it. In decibels the
+// value has been put on a step; steps are even in the camera's factors alone.
+void tellNearestSteps(const Reading &reading, float value) {
     const auto *inc = std::get_if<float>(&reading.increment);
-    if (!inc || reading.property->inDecibels()) // steps are even in the camera's factors alone
-        return value;
+    if (!inc || *inc <= 0 || reading.property->inDecibels())
+        return;
+    const float min = std::get<float>(reading.minimum);
     const float steps = (value - min) / *inc;
     if (std::fabs(steps - std::round(steps)) > kStepTolerance * std::max(1.0f, steps))
-        throw offStep(reading, text, min + std::floor(steps) * *inc, min + std::ceil(steps) * *inc);
-    return value;
+        tell(std::string(reading.property->name) + "=" + valueText(value) + " is on no step: " +
+             nearestSteps(reading, min + std::floor(steps) * *inc, min + std::ceil(steps) * *inc));
 }
 
 bool checkedBoolean(const Reading &reading, const std::string &text) {
@@ -240,11 +260,12 @@ bool checkedBoolean(const Reading &reading, const std::string &text) {
     return on;
 }
 
-// A number as the camera takes it: on its steps and within its range, whose ends no float may hold.
-double fitted(const GenApi_3_0::CNodeMapRef &nodeMap, const char *feature, double value) {
-    const FloatLimits limits = floatLimits(nodeMap, feature);
+// A number as the camera takes it: within its range, whose ends no float may hold. What came from
+// decibels is put on a step.
+double fitted(const GenApi_3_0::CNodeMapRef &nodeMap, const Property &property, double value) {
+    const FloatLimits limits = floatLimits(nodeMap, property.feature);
     value = std::clamp(value, limits.min, limits.max);
-    if (limits.inc <= 0)
+    if (limits.inc <= 0 || !property.inDecibels())
         return value;
     const double last = std::floor((limits.max - limits.min) / limits.inc);
     const double step = std::round((value - limits.min) / limits.inc);
@@ -255,7 +276,7 @@ double fitted(const GenApi_3_0::CNodeMapRef &nodeMap, const char *feature, doubl
 // automatic limits, unless that would put the number beside the camera's range or steps.
 int writeFloat(const Session &session, const Property &property, float value) {
     const float factor = property.inDecibels() ? powf(10.0f, value / 20.0f) : value;
-    const double exact = fitted(session.nodeMap(), property.feature, static_cast<double>(factor));
+    const double exact = fitted(session.nodeMap(), property, static_cast<double>(factor));
     if (exact != static_cast<double>(factor)) {
         writeRaw(session.nodeMap(), property.feature, exact);
         return 0;
@@ -265,28 +286,18 @@ int writeFloat(const Session &session, const Property &property, float value) {
 }
 
 // Setting gamma switches the lookup table to it for good.
-int writeGamma(const Session &session, Modes &modes, float gamma) {
+int writeGamma(const Session &session, const Property &property, Modes &modes, float gamma) {
     modes.remember("lutMode", Reach::Direct);
     modes.remember("lutType", Reach::Direct);
-    const int code = session.camera().ExPropertySetGamma(gamma);
+    CExCam camera = session.camera();
+    if (camera.ExPropertyGetLUTMode() != KxTd::TD_LG_GAMMA)
+        if (const int code = camera.ExPropertySetLUTMode(KxTd::TD_LG_GAMMA))
+            return code;
+    writeRaw(session.nodeMap(), property.feature,
+             fitted(session.nodeMap(), property, static_cast<double>(gamma)));
     modes.changed("lutMode", Reach::Direct);
     modes.changed("lutType", Reach::Direct);
-    return code;
-}
-
-std::string meaningOfGamma(int code) {
-    switch (code) {
-    case -1:
-        return "what the lookup table does cannot be read";
-    case -4:
-        return "the lookup table cannot be switched to the gamma curve";
-    case -5:
-        return "the range of gamma cannot be read";
-    case -6:
-        return "it is out of range";
-    default:
-        return meaningOf(code);
-    }
+    return 0;
 }
 
 } // namespace
@@ -298,10 +309,10 @@ Reading readProperty(const Session &session, Modes &modes, const Property &prope
         fill(session, modes, reading);
     } catch (const GenICam_3_0::TimeoutException &) {
         throw;
-    } catch (const GenICam_3_0::GenericException &error) {
+    } catch (const GenICam_3_0::GenericException &) {
         stopIfAsked();
         reading.value = {};
-        reading.problem = reasonOf(error);
+        reading.problem = reasonInFlight();
         reading.failed = true;
     }
     return reading;
@@ -385,10 +396,7 @@ void writeProperty(const Session &session, Modes &modes, const Reading &reading,
     CExCam camera = session.camera();
     int code = 0;
     if (property.type == KxTd::GAMMA_PROPERTY_TYPE) {
-        code = writeGamma(session, modes, std::get<float>(value));
-        if (code)
-            throw CommandError{kFailed, std::string(property.name) +
-                                            " was not set: " + meaningOfGamma(code) + "."};
+        code = writeGamma(session, property, modes, std::get<float>(value));
     } else if (const auto *number = std::get_if<float>(&value)) {
         code = writeFloat(session, property, *number);
     } else if (const auto *integer = std::get_if<int32_t>(&value)) {
@@ -403,6 +411,8 @@ void writeProperty(const Session &session, Modes &modes, const Reading &reading,
         throw CommandError{kFailed,
                            std::string(property.name) + " was not set: " + meaningOf(code) + "."};
     modes.changed(property.feature, property.reach);
+    if (const auto *number = std::get_if<float>(&value))
+        tellNearestSteps(reading, *number);
 }
 
 float numberFrom(const std::string &text, const std::string &what) {

@@ -64,8 +64,8 @@ std::string rangeText(const Reading &reading);
  *
  * A number that is shown like an end of the range counts as that end.
  *
- * \throws CommandError (kWrongUsage) when it is none, outside the range or off its steps, or the
- *         property cannot be written; (kFailed) when the camera does not have it
+ * \throws CommandError (kWrongUsage) when it is none, outside the range or, a whole number, off its
+ *         steps, or the property cannot be written; (kFailed) when the camera does not have it
  */
 PropertyValue checkedValue(const Reading &reading, const std::string &text);
 
@@ -73,8 +73,9 @@ PropertyValue checkedValue(const Reading &reading, const std::string &text);
 float numberFrom(const std::string &text, const std::string &what);
 
 /**
- * Writes a value that has been checked, by the camera class's operation for it. What it changes is
- * told to \p modes as meant to stay.
+ * Writes a value that has been checked, by the camera class's operation for it where that knows
+ * more than the feature. What it changes is told to \p modes as meant to stay. Of a float beside
+ * its steps the nearest are told to the user.
  *
  * \throws CommandError (kFailed) when the operation tells why it cannot; what the camera raises
  */

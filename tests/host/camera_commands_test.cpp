@@ -63,6 +63,22 @@ std::ostream &operator<<(std::ostream &stream, const Said &said) {
     return stream << said.status << "\n" << said.out << "---\n" << said.err;
 }
 
+// Lines of a lookup table, for as long as it lives.
+struct TableFile {
+    explicit TableFile(const std::string &text) {
+        const int file = mkstemp(name);
+        if (file < 0 ||
+            ::write(file, text.data(), text.size()) != static_cast<ssize_t>(text.size()))
+            throw std::runtime_error("the table cannot be written");
+        (void)close(file);
+    }
+    ~TableFile() { (void)unlink(name); }
+    TableFile(const TableFile &) = delete;
+    TableFile &operator=(const TableFile &) = delete;
+
+    char name[32] = "/tmp/kxinfo-table-XXXXXX";
+};
+
 class CameraCommands : public testing::Test {
 protected:
     CameraCommands() {
@@ -208,21 +224,126 @@ TEST_F(CameraCommands, PutAnEntryBackThatMayHaveBeenWrittenWhenTheyWereStopped) 
         dynamic_cast<GenApi_3_0::IInteger *>(nodeMap->_GetNode("LUTValue"))->SetValue(3);
         interruptedWait();
     });
-    char name[] = "/tmp/kxinfo-table-XXXXXX";
-    const int file = mkstemp(name);
-    ASSERT_EQ(4, ::write(file, "3\n3\n", 4));
-    (void)close(file);
+    const TableFile file("3\n3\n");
     LutRequest request;
     request.serial = "S1234";
     request.action = LutRequest::Action::Load;
-    request.file = name;
+    request.file = file.name;
 
     EXPECT_EQ((Said{3, "",
                     "kxinfo: stopped, as asked for.\n"
                     "kxinfo: the entries written to the user's lookup table are put back.\n"}),
               run(request));
-    (void)unlink(name);
     EXPECT_EQ("7", scripted::camera().value("LUTValue"));
+}
+
+// On the camera maker's framework no error of the camera is a std::exception.
+TEST_F(CameraCommands, PutBackWhatTheyCanWhateverItIsThatFails) {
+    // When it is put back, and once more, since the others may have been in its way.
+    for (int i = 0; i < 2; ++i)
+        scripted::camera().feature("Height").raises(Op::SetValue, Fault::Number, 2);
+
+    EXPECT_EQ((Said{3, "",
+                    "kxinfo: Width=7 is not possible; expected is a whole number, 16 to 1936 px.\n"
+                    "kxinfo: this could not be put back: Height to 1216 (an error without a "
+                    "reason).\n"}),
+              set({{"Width", "640"}, {"Height", "400"}, {"Width", "7"}}));
+    EXPECT_EQ("1936", scripted::camera().value("Width"));
+    EXPECT_EQ("400", scripted::camera().value("Height"));
+}
+
+TEST_F(CameraCommands, PutEntriesBackWhateverItIsThatFails) {
+    scripted::camera().integer("LUTIndex", 0).range(0, 1, 1);
+    scripted::camera().integer("LUTValue", 7).range(0, 15, 1);
+    scripted::camera().enumeration("lutMode", "Off", {"Off", "Active"});
+    scripted::camera().enumeration("lutType", "UserDefined", {"UserDefined", "GammaCorrection"});
+    // The second entry can neither be written nor read again.
+    scripted::camera().feature("LUTValue").raises(Op::SetValue, Fault::Number, 2);
+    scripted::camera().feature("LUTValue").raises(Op::GetValue, Fault::Number, 3);
+    const TableFile file("3\n5\n");
+    LutRequest request;
+    request.serial = "S1234";
+    request.action = LutRequest::Action::Load;
+    request.file = file.name;
+
+    EXPECT_EQ((Said{3, "",
+                    "kxinfo: this computer does not let kxinfo do its work: an error without a "
+                    "reason.\n"
+                    "kxinfo: 1 of 2 entries of the user's lookup table could not be put back (an "
+                    "error without a reason).\n"}),
+              run(request));
+    EXPECT_EQ("7", scripted::camera().value("LUTValue"));
+}
+
+TEST_F(CameraCommands, TellWhyThePlatformHasNoNodeMap) {
+    scripted::framework().nodeMapRaises(Fault::Runtime);
+
+    EXPECT_EQ((Said{3, "", "kxinfo: the camera platform fails: the sensor is asleep.\n"}),
+              get({"Width"}));
+}
+
+TEST_F(CameraCommands, NeedNoIncrementOfAFloat) {
+    scripted::camera().raisesWithoutIncrement();
+    scripted::camera().floating("Gain", 2).range(1.0, 8.0);
+    scripted::camera().floating("ExposureTime", 100).range(20.0, 1000.0);
+    scripted::camera().enumeration("lutMode", "Active", {"Off", "Active"});
+    scripted::camera().enumeration("lutType", "GammaCorrection",
+                                   {"UserDefined", "GammaCorrection"});
+    scripted::camera().floating("gammaCorrection", 0.5).range(0.25, 4.0);
+
+    EXPECT_EQ((Said{0,
+                    "Camera S1234 (C1936)\n"
+                    "\n"
+                    "Property          Value  Minimum  Maximum  Step  Unit  Access  Kind\n"
+                    "Gain             6.0206        0  18.0618     -    dB      RW  float\n"
+                    "ExposureTime        100       20     1000     -    us      RW  float\n"
+                    "gammaCorrection     0.5     0.25        4     -     -      RW  float\n",
+                    ""}),
+              get({"Gain", "ExposureTime", "gammaCorrection"}));
+    EXPECT_EQ((Said{0,
+                    "Camera S1234 (C1936)\n"
+                    "Gain: 6.0206 dB -> 12 dB\n"
+                    "ExposureTime: 100 us -> 33.3 us\n"
+                    "gammaCorrection: 0.5 -> 2\n",
+                    ""}),
+              set({{"Gain", "12"}, {"ExposureTime", "33.3"}, {"gammaCorrection", "2"}}));
+}
+
+TEST_F(CameraCommands, SetAFloatBesideItsStepsAndTellTheNearest) {
+    scripted::camera().floating("ExposureTime", 100).range(20.0, 100000.0, 30000.0);
+    scripted::camera().floating("AcquisitionFrameRate", 30).range(1.0, 60.0, 1.0);
+    scripted::camera().enumeration("lutMode", "Off", {"Off", "Active"});
+    scripted::camera().enumeration("lutType", "UserDefined", {"UserDefined", "GammaCorrection"});
+    scripted::camera().floating("gammaCorrection", 0.5).range(0.25, 4.0, 0.25);
+
+    EXPECT_EQ((Said{0,
+                    "Camera S1234 (C1936)\n"
+                    "AcquisitionFrameRate: 30 1/s -> 33.3 1/s\n"
+                    "ExposureTime: 100 us -> 95000 us\n"
+                    "gammaCorrection: - -> 0.4\n"
+                    "AcquisitionFrameRate: 33.3 1/s -> 34 1/s\n",
+                    "kxinfo: AcquisitionFrameRate=33.3 is on no step: its step is 1; the nearest "
+                    "are 33 and 34.\n"
+                    "kxinfo: ExposureTime=95000 is on no step: its step is 30000; the nearest is "
+                    "90020.\n"
+                    "kxinfo: gammaCorrection=0.4 is on no step: its step is 0.25; the nearest are "
+                    "0.25 and 0.5.\n"}),
+              set({{"AcquisitionFrameRate", "33.3"},
+                   {"ExposureTime", "95000"},
+                   {"gammaCorrection", "0.4"},
+                   {"AcquisitionFrameRate", "34"}}));
+}
+
+TEST_F(CameraCommands, ShowNoRangeOfWhatIsNotAvailable) {
+    scripted::camera().floating("ExposureTime", 100).range(20.0, 1000.0).access(GenApi_3_0::NA);
+
+    EXPECT_EQ((Said{3,
+                    "Camera S1234 (C1936)\n"
+                    "\n"
+                    "Property      Value  Minimum  Maximum  Step  Unit  Access  Kind\n"
+                    "ExposureTime      -        -        -     -    us      NA  float\n",
+                    "kxinfo: ExposureTime has no value: it is not available at present.\n"}),
+              get({"ExposureTime"}));
 }
 
 TEST_F(CameraCommands, TakeASignalForOneOfThemAlone) {
