@@ -18,33 +18,59 @@ if(KXINFO_PLATFORM STREQUAL "open")
   # The maker's library has the same file name, and its users may have it in LD_LIBRARY_PATH.
   set(KXINFO_PLATFORM_DTAGS LINKER:--disable-new-dtags)
 else()
+  include(KxinfoArchitecture)
   find_path(GIGEV_INCLUDE_DIR gevapi.h
     PATHS ${GIGEV_DIR} PATH_SUFFIXES include NO_DEFAULT_PATH)
-  find_library(GIGEV_LIBRARY NAMES GevApi libGevApi.so.2
-    PATHS ${GIGEV_DIR} PATH_SUFFIXES lib lib64 NO_DEFAULT_PATH)
   find_path(GENICAM_INCLUDE_DIR GenApi/GenApi.h
     PATHS ${GENICAM_DIR} PATH_SUFFIXES library/CPP/include include NO_DEFAULT_PATH)
-  foreach(_found GIGEV_INCLUDE_DIR GIGEV_LIBRARY)
-    if(NOT ${_found})
-      message(FATAL_ERROR "KXINFO_PLATFORM=vendor: no GigE-V Framework in GIGEV_DIR='${GIGEV_DIR}' "
-        "(looked for include/gevapi.h and lib/libGevApi.so). Set GIGEV_DIR to its folder.")
+
+  foreach(_file lib/libGevApi.so lib/libGevApi.so.2 lib64/libGevApi.so lib64/libGevApi.so.2)
+    if(EXISTS ${GIGEV_DIR}/${_file})
+      list(APPEND _gevapis ${GIGEV_DIR}/${_file})
     endif()
   endforeach()
+  if(NOT GIGEV_INCLUDE_DIR OR NOT _gevapis)
+    message(FATAL_ERROR "KXINFO_PLATFORM=vendor: no GigE-V Framework in GIGEV_DIR='${GIGEV_DIR}' "
+      "(looked for include/gevapi.h and lib/libGevApi.so). Set GIGEV_DIR to its folder.")
+  endif()
+  kxinfo_keep_those_of_the_target(_fitting ${_gevapis})
+  if(NOT _fitting)
+    message(FATAL_ERROR "KXINFO_PLATFORM=vendor: the GigE-V Framework in GIGEV_DIR='${GIGEV_DIR}' "
+      "is for another architecture than ${CMAKE_SYSTEM_PROCESSOR}, which is built for: "
+      "${_gevapis}. Set GIGEV_DIR to the folder of one that fits.")
+  endif()
+  list(GET _fitting 0 GIGEV_LIBRARY)
+
   if(NOT GENICAM_INCLUDE_DIR)
     message(FATAL_ERROR "KXINFO_PLATFORM=vendor: no GenICam 3.0 in GENICAM_DIR='${GENICAM_DIR}' "
       "(looked for GenApi/GenApi.h). Set GENICAM_DIR to its folder.")
   endif()
-  file(GLOB_RECURSE GENICAM_LIBRARIES
-    ${GENICAM_DIR}/bin/*/libGenApi_*v3_0.so ${GENICAM_DIR}/bin/*/libGCBase_*v3_0.so
-    ${GENICAM_DIR}/lib/*/libGenApi_*v3_0.so ${GENICAM_DIR}/lib/*/libGCBase_*v3_0.so
-    ${GENICAM_DIR}/lib/libGenApi_*v3_0.so ${GENICAM_DIR}/lib/libGCBase_*v3_0.so)
-  if(NOT GENICAM_LIBRARIES)
+  # One folder for each architecture; in each a pair of libraries, whose names tell a compiler too.
+  file(GLOB _genapis ${GENICAM_DIR}/bin/*/libGenApi_*v3_0.so
+    ${GENICAM_DIR}/lib/*/libGenApi_*v3_0.so ${GENICAM_DIR}/lib/libGenApi_*v3_0.so)
+  foreach(_genapi IN LISTS _genapis)
+    string(REGEX REPLACE "/libGenApi_([^/]*)$" "/libGCBase_\\1" _gcbase ${_genapi})
+    if(EXISTS ${_gcbase})
+      list(APPEND _pairs ${_genapi})
+    endif()
+  endforeach()
+  if(NOT _pairs)
     message(FATAL_ERROR "KXINFO_PLATFORM=vendor: no libGenApi_*v3_0.so and libGCBase_*v3_0.so below "
       "GENICAM_DIR='${GENICAM_DIR}'. Set GENICAM_DIR to the GenICam 3.0 folder.")
   endif()
+  kxinfo_keep_those_of_the_target(_fitting ${_pairs})
+  if(NOT _fitting)
+    message(FATAL_ERROR "KXINFO_PLATFORM=vendor: GenICam in GENICAM_DIR='${GENICAM_DIR}' is for "
+      "other architectures than ${CMAKE_SYSTEM_PROCESSOR}, which is built for: ${_pairs}. Set "
+      "GENICAM_DIR to the folder of one that has it.")
+  endif()
+  list(GET _fitting 0 _genapi)
+  string(REGEX REPLACE "/libGenApi_([^/]*)$" "/libGCBase_\\1" _gcbase ${_genapi})
+  message(STATUS "Camera platform: ${GIGEV_LIBRARY}, ${_genapi} and ${_gcbase}")
+
   target_include_directories(kxinfo-platform SYSTEM INTERFACE
     ${GIGEV_INCLUDE_DIR} ${GENICAM_INCLUDE_DIR})
-  set(KXINFO_PLATFORM_LIBRARIES ${GIGEV_LIBRARY} ${GENICAM_LIBRARIES})
+  set(KXINFO_PLATFORM_LIBRARIES ${GIGEV_LIBRARY} ${_gcbase} ${_genapi})
   target_link_libraries(kxinfo-platform INTERFACE ${KXINFO_PLATFORM_LIBRARIES})
 
   foreach(_library IN LISTS KXINFO_PLATFORM_LIBRARIES)
