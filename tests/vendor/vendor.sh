@@ -1,13 +1,15 @@
 #!/usr/bin/env bash
 # The project built for the camera maker's framework, as far as that can be tried without it: against
-# a tree of the same shape. Its headers are copies of ours, its libraries stand-ins that have the
-# framework's names and find no camera.
+# a tree of the same shape. Its headers are copies of ours, made as loose as others may be
+# (loosen.py), its libraries stand-ins that have the framework's names and find no camera. It holds
+# libraries for other architectures too, and one that only GenApi needs.
 #
 #   vendor.sh builds                  lays out the tree, configures and builds against it, whole
 #   vendor.sh says-what-is-missing    configuring without the framework tells so
 #   vendor.sh needs                   the libraries that plug-in and kxinfo need, and where they look
 #   vendor.sh knows-no-open-platform  nothing that was compiled comes from platform/
 #   vendor.sh runs                    plug-in and kxinfo load the framework, and find no camera
+#   vendor.sh takes-errors            the camera's errors do no harm that are no std::exceptions
 #   vendor.sh installs                all but a platform, its headers and virtual cameras
 #   vendor.sh serves-examples         find_package() and pkg-config lead to the framework
 #   vendor.sh makes-packages          Debian packages, without the open platform
@@ -31,24 +33,50 @@ expect() {
     diff <(printf '%s\n' "$2") <(printf '%s\n' "$3") || fail "$1: is (>) and should be (<) differ"
 }
 
-# library FILE SOURCE EXPORTS: a library that has the symbols named, and its file's name as soname.
+# library FILE EXPORTS ARGUMENT...: a library that has the symbols named, and its file's name as
+# soname; sources, and what else the compiler has to know.
 library() {
-    printf '{ global: %s; local: *; };\n' "$3" >"$WORK/exports.map"
-    "$CXX" -shared -fPIC -O0 -I "$framework/include" -I "$genicam/library/CPP/include" \
-        -x "${4:-c++}" "$2" -Wl,-soname,"$(basename "$1")" \
+    printf '{ global: %s; local: *; };\n' "$2" >"$WORK/exports.map"
+    "$CXX" -shared -fPIC -O0 -std=gnu++17 -I "$framework/include" \
+        -I "$genicam/library/CPP/include" "${@:3}" -Wl,-soname,"$(basename "$1")" \
         -Wl,--version-script="$WORK/exports.map" -o "$1"
+}
+
+# foreign FOLDER CLASS MACHINE: copies of GenICam's libraries, for another architecture by their
+# headers' class and machine, in octal.
+foreign() {
+    local file
+    mkdir -p "$1"
+    for file in "$genicam_libraries"/*.so; do
+        cp "$file" "$1/"
+        printf %b "$2" | dd of="$1/$(basename "$file")" bs=1 seek=4 conv=notrunc status=none
+        printf %b "$3" | dd of="$1/$(basename "$file")" bs=1 seek=18 conv=notrunc status=none
+    done
 }
 
 lay_out() {
     mkdir -p "$framework"/{include,lib} "$genicam/library/CPP/include" "$genicam_libraries"
     cp "$SOURCES/platform/include/gevapi.h" "$framework/include/"
     cp -r "$SOURCES/platform/include/"{GenApi,Base} "$genicam/library/CPP/include/"
-    library "$framework/lib/libGevApi.so.2" "$here/gevapi_stub.c" 'Gev*; _CloseSocketAPI' c
+    "$here/loosen.py" "$framework/include" "$genicam/library/CPP/include"
+    library "$framework/lib/libGevApi.so.2" 'Gev*; _CloseSocketAPI' -x c "$here/gevapi_stub.c"
     ln -s libGevApi.so.2 "$framework/lib/libGevApi.so"
-    library "$genicam_libraries/libGCBase_gcc421_v3_0.so" "$SOURCES/platform/genicam/gcbase.cpp" \
-        '_Z*N*11GenICam_3_0*'
-    library "$genicam_libraries/libGenApi_gcc421_v3_0.so" "$SOURCES/platform/genicam/gcbase.cpp" \
-        '_Z*N*10GenApi_3_0*'
+    library "$genicam_libraries/libGCBase_gcc421_v3_0.so" '_Z*N*11GenICam_3_0*' \
+        "$SOURCES/platform/genicam/gcbase.cpp"
+    echo 'extern "C" int logged() { return 0; }' >"$WORK/log.cpp"
+    library "$genicam_libraries/libLog_gcc421_v3_0.so" logged "$WORK/log.cpp"
+    echo 'extern "C" int logged(); int uses_log = logged();' >"$WORK/uses_log.cpp"
+    # shellcheck disable=SC2016 # for the loader
+    library "$genicam_libraries/libGenApi_gcc421_v3_0.so" '_Z*N*10GenApi_3_0*' \
+        "$SOURCES/platform/genicam/gcbase.cpp" "$WORK/uses_log.cpp" \
+        -L "$genicam_libraries" -l:libLog_gcc421_v3_0.so -Wl,-rpath,'$ORIGIN'
+    # Their folders come before and after the one that fits, by the alphabet.
+    foreign "$genicam/bin/Linux32_i86" '\0001' '\0003'
+    foreign "$genicam/bin/Linux64_RISCV" '\0002' '\0363'
+    foreign "$genicam/bin/Linux64_z" '\0002' '\0026'
+    # Without its companion a library is of no use.
+    mkdir "$genicam/bin/Linux64_half"
+    cp "$genicam_libraries/libGenApi_gcc421_v3_0.so" "$genicam/bin/Linux64_half/"
 }
 
 configure() {
@@ -77,6 +105,20 @@ says-what-is-missing)
         fail "it does not tell that GIGEV_DIR is missing: $(said)"
     [[ $(said -DGIGEV_DIR="$framework") == *"no GenICam 3.0 in GENICAM_DIR=''"* ]] ||
         fail "it does not tell that GENICAM_DIR is missing: $(said -DGIGEV_DIR="$framework")"
+
+    rm -rf "$WORK"/foreign-*
+    mkdir -p "$WORK/foreign-genicam/bin" "$WORK/foreign-framework/lib"
+    cp -r "$genicam/library" "$WORK/foreign-genicam/"
+    cp -r "$genicam"/bin/Linux64_{RISCV,z} "$WORK/foreign-genicam/bin/"
+    cp -r "$framework/include" "$WORK/foreign-framework/"
+    cp "$genicam/bin/Linux64_RISCV/libLog_gcc421_v3_0.so" \
+        "$WORK/foreign-framework/lib/libGevApi.so.2"
+    told=$(said -DGIGEV_DIR="$WORK/foreign-framework" -DGENICAM_DIR="$genicam") || true
+    [[ $told == *"foreign-framework' is for another architecture than $(uname -m)"* ]] ||
+        fail "it does not tell that the framework is for another architecture: $told"
+    told=$(said -DGIGEV_DIR="$framework" -DGENICAM_DIR="$WORK/foreign-genicam") || true
+    [[ $told == *"foreign-genicam' is for other architectures than $(uname -m)"*"/Linux64_RISCV/libGenApi_gcc421_v3_0.so"* ]] ||
+        fail "it does not tell that GenICam is for other architectures: $told"
     ;;
 needs)
     # Each library of the framework has something that is used of it, so --as-needed keeps all: the
@@ -137,6 +179,36 @@ $no_camera" "$(kxinfo_says list)"
         [[ $(kxinfo_says $command --help) == "0: "*"Usage: kxinfo $command "* ]] ||
             fail "kxinfo $command --help: $(kxinfo_says $command --help)"
     done
+    ;;
+takes-errors)
+    if grep -r 'public std::exception' "$genicam/library"; then
+        fail "the tree's errors are std::exceptions"
+    fi
+    mkdir -p "$WORK/scripted"
+    library "$WORK/scripted/libGevApi.so.2" 'Gev*; _CloseSocketAPI' -I "$SOURCES/tests/platform" \
+        "$SOURCES"/tests/platform/{trace,camera,framework}.cpp "$here/scripted_camera.cpp" \
+        -L "$genicam_libraries" -l:libGenApi_gcc421_v3_0.so -l:libGCBase_gcc421_v3_0.so
+    # on_camera ARGUMENT...: the same as kxinfo_says, with the scripted camera.
+    on_camera() {
+        local status=0 said
+        said=$(KXINFO_BUILD=$build LD_LIBRARY_PATH=$WORK/scripted \
+            "$SOURCES/scripts/in-private-net" kxinfo "$@" 2>&1) || status=$?
+        echo "$status: $said"
+    }
+    expect "a float without increment" "0: Camera S1234 (C1936)
+
+Property               Value  Minimum  Maximum  Step  Unit  Access  Kind
+Gain                  6.0206        0  18.0618     -    dB      RW  float
+AcquisitionFrameRate      30        1       60     -   1/s      RW  float" \
+        "$(on_camera get S1234 Gain AcquisitionFrameRate)"
+    # Width is put back after Height, which cannot be.
+    expect "putting back" "3: kxinfo: ReverseX=maybe is not possible; expected is true or false.
+kxinfo: this could not be put back: Height to 1216 (the sensor is asleep)." \
+        "$(on_camera set S1234 Width=640 Height=400 ReverseX=maybe)"
+    probed=$(on_camera probe S1234 --log stdout --level debug)
+    [[ $probed == "0: "* && $probed == *"published 4 of 15 settings; missing: KxScParamFps, "* &&
+        $probed == *"GenApi: Runtime Exception Node has no increment. : AcquisitionFrameRate"* ]] ||
+        fail "a probe does not end at the frame rate: $probed"
     ;;
 installs)
     rm -rf "$WORK/prefix"
