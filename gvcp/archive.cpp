@@ -1,32 +1,39 @@
 #include "gvcp/archive.h"
 
-#include <zip.h>
+#define ZLIB_CONST // it does not write to its input
+#include <zlib.h>
 
 #include <algorithm>
 #include <cstdint>
-#include <cstring>
 #include <memory>
+#include <new>
+#include <vector>
 
 #include "gvcp/error.h"
 #include "gvcp/printable.h"
 #include "gvcp/url.h"
 
-// libzip reads the archive; what it would take memory for on an archive's word alone is looked at
-// before it does. It searches the end record in the last 64 KiB, tries each that could be one, and
-// makes room for as many files as that says, with the records of archives above 4 GiB up to 2^64.
-// So there has to be exactly one end record, of few files, and none of the large kind. Of
-// what it then offers, only deflate is let in, since other methods ask for large dictionaries.
+// The end record is searched in the last 64 KiB; it says where the directory is, and that where the
+// files are. There has to be exactly one end record, of few files, and none of the large kind. Every
+// part is taken by partOf(), which lets nothing lie outside. Sizes of the file are not believed: it
+// ends where it is inflated or the archive ends, and its check sum tells whether it is right.
 
 namespace gvcp {
 namespace {
 
 constexpr std::string_view kLocalHeader("PK\3\4", 4);
+constexpr std::string_view kDirectoryEntry("PK\1\2", 4);
 constexpr std::string_view kEndRecord("PK\5\6", 4);
 constexpr std::string_view kLargeEndLocator("PK\6\7", 4);
+constexpr size_t kLocalHeaderSize = 30;
+constexpr size_t kDirectoryEntrySize = 46;
 constexpr size_t kEndRecordSize = 22;
 constexpr size_t kLargeEndLocatorSize = 20;
-// The longest comment may follow the end record; and a little more than libzip looks at.
+// The longest comment may follow the end record; and zeros, with which cameras fill up.
 constexpr size_t kEndSearched = 0xffff + kEndRecordSize + kLargeEndLocatorSize + 1024;
+// Methods of compression.
+constexpr uint32_t kStored = 0;
+constexpr uint32_t kDeflated = 8;
 // Inflated in pieces of so many bytes.
 constexpr size_t kPiece = 64 << 10;
 // A content's room doubles from here on and has then the bound, and one byte, after ten times: it
@@ -37,10 +44,8 @@ constexpr size_t kFirstRoom = kLargestDescription / 1024 + 1;
     throw Error(Cause::Description, "the archive " + why);
 }
 
-[[noreturn]] void refuse(zip_error_t *error) {
-    const std::string text = zip_error_strerror(error);
-    zip_error_fini(error);
-    refuse("cannot be read: " + text);
+[[noreturn]] void refuseToRead(const std::string &why) {
+    refuse("cannot be read: " + why);
 }
 
 uint32_t little(std::string_view bytes, size_t at, size_t size) {
@@ -88,26 +93,37 @@ EndRecord endRecordOf(std::string_view archive) {
     return record;
 }
 
-struct Discard {
-    void operator()(zip_t *archive) const { zip_discard(archive); }
-    void operator()(zip_source_t *source) const { zip_source_free(source); }
-    void operator()(zip_file_t *file) const { zip_fclose(file); }
-};
-using Archive = std::unique_ptr<zip_t, Discard>;
-using Source = std::unique_ptr<zip_source_t, Discard>;
-using File = std::unique_ptr<zip_file_t, Discard>;
+std::string_view partOf(std::string_view bytes, size_t at, size_t size) {
+    if (at > bytes.size() || size > bytes.size() - at)
+        refuseToRead("a part of it is said to lie where it cannot be");
+    return bytes.substr(at, size);
+}
 
-Archive openArchive(std::string_view bytes) {
-    zip_error_t error;
-    zip_error_init(&error);
-    Source source(zip_source_buffer_create(bytes.data(), bytes.size(), 0, &error));
-    if (!source)
-        refuse(&error);
-    Archive archive(zip_open_from_source(source.get(), ZIP_RDONLY, &error));
-    if (!archive)
-        refuse(&error);
-    (void)source.release(); // the archive has it now
-    return archive;
+// A file, as the directory has it.
+struct File {
+    std::string_view name;
+    uint32_t flags;
+    uint32_t method;
+    uint32_t checkSum;
+    uint32_t packedSize;
+    uint32_t at;
+};
+
+std::vector<File> filesIn(std::string_view archive) {
+    const EndRecord record = endRecordOf(archive);
+    const std::string_view directory = archive.substr(record.directoryOffset, record.directorySize);
+    std::vector<File> files;
+    for (size_t at = 0; files.size() < record.files;) {
+        const std::string_view entry = partOf(directory, at, kDirectoryEntrySize);
+        if (entry.substr(0, kDirectoryEntry.size()) != kDirectoryEntry)
+            refuseToRead("its directory is none");
+        const size_t nameSize = little(entry, 28, 2);
+        files.push_back({partOf(directory, at + kDirectoryEntrySize, nameSize), little(entry, 8, 2),
+                         little(entry, 10, 2), little(entry, 16, 4), little(entry, 20, 4),
+                         little(entry, 42, 4)});
+        at += kDirectoryEntrySize + nameSize + little(entry, 30, 2) + little(entry, 32, 2);
+    }
+    return files;
 }
 
 bool endsWithXml(std::string_view name) {
@@ -119,38 +135,57 @@ bool endsWithXml(std::string_view name) {
                       });
 }
 
-zip_uint64_t chosenFile(zip_t *archive) {
-    const zip_int64_t count = zip_get_num_entries(archive, 0);
-    if (count > static_cast<zip_int64_t>(kMostFiles))
-        refuse("holds " + std::to_string(count) + " files, expected at most " +
-               std::to_string(kMostFiles));
-    zip_int64_t chosen = -1;
-    for (zip_int64_t i = 0; i < count; ++i) {
-        const char *name = zip_get_name(archive, static_cast<zip_uint64_t>(i), ZIP_FL_ENC_RAW);
-        const size_t length = name ? strlen(name) : 0;
-        if (length == 0 || name[length - 1] == '/')
+File chosenFile(const std::vector<File> &files) {
+    const File *chosen = nullptr;
+    for (const File &file : files) {
+        if (file.name.empty() || file.name.back() == '/')
             continue;
-        if (endsWithXml({name, length}))
-            return static_cast<zip_uint64_t>(i);
-        if (chosen < 0)
-            chosen = i;
+        if (endsWithXml(file.name))
+            return file;
+        if (!chosen)
+            chosen = &file;
     }
-    if (chosen < 0)
+    if (!chosen)
         refuse("holds no file");
-    return static_cast<zip_uint64_t>(chosen);
+    return *chosen;
 }
 
-// Whether the file is kept in a way that is read here.
-void checkMethod(zip_t *archive, zip_uint64_t index) {
-    constexpr zip_uint64_t kNeeded = ZIP_STAT_COMP_METHOD | ZIP_STAT_ENCRYPTION_METHOD;
-    zip_stat_t stat;
-    if (zip_stat_index(archive, index, 0, &stat) != 0)
-        refuse(zip_get_error(archive));
-    if ((stat.valid & kNeeded) != kNeeded || stat.encryption_method != ZIP_EM_NONE)
-        refuse("is encrypted");
-    if (stat.comp_method != ZIP_CM_STORE && stat.comp_method != ZIP_CM_DEFLATE)
-        refuse("is compressed by method " + std::to_string(stat.comp_method) +
-               ", expected 0 (stored) or 8 (deflate)");
+// The file's bytes as they lie in the archive, as far as they do.
+std::string_view packedBytes(std::string_view archive, const File &file) {
+    const std::string_view header = partOf(archive, file.at, kLocalHeaderSize);
+    if (!isArchive(header))
+        refuseToRead("there is no file where its directory says");
+    const size_t names = little(header, 26, 2) + little(header, 28, 2);
+    const size_t before = partOf(archive, file.at, kLocalHeaderSize + names).size();
+    return archive.substr(file.at + before, file.packedSize);
+}
+
+std::string inflated(std::string_view packed) {
+    struct End {
+        void operator()(z_stream *stream) const { inflateEnd(stream); }
+    };
+    z_stream state{};
+    state.next_in = reinterpret_cast<const Bytef *>(packed.data());
+    state.avail_in = static_cast<uInt>(packed.size());
+    if (inflateInit2(&state, -MAX_WBITS) != Z_OK)
+        throw std::bad_alloc();
+    const std::unique_ptr<z_stream, End> stream(&state);
+    std::string content;
+    content.reserve(kFirstRoom);
+    for (int result = Z_OK; result != Z_STREAM_END;) {
+        const size_t size = content.size();
+        // One byte beyond the bound tells whether there is more.
+        content.resize(std::min(size + kPiece, kLargestDescription + 1));
+        state.next_out = reinterpret_cast<Bytef *>(&content[size]);
+        state.avail_out = static_cast<uInt>(content.size() - size);
+        result = inflate(&state, Z_NO_FLUSH);
+        content.resize(content.size() - state.avail_out);
+        if (content.size() > kLargestDescription)
+            refuse("inflates to more than " + std::to_string(kLargestDescription) + " bytes");
+        if (result != Z_OK && result != Z_STREAM_END)
+            refuseToRead(std::string("Zlib error: ") + (state.msg ? state.msg : zError(result)));
+    }
+    return content;
 }
 
 } // namespace
@@ -163,30 +198,21 @@ size_t directoryOffset(std::string_view archive) {
     return endRecordOf(archive).directoryOffset;
 }
 
-std::string unzip(std::string_view bytes) {
-    endRecordOf(bytes);
-    const Archive archive = openArchive(bytes);
-    const zip_uint64_t index = chosenFile(archive.get());
-    checkMethod(archive.get(), index);
-
-    const File file(zip_fopen_index(archive.get(), index, 0));
-    if (!file)
-        refuse(zip_get_error(archive.get()));
-    std::string content;
-    content.reserve(kFirstRoom);
-    for (;;) {
-        const size_t size = content.size();
-        // One byte beyond the bound tells whether there is more.
-        content.resize(std::min(size + kPiece, kLargestDescription + 1));
-        const zip_int64_t read = zip_fread(file.get(), &content[size], content.size() - size);
-        if (read < 0)
-            refuse(zip_file_get_error(file.get()));
-        content.resize(size + static_cast<size_t>(read));
-        if (content.size() > kLargestDescription)
-            refuse("inflates to more than " + std::to_string(kLargestDescription) + " bytes");
-        if (read == 0)
-            return content; // the check sum has been compared on reaching the end
-    }
+std::string unzip(std::string_view archive) {
+    constexpr uint32_t kEncrypted = 1;
+    const File file = chosenFile(filesIn(archive));
+    if (file.flags & kEncrypted)
+        refuse("is encrypted");
+    if (file.method != kStored && file.method != kDeflated)
+        refuse("is compressed by method " + std::to_string(file.method) +
+               ", expected 0 (stored) or 8 (deflate)");
+    const std::string_view packed = packedBytes(archive, file);
+    std::string content = file.method == kStored ? std::string(packed) : inflated(packed);
+    if (crc32(0, reinterpret_cast<const Bytef *>(content.data()),
+              static_cast<uInt>(content.size())) != file.checkSum)
+        refuseToRead("CRC error");
+    content.shrink_to_fit();
+    return content;
 }
 
 } // namespace gvcp

@@ -53,6 +53,17 @@ constexpr std::array<bool, 256> plainCharacters() {
 
 constexpr std::array<bool, 256> kPlain = plainCharacters();
 
+constexpr std::array<bool, 256> plainNameCharacters() {
+    std::array<bool, 256> plain{};
+    for (size_t c = 0; c < 0x80; ++c)
+        plain[c] = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') ||
+                   c == '_' || c == '-' || c == '.';
+    return plain;
+}
+
+// Those of US-ASCII that a name may go on with.
+constexpr std::array<bool, 256> kPlainInName = plainNameCharacters();
+
 char small(char c) {
     return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
 }
@@ -99,7 +110,7 @@ bool beginsName(char32_t code) {
 
 bool continuesName(char32_t code) {
     if (code < 0x80)
-        return beginsName(code) || (code >= '0' && code <= '9') || code == '-' || code == '.';
+        return kPlainInName[code];
     return beginsName(code) || code == 0xb7 || isIn({{0x300, 0x36f}, {0x203f, 0x2040}}, code);
 }
 
@@ -162,7 +173,11 @@ private:
 
     bool ended() const { return at_ == text_.size(); }
 
-    bool lookingAt(View expected) const { return text_.substr(at_, expected.size()) == expected; }
+    // Most often it is another character already.
+    bool lookingAt(View expected) const {
+        return !ended() && text_[at_] == expected[0] &&
+               text_.substr(at_, expected.size()) == expected;
+    }
 
     bool take(View expected) {
         if (!lookingAt(expected))
@@ -184,8 +199,10 @@ private:
     }
 
     // Characters that are legal and mean nothing wherever they stand; most of a document is of them.
-    void skipPlain() {
-        while (!ended() && kPlain[static_cast<uint8_t>(text_[at_])])
+    void skipPlain() { skip(kPlain); }
+
+    void skip(const std::array<bool, 256> &characters) {
+        while (!ended() && characters[static_cast<uint8_t>(text_[at_])])
             ++at_;
     }
 
@@ -314,15 +331,18 @@ private:
         const size_t from = at_;
         if (ended() || !beginsName(character().code))
             failToFind("a name " + std::string(of));
-        while (!ended()) {
+        for (;;) {
+            skip(kPlainInName);
+            if (ended())
+                break;
             const Character here = character();
             if (!continuesName(here.code))
                 break;
             at_ += here.size;
-            if (at_ - from > kLongestName) {
-                at_ = from;
-                fail("a name has more than " + std::to_string(kLongestName) + " bytes");
-            }
+        }
+        if (at_ - from > kLongestName) {
+            at_ = from;
+            fail("a name has more than " + std::to_string(kLongestName) + " bytes");
         }
         return text_.substr(from, at_ - from);
     }
@@ -422,13 +442,12 @@ private:
     }
 
     void attributes(View element) {
-        std::array<View, kMostAttributes> known;
         size_t count = 0;
         while (takeBlanks() && !ended() && text_[at_] != '>' && text_[at_] != '/') {
             const size_t from = at_;
             const View attribute = name("of an attribute, '>' or '/>'");
-            const auto *end = known.begin() + count;
-            if (std::find(known.cbegin(), end, attribute) != end) {
+            const auto *end = known_.begin() + count;
+            if (std::find(known_.cbegin(), end, attribute) != end) {
                 at_ = from;
                 fail("<" + shown(element) + "> has the attribute " + quoted(attribute) + " twice");
             }
@@ -437,7 +456,7 @@ private:
                 fail("<" + shown(element) + "> has more than " + std::to_string(kMostAttributes) +
                      " attributes");
             }
-            known[count++] = attribute;
+            known_[count++] = attribute;
             takeBlanks();
             if (!take("="))
                 failToFind("'=' behind the attribute " + quoted(attribute));
@@ -476,8 +495,13 @@ private:
     void endTag() {
         const size_t from = at_;
         take("</");
-        const View closed = name("of an element");
         const View open = open_[depth_ - 1];
+        if (take(open) && take(">")) {
+            --depth_;
+            return;
+        }
+        at_ = from + 2;
+        const View closed = name("of an element");
         if (closed != open) {
             at_ = from;
             fail("</" + shown(closed) + "> found, expected </" + shown(open) + ">, which line " +
@@ -544,6 +568,7 @@ private:
     Encoding encoding_ = Encoding::Utf8;
     std::array<View, kDeepestElement> open_;
     size_t depth_ = 0;
+    std::array<View, kMostAttributes> known_; // of one element; made once, as there are many
     size_t elements_ = 0;
 };
 
