@@ -85,6 +85,9 @@ public:
      */
     void write(uint32_t address, const uint8_t *from, size_t size);
 
+    /** Whether one command can read several registers. */
+    bool readsSeveralRegisters() const { return (capability_ & kCanConcatenate) != 0; }
+
     /** Numbers in registers, in as few commands as the camera allows. */
     std::vector<uint32_t> readRegisters(const std::vector<uint32_t> &addresses);
     void writeRegister(uint32_t address, uint32_t value);

@@ -22,7 +22,7 @@ constexpr size_t kUrlRegisterSize = 512;
  * Bytes that a camera's description may take, as it is kept in the camera and as text. Those of
  * cameras with thousands of features take a few MiB as text.
  */
-constexpr size_t kLargestDescription = size_t{64} << 20;
+constexpr size_t kLargestDescription = size_t{16} << 20;
 
 /** A description in the camera's own memory. */
 struct LocalUrl {

@@ -1,16 +1,10 @@
-/**
- * The way from a node map to its camera: a device, as Aravis' nodes want one, over a channel of our
- * own. Every access passes here: the register cache and the camera's byte order are looked after in
- * this one place.
- */
+/** The way from a node map to its camera: gvcp's channel, with the camera's byte order looked after. */
 #ifndef KXINFO_GIGE_PORT_H
 #define KXINFO_GIGE_PORT_H
 
-#include <arv.h>
-
+#include "genapi/nodemap.h"
+#include "genapi/port.h"
 #include "gvcp/channel.h"
-#include "owners.h"
-#include "register_cache.h"
 
 namespace gige {
 
@@ -22,24 +16,37 @@ enum class RegisterAccess {
     AllByCommand,       /**< by register commands, as old descriptions mean it */
 };
 
-/** A port over \p channel, which must outlive it. */
-ObjectPtr<ArvDevice> newPort(gvcp::Channel &channel, bool inControl);
-
-RegisterCache &cacheOf(ArvDevice *port);
-
-/** Before the first access; Undecided unless set. */
-void setRegisterAccess(ArvDevice *port, RegisterAccess access);
-
-/** While it lives, and \p on, reads reach the camera even where the cache has the value. */
-class CacheOff {
+/** For one thread at a time. What fails raises a GenICam exception. */
+class Port final : public genapi::Port {
 public:
-    CacheOff(ArvDevice *port, bool on);
-    ~CacheOff();
-    CacheOff(const CacheOff &) = delete;
-    CacheOff &operator=(const CacheOff &) = delete;
+    /** \param channel  must outlive the port */
+    explicit Port(gvcp::Channel &channel) : channel_(channel) {}
+
+    /** Before the first access: who uses the port, so that messages can name features. */
+    void setNodeMap(const genapi::NodeMap &nodeMap) { nodeMap_ = &nodeMap; }
+
+    /** Before the first access; Undecided unless set. */
+    void setRegisterAccess(RegisterAccess access) { access_ = access; }
+
+    void read(uint64_t address, uint8_t *bytes, size_t size, genapi::ByteOrder order) override;
+    bool readTogether(uint64_t address, uint8_t *bytes, size_t size,
+                      genapi::ByteOrder order) override;
+    void write(uint64_t address, const uint8_t *bytes, size_t size,
+               genapi::ByteOrder order) override;
+    void requireKept() override;
+    std::chrono::milliseconds now() const override;
 
 private:
-    ArvDevice *off_; // null: nothing to put back
+    [[noreturn]] void raise(const gvcp::Error &error, const char *action, uint64_t address) const;
+    template <class Do>
+    void carryOut(const char *action, uint64_t address, Do access);
+    void compare(uint32_t address, uint8_t *bytes);
+
+    gvcp::Channel &channel_;
+    const genapi::NodeMap *nodeMap_ = nullptr;
+    RegisterAccess access_ = RegisterAccess::Undecided;
+    int undecided_ = 0; // comparisons that told nothing
+    bool refusesTogether_ = false;
 };
 
 } // namespace gige

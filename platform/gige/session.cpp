@@ -35,16 +35,28 @@ std::string descriptionOf(gvcp::Channel &channel, const GEV_CAMERA_INFO &device)
     }
 }
 
+// A record's description becomes a node map, or there is no use in opening the camera.
+std::unique_ptr<genapi::NodeMap> nodeMapOf(std::string document, Port &port, GevAccessMode mode) {
+    try {
+        return std::make_unique<genapi::NodeMap>(std::move(document), port,
+                                                 mode == GevMonitorMode ? genapi::Use::Monitor
+                                                                        : genapi::Use::Control);
+    } catch (const GenICam_3_0::GenericException &exception) {
+        throw unusable(exception.GetDescription());
+    }
+}
+
 } // namespace
 
 // A record that a broadcast made has the network interface that it came through.
 Session::Session(const GEV_CAMERA_INFO &device, GevAccessMode mode)
     : channel_({device.ipAddr, device.hostIpAddr, device.hostIfIndex != 0}, accessOf(mode)),
-      port_(newPort(channel_, mode != GevMonitorMode)),
-      nodeMap_(
-          NodeMap::make(port_.get(), descriptionOf(channel_, device), mode != GevMonitorMode)) {
-    if (!nodeMap_)
-        throw unusable("it is no GenICam description");
+      port_(channel_),
+      nodeMap_(nodeMapOf(descriptionOf(channel_, device), port_, mode)) {
+    port_.setNodeMap(*nodeMap_);
+    // Descriptions before schema 1.1 mean all registers of 4 bytes to be accessed by command.
+    if (!nodeMap_->isForSchema(1, 1))
+        port_.setRegisterAccess(RegisterAccess::AllByCommand);
     channel_.openingEnds();
 }
 

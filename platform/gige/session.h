@@ -4,9 +4,9 @@
 
 #include <memory>
 
+#include "genapi/nodemap.h"
 #include "gevapi.h"
 #include "gvcp/channel.h"
-#include "nodemap.h"
 #include "port.h"
 
 namespace gige {
@@ -21,15 +21,15 @@ public:
      */
     Session(const GEV_CAMERA_INFO &device, GevAccessMode mode);
 
-    NodeMap &nodeMap() { return *nodeMap_; }
+    genapi::NodeMap &nodeMap() { return *nodeMap_; }
     gvcp::Channel &channel() { return channel_; }
 
 private:
     // Nodes go before the port that they read through, and that before the channel, which gives
     // control back.
     gvcp::Channel channel_;
-    ObjectPtr<ArvDevice> port_;
-    std::unique_ptr<NodeMap> nodeMap_;
+    Port port_;
+    std::unique_ptr<genapi::NodeMap> nodeMap_;
 };
 
 } // namespace gige

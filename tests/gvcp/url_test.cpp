@@ -40,18 +40,18 @@ TEST(Url, MayBeWrittenAsCamerasDo) {
 }
 
 TEST(Url, MayReachTheBoundsOfSizeAndOfTheAddressSpace) {
-    expectPlace(0, 64 << 20, "Local:a.xml;0;4000000");
+    expectPlace(0, 16 << 20, "Local:a.xml;0;1000000");
     expectPlace(0xffffffff, 1, "Local:a.xml;ffffffff;1");
-    expectPlace(0xfc000000, 64 << 20, "Local:a.xml;fc000000;4000000");
+    expectPlace(0xff000000, 16 << 20, "Local:a.xml;ff000000;1000000");
 }
 
 TEST(Url, HasALengthWithinBounds) {
-    EXPECT_EQ("its length is 0 bytes; expected 1 to 67108864", refused("Local:a.xml;0;0"));
-    EXPECT_EQ("its length is 67108865 bytes; expected 1 to 67108864",
-              refused("Local:a.xml;0;4000001"));
-    EXPECT_EQ("its length is 2147483648 bytes; expected 1 to 67108864",
+    EXPECT_EQ("its length is 0 bytes; expected 1 to 16777216", refused("Local:a.xml;0;0"));
+    EXPECT_EQ("its length is 16777217 bytes; expected 1 to 16777216",
+              refused("Local:a.xml;0;1000001"));
+    EXPECT_EQ("its length is 2147483648 bytes; expected 1 to 16777216",
               refused("Local:a.xml;0;80000000"));
-    EXPECT_EQ("its length is 9223372036854775807 bytes; expected 1 to 67108864",
+    EXPECT_EQ("its length is 9223372036854775807 bytes; expected 1 to 16777216",
               refused("Local:a.xml;0;7fffffffffffffff"));
 }
 

@@ -57,7 +57,7 @@ bool readsDescription(const Command &command) {
     return command.code == kReadMemory && command.address() >= 0x1000000;
 }
 bool readsWidth(const Command &command) {
-    return command.code == kReadMemory && command.address() == reg::kWidth;
+    return command.reads(reg::kWidth);
 }
 bool takesControl(const Command &command) {
     return command.writes(reg::kControlPrivilege);

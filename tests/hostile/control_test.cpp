@@ -74,7 +74,7 @@ TEST_F(Killed, HostLeavesTheCameraFreeOnceItsOwnHeartbeatTimeoutHasPassed) {
     std::optional<sockaddr_in> host;
     camera.onCommand([&](const Command &command, const Device::Answer &answer) {
         const std::lock_guard<std::mutex> lock(mutex);
-        if (command.code == kReadMemory && command.address() == reg::kWidth && !killed) {
+        if (command.reads(reg::kWidth) && !killed) {
             child->kill();
             killed = Clock::now();
             host = command.from;

@@ -15,19 +15,19 @@ class DescriptionUrl : public Hostile {};
 TEST_F(DescriptionUrl, IsRefusedWithALengthBeyondAllMemory) {
     camera.setUrls("Local:camera.xml;1000000;7fffffffffffffff");
 
-    expectRefusal(HasSubstr("its length is 9223372036854775807 bytes; expected 1 to 67108864"));
+    expectRefusal(HasSubstr("its length is 9223372036854775807 bytes; expected 1 to 16777216"));
 }
 
 TEST_F(DescriptionUrl, IsRefusedWithALengthOfTwoGigabytes) {
     camera.setUrls("Local:camera.xml;1000000;80000000");
 
-    expectRefusal(HasSubstr("its length is 2147483648 bytes; expected 1 to 67108864"));
+    expectRefusal(HasSubstr("its length is 2147483648 bytes; expected 1 to 16777216"));
 }
 
 TEST_F(DescriptionUrl, IsRefusedWithAByteMoreThanADescriptionMayHave) {
-    camera.setUrls("Local:camera.xml;1000000;4000001");
+    camera.setUrls("Local:camera.xml;1000000;1000001");
 
-    expectRefusal(HasSubstr("its length is 67108865 bytes; expected 1 to 67108864"));
+    expectRefusal(HasSubstr("its length is 16777217 bytes; expected 1 to 16777216"));
 }
 
 TEST_F(DescriptionUrl, OpensNoPipeOfThisComputer) {
@@ -150,17 +150,113 @@ const Damage kDamages[] = {
          archive.packedSize = static_cast<uint32_t>(archive.data.size());
          archive.size = 0x80000000;
      },
-     "the archive inflates to more than 67108864 bytes"},
+     "the archive inflates to more than 16777216 bytes"},
     {"AMebibyteTooMuchInside",
      [](Archive &archive) {
          archive.data = deflatedMebibytes(65, ' ');
          archive.packedSize = static_cast<uint32_t>(archive.data.size());
          archive.size = 65 << 20;
      },
-     "the archive inflates to more than 67108864 bytes"},
+     "the archive inflates to more than 16777216 bytes"},
 };
 
 INSTANTIATE_TEST_SUITE_P(With, DamagedArchive, testing::ValuesIn(kDamages),
+                         testing::PrintToStringParamName());
+
+// The built-in description with harm in the nodes that Width needs: a part of it, and what stands there
+// instead.
+struct HarmfulNodes {
+    const char *name;
+    std::string part;
+    std::string by;
+    const char *clause = ""; // of the refusal
+};
+
+void PrintTo(const HarmfulNodes &nodes, std::ostream *stream) {
+    *stream << nodes.name;
+}
+
+Bytes harmed(const HarmfulNodes &nodes) {
+    std::string text = builtInDescription();
+    const size_t place = text.find(nodes.part);
+    EXPECT_NE(text.npos, place) << nodes.part;
+    text.replace(place, nodes.part.size(), nodes.by);
+    return Archive(text).bytes();
+}
+
+constexpr const char *kPlaceOfWidth = "<Address>0x00010110</Address>\n    <Length>4</Length>";
+constexpr const char *kValueOfWidth = "<pValue>WidthReg</pValue>";
+constexpr const char *kLimitOfWidth =
+    "<pVariable Name=\"OTHER\">OffsetXReg</pVariable>\n    <Formula>WHOLE - OTHER</Formula>";
+
+std::string lengthOfWidth(const std::string &length) {
+    return "<Address>0x00010110</Address><Length>" + length + "</Length>";
+}
+
+class RefusedNodes : public Hostile, public testing::WithParamInterface<HarmfulNodes> {};
+
+TEST_P(RefusedNodes, AreNamed) {
+    camera.describe(harmed(GetParam()));
+
+    expectRefusal(HasSubstr(GetParam().clause));
+}
+
+// Width's value is `count` references away.
+std::string farAway(int count) {
+    std::string nodes = "<pValue>N1</pValue></Integer>";
+    for (int i = 1; i < count; ++i)
+        nodes += "<Integer Name=\"N" + std::to_string(i) + "\"><pValue>N" + std::to_string(i + 1) +
+                 "</pValue></Integer>";
+    return nodes + "<Integer Name=\"N" + std::to_string(count) + "\"><pValue>WidthReg</pValue>";
+}
+
+const HarmfulNodes kRefusedNodes[] = {
+    {"RegisterOfANegativeLength", kPlaceOfWidth, lengthOfWidth("-9223372036854775808"),
+     "'WidthReg' is a register of -9223372036854775808 bytes, expected 1 to 8"},
+    {"RegisterOfAllMemory", kPlaceOfWidth, lengthOfWidth("9223372036854775807"),
+     "'WidthReg' is a register of 9223372036854775807 bytes, expected 1 to 8"},
+    {"SixtyThousandInARow", kValueOfWidth, farAway(60'000),
+     "'Width' needs what is more than 100 references away"},
+    {"CircleThroughAnOffset", kPlaceOfWidth,
+     "<pIndex pOffset=\"Width\">OffsetXReg</pIndex>" + lengthOfWidth("4"),
+     "'WidthReg': its references lead back to itself (WidthReg > Width > WidthReg)"},
+};
+
+INSTANTIATE_TEST_SUITE_P(With, RefusedNodes, testing::ValuesIn(kRefusedNodes),
+                         testing::PrintToStringParamName());
+
+class HarmlessNodes : public Hostile, public testing::WithParamInterface<HarmfulNodes> {};
+
+TEST_P(HarmlessNodes, AreEvaluated) {
+    const std::vector<std::string> getWidth = {"get", "S1234", "Width"};
+    const std::string undisturbed = kxinfo(getWidth).out;
+    camera.describe(harmed(GetParam()));
+
+    const Ending ending = kxinfo(getWidth);
+
+    EXPECT_EQ(0, ending.status) << ending;
+    EXPECT_EQ(undisturbed, ending.out) << ending;
+}
+
+// What is subtracted from Width's maximum is OffsetX, 0, doubled so often.
+std::string doubled(int times) {
+    std::string nodes = "<pVariable Name=\"OTHER\">D1</pVariable><Formula>WHOLE - OTHER</Formula>";
+    for (int i = 1; i <= times; ++i) {
+        const std::string next = i == times ? "OffsetXReg" : "D" + std::to_string(i + 1);
+        nodes += "</IntSwissKnife><IntSwissKnife Name=\"D" + std::to_string(i) +
+                 "\"><pVariable Name=\"A\">" + next + "</pVariable><pVariable Name=\"B\">" + next +
+                 "</pVariable><Formula>A + B</Formula>";
+    }
+    return nodes;
+}
+
+const HarmfulNodes kHarmlessNodes[] = {
+    {"SmallestNumberDividedByMinusOne", "<Formula>WHOLE - OTHER</Formula>",
+     "<Formula>WHOLE - OTHER + (1 &lt;&lt; 63) % (0 - 1)</Formula>"},
+    {"FormulaDoubledFortyTimes", kLimitOfWidth, doubled(40)},
+};
+
+INSTANTIATE_TEST_SUITE_P(With, HarmlessNodes, testing::ValuesIn(kHarmlessNodes),
                          testing::PrintToStringParamName());
 
 class Description : public Hostile {};

@@ -108,6 +108,10 @@ bool Command::writes(uint32_t where) const {
     return (code == kWriteRegister || code == kWriteMemory) && address() == where;
 }
 
+bool Command::reads(uint32_t where) const {
+    return code == kReadMemory && address() <= where && where - address() < get16(payload, 6);
+}
+
 Bytes answerTo(const Command &command, uint16_t status, const Bytes &payload) {
     return big16(status) + big16(command.code + 1u) + big16(static_cast<uint32_t>(payload.size())) +
            big16(command.id) + payload;

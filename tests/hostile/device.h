@@ -52,6 +52,8 @@ struct Command {
     /** The first address that it names. */
     uint32_t address() const;
     bool writes(uint32_t address) const;
+    /** As memory, perhaps together with what lies beside it. */
+    bool reads(uint32_t address) const;
 };
 
 /** The packet that answers a command. */

@@ -1,26 +1,35 @@
 // What the library shows to the programs that load it.
 
 #include <cstdio>
+#include <cstring>
 #include <set>
+#include <string>
+#include <vector>
 
 #include <gmock/gmock.h>
 
 namespace {
 
+using testing::Contains;
 using testing::ElementsAre;
-using testing::IsEmpty;
+using testing::HasSubstr;
+using testing::Not;
+
+std::vector<std::string> linesOf(const char *command) {
+    std::vector<std::string> lines;
+    FILE *pipe = popen(command, "r");
+    char line[1024];
+    while (pipe && fgets(line, sizeof line, pipe))
+        lines.emplace_back(line, strcspn(line, "\n"));
+    EXPECT_EQ(0, pipe ? pclose(pipe) : -1);
+    return lines;
+}
 
 // Demangled names of what the library defines for others.
 std::set<std::string> exports() {
     std::set<std::string> names;
-    FILE *pipe = popen(KXINFO_NM " -D -C --defined-only " KXINFO_GEVAPI_FILE, "r");
-    char line[1024];
-    while (pipe && fgets(line, sizeof line, pipe)) {
-        const std::string text = line;
-        const size_t name = text.find(' ', text.find(' ') + 1) + 1; // after address and type
-        names.insert(text.substr(name, text.size() - name - 1));
-    }
-    EXPECT_EQ(0, pipe ? pclose(pipe) : -1);
+    for (const std::string &line : linesOf(KXINFO_NM " -D -C --defined-only " KXINFO_GEVAPI_FILE))
+        names.insert(line.substr(line.find(' ', line.find(' ') + 1) + 1)); // after address and type
     return names;
 }
 
@@ -52,6 +61,15 @@ TEST(Exports, IncludeTheTypesThatCrossTheLibrarysBorder) {
     }
     EXPECT_EQ(1u, names.count("GenApi_3_0::CNodeMapRef::_GetNode(GenICam_3_0::gcstring const&) "
                               "const"));
+}
+
+// What it needs, and what that needs in turn, comes into every host.
+TEST(Needed, AreSmallLibrariesAlone) {
+    const std::vector<std::string> libraries = linesOf("ldd " KXINFO_GEVAPI_FILE);
+    EXPECT_THAT(libraries, Contains(HasSubstr("libpugixml.so")));
+    EXPECT_THAT(libraries, Contains(HasSubstr("libz.so")));
+    for (const char *name : {"glib", "gobject", "gio", "aravis", "libxml2", "libcrypto"})
+        EXPECT_THAT(libraries, Not(Contains(HasSubstr(name))));
 }
 
 } // namespace

@@ -270,8 +270,8 @@ TEST_F(Session, RaisesARuntimeErrorWhenControlIsLost) {
     camera.dropControl();
 
     EXPECT_EQ(
-        "Cannot write 'Width' of the camera: control of it is lost: it has not heard from this "
-        "program in time",
+        "Cannot write the camera's register 0x1000 for 'Width': control of it is lost: it has not "
+        "heard from this program in time",
         raisedBy<GenICam_3_0::RuntimeException>([&] { width().SetValue(1); }));
 }
 
@@ -286,8 +286,7 @@ TEST_F(Session, StopsAccessingACameraWhoseHeartbeatFoundControlGone) {
         error = raisedBy<GenICam_3_0::RuntimeException>([&] { feature.GetValue(); });
 
     EXPECT_EQ(
-        "Cannot read 'Width' of the camera: control of it is lost: it has not heard from this "
-        "program in time",
+        "Cannot use the camera: control of it is lost: it has not heard from this program in time",
         error);
 }
 
@@ -295,7 +294,7 @@ TEST_F(Session, RaisesARuntimeErrorWhenAnotherProgramTookControl) {
     ASSERT_EQ(GEVLIB_OK, open());
     camera.controlByAnotherProgram();
 
-    EXPECT_EQ("Cannot write 'Width' of the camera: access denied (0x8006)",
+    EXPECT_EQ("Cannot write the camera's register 0x1000 for 'Width': access denied (0x8006)",
               raisedBy<GenICam_3_0::RuntimeException>([&] { width().SetValue(1); }));
 
     EXPECT_EQ(GEVLIB_OK, GevCloseCamera(&handle));

@@ -16,14 +16,14 @@ TEST_F(Silence, EndsTheFirstAccessSoonLaterOnesAndClosingAtOnce) {
     testing::internal::CaptureStderr();
 
     Stopwatch first;
-    EXPECT_EQ("Cannot read 'Width' of the camera: it does not answer",
+    EXPECT_EQ("Cannot read the camera's register 0x1000 for 'Width': it does not answer",
               raisedBy<TimeoutException>([&] { integer("Width").GetValue(); }));
     const auto firstTook = first.elapsed();
     EXPECT_THAT(firstTook, Lt(2s));
 
     Stopwatch later;
     for (int i = 0; i < 5; ++i)
-        EXPECT_EQ("Cannot write 'Height' of the camera: it stopped answering earlier",
+        EXPECT_EQ("Cannot use the camera: it stopped answering earlier",
                   raisedBy<TimeoutException>([&] { integer("Height").SetValue(1); }));
     EXPECT_THAT(later.elapsed(), Lt(100ms));
 

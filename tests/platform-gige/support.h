@@ -83,8 +83,8 @@ protected:
 
     /** Opened, and found to have its registers in memory as described. */
     void open(const std::string &nodes, GevAccessMode mode = GevControlMode, int schemaMinor = 1) {
-        openFresh(nodes + intReg("Telling", "0xffc"), mode, schemaMinor);
-        camera.setRegister(0xffc, 1);
+        openFresh(nodes + intReg("Telling", "0xf00"), mode, schemaMinor);
+        camera.setRegister(0xf00, 1);
         ASSERT_EQ(1, integer("Telling").GetValue());
         camera.clearAccesses();
     }

@@ -292,8 +292,8 @@ TEST_F(Auto, PutsBackAllThatItHadSwitchedWhenTheCameraRefuses) {
         {"auto", "S1234", "on", "--target", "0.25", "--gain", "0..6", "--exposure", "200..20000"});
 
     EXPECT_EQ((Result{3, "",
-                      "kxinfo: camera S1234 refuses: Cannot write 'exposureAutoMaxValue' "
-                      "of the camera: the register cannot be written (0x8004).\n"
+                      "kxinfo: camera S1234 refuses: Cannot write the camera's register 0x904 for "
+                      "'exposureAutoMaxValue': the register cannot be written (0x8004).\n"
                       "kxinfo: what had been set is put back: autoBrightnessTarget, "
                       "gainAutoMinValue, gainAutoMaxValue.\n"}),
               result);
@@ -306,8 +306,9 @@ TEST_F(Auto, SaysThatTheCameraFallsSilent) {
 
     EXPECT_EQ(3, result.status);
     EXPECT_EQ("", result.out);
-    EXPECT_THAT(result.err,
-                saysSilent("kxinfo: this could not be put back: GainSelector to DigitalAll .*\n"));
+    EXPECT_THAT(
+        result.err,
+        saysSilent("kxinfo: this could not be put back: .*GainSelector to DigitalAll .*\n"));
 }
 
 } // namespace

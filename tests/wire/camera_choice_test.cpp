@@ -133,12 +133,11 @@ TEST_F(CameraChoice, SaysThatACamerasDescriptionCannotBeUsed) {
     const std::string none = folder.file("model.xml", "<RegisterDescription/>");
     const Simcam camera({"--description", none, "--camera", "S1234@127.0.0.2"});
 
-    EXPECT_EQ(
-        (Result{1, "",
-                "kxinfo: camera S1234 cannot be opened: its description cannot be used (it is "
-                "no GenICam description). Try again, since a packet may have been lost; if it "
-                "stays so, the camera needs other firmware.\n"}),
-        chosenBy("S1234"));
+    EXPECT_EQ((Result{1, "",
+                      "kxinfo: camera S1234 cannot be opened: its description cannot be used "
+                      "(<RegisterDescription> has no ModelName). Try again, since a packet may "
+                      "have been lost; if it stays so, the camera needs other firmware.\n"}),
+              chosenBy("S1234"));
 }
 
 } // namespace

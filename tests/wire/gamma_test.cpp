@@ -93,8 +93,8 @@ TEST_F(Gamma, IsRefusedByTheCameraWhichStaysAsItWas) {
     const std::string before = camera.snapshot();
 
     EXPECT_EQ((Result{3, "",
-                      "kxinfo: camera S1234 refuses: Cannot write 'gammaCorrection' of the "
-                      "camera: the register cannot be written (0x8004).\n"}),
+                      "kxinfo: camera S1234 refuses: Cannot write the camera's register 0x904 for "
+                      "'gammaCorrection': the register cannot be written (0x8004).\n"}),
               kxinfo({"gamma", "S1234", "1"}));
     EXPECT_EQ(before, camera.snapshot());
 }

@@ -254,9 +254,10 @@ TEST_F(Lut, IsSwitchedOffForReadingOnlyWhereAnotherTableHasToBeSelected) {
     camera.write({{reg::kLutType, 0}, {reg::kLutSize, 2}});
     EXPECT_EQ(0, kxinfo({"save", "S1234", file}).status);
 
-    const Result refused{3, "",
-                         "kxinfo: camera S1234 refuses: Cannot write 'lutMode' of the "
-                         "camera: the register cannot be written (0x8004).\n"};
+    const Result refused{
+        3, "",
+        "kxinfo: camera S1234 refuses: Cannot write the camera's register 0x904 for 'lutMode': "
+        "the register cannot be written (0x8004).\n"};
     for (const Writes &state : {Writes{{reg::kLutSize, 1}}, Writes{{reg::kLutType, 1}}}) {
         camera.write(state);
         EXPECT_EQ(refused, kxinfo({"save", "S1234", file}));
@@ -398,8 +399,8 @@ TEST_F(Lut, GetsItsEntriesBackWhenTheCameraRefusesOneInWhateverState) {
 
         EXPECT_EQ(
             (Result{3, "",
-                    "kxinfo: camera S1234 refuses: Cannot read 'LUTValue' of the camera: "
-                    "it has no such register (0x8003).\n"
+                    "kxinfo: camera S1234 refuses: Cannot read the camera's register 0x28020 for "
+                    "'LUTValue': it has no such register (0x8003).\n"
                     "kxinfo: the entries written to the user's lookup table are put back.\n"}),
             kxinfo({"lut", "S1234", "load", file}));
         EXPECT_EQ(before, camera.snapshot());
@@ -411,9 +412,10 @@ TEST_F(Lut, StaysAsItWasWhenTheCameraRefusesToSwitchIt) {
     camera.write({{reg::kLutType, 1}});
     const std::string file = camera.folder().file("curve", valuesUpTo(16));
     const std::string before = camera.snapshot();
-    const Result refused{3, "",
-                         "kxinfo: camera S1234 refuses: Cannot write 'lutMode' of the "
-                         "camera: the register cannot be written (0x8004).\n"};
+    const Result refused{
+        3, "",
+        "kxinfo: camera S1234 refuses: Cannot write the camera's register 0x904 for 'lutMode': "
+        "the register cannot be written (0x8004).\n"};
 
     EXPECT_EQ(refused, kxinfo({"lut", "S1234", "off"}));
     EXPECT_EQ(refused, kxinfo({"lut", "S1234", "load", file}));

@@ -113,6 +113,16 @@ TEST_F(Set, PutsALimitThatIsOnNoStepOnTheStepBelowIt) {
     EXPECT_THAT(camera.changes(), ElementsAre("gainAutoMaxValue[SensorAll]: 4 -> 7.8"));
 }
 
+TEST_F(Set, WritesANumberBesideItsStepsAndTellsTheNearest) {
+    WatchedCamera camera;
+
+    EXPECT_EQ((Result{0, "Camera S1234 (C1936)\nexposureAutoMinValue: 100 us -> 100.25 us\n",
+                      "kxinfo: exposureAutoMinValue=100.25 is on no step: its step is 1; the "
+                      "nearest are 100 and 101.\n"}),
+              kxinfo({"set", "S1234", "exposureAutoMinValue=100.25"}));
+    EXPECT_THAT(camera.changes(), ElementsAre("exposureAutoMinValue: 100 -> 100.25"));
+}
+
 TEST_F(Set, SetsAGainWhoseRangeBeginsAtAFactorOfZero) {
     WatchedCamera camera({Replacement{"<Min>1.0</Min>", "<Min>0.0</Min>"}});
 
@@ -239,8 +249,8 @@ TEST_F(Set, TellsTheCamerasReasonAndPutsBackWhatItHadSet) {
     const std::string before = camera.snapshot();
 
     EXPECT_EQ((Result{3, "",
-                      "kxinfo: camera S1234 refuses: Cannot write 'ReverseY' of the "
-                      "camera: the register cannot be written (0x8004).\n"
+                      "kxinfo: camera S1234 refuses: Cannot write the camera's register 0x904 for "
+                      "'ReverseY': the register cannot be written (0x8004).\n"
                       "kxinfo: what had been set is put back: Gain.\n"}),
               kxinfo({"set", "S1234", "Gain=3", "ReverseY=false"}));
     EXPECT_EQ(before, camera.snapshot());

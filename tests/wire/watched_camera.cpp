@@ -1,5 +1,6 @@
 #include "watched_camera.h"
 
+#include <cctype>
 #include <chrono>
 
 #include "wire.h"
@@ -40,11 +41,22 @@ const std::vector<StartingState> &startingStates() {
 }
 
 std::string replaced(std::string text, const Replacement &replacement) {
-    size_t place = text.find(replacement.part);
-    if (place == text.npos)
-        ADD_FAILURE() << replacement.part << " is not there to be replaced";
-    for (; place != text.npos; place = text.find(replacement.part, place + replacement.by.size()))
-        text.replace(place, replacement.part.size(), replacement.by);
+    const auto &[part, by, isName] = replacement;
+    const auto isOfName = [&text](size_t place) {
+        return place < text.size() &&
+               (isalnum(static_cast<unsigned char>(text[place])) || text[place] == '_');
+    };
+    bool isThere = false;
+    for (size_t place = text.find(part); place != text.npos; place = text.find(part, place)) {
+        if (isName && (isOfName(place - 1) || isOfName(place + part.size()))) {
+            ++place;
+            continue;
+        }
+        isThere = true;
+        text.replace(place, part.size(), by);
+        place += by.size();
+    }
+    EXPECT_TRUE(isThere) << part << " is not there to be replaced";
     return text;
 }
 
@@ -78,7 +90,7 @@ Replacement lockedBy(const std::string &feature, const std::string &automation) 
 }
 
 Replacement without(const std::string &node) {
-    return {"Name=\"" + node + "\"", "Name=\"no" + node + "\""};
+    return {node, "no" + node, true};
 }
 
 std::vector<std::string> WatchedCamera::arguments(const TemporaryFolder &folder,
@@ -139,6 +151,6 @@ Result whenSilentHalfway(const std::vector<std::string> &command,
 testing::Matcher<std::string> saysSilent(const std::string &more) {
     return testing::MatchesRegex(
         "kxinfo: camera S1234 has stopped answering. Check its power and cable, and try again. "
-        ".Cannot [a-z ]+ '[A-Za-z]+' of the camera: it does not answer.\n" +
+        ".Cannot [a-z]+ the camera's register 0x[0-9a-f]+ for '[A-Za-z]+': it does not answer.\n" +
         more);
 }

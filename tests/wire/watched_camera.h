@@ -49,6 +49,7 @@ const std::vector<StartingState> &startingStates();
 struct Replacement {
     std::string part;
     std::string by;
+    bool isName = false; ///< it counts only where it is a whole name
 };
 
 /** A text with a part replaced in all its places; it fails the test when there is none. */
@@ -69,7 +70,7 @@ Replacement alwaysAvailable(const std::string &condition);
 /** Locks a feature while an automatic function is on "Continuous", as cameras do. */
 Replacement lockedBy(const std::string &feature, const std::string &automation);
 
-/** Takes a node out of the description: its users find that the camera lacks it. */
+/** Gives a node another name, wherever it stands: its users find that the camera lacks it. */
 Replacement without(const std::string &node);
 
 /** Camera S1234 at 127.0.0.2, of the built-in model but for what is replaced. */

@@ -77,17 +77,29 @@ public:
                       const char *exceptionType)
         : sourceFileName_(sourceFileName), sourceLine_(sourceLine), exceptionType_(exceptionType) {}
 
-    /** \param format printf format of the description; cut at 511 characters */
+    /** \param format printf format of the description; cut at 511 characters,
+     *  control characters in it become question marks */
     __attribute__((format(printf, 2, 3))) E Report(const char *format, ...) const {
         char description[512];
         va_list arguments;
         va_start(arguments, format);
         std::vsnprintf(description, sizeof description, format, arguments);
         va_end(arguments);
+        clean(description);
         return E(description, sourceFileName_, sourceLine_, exceptionType_);
     }
 
 private:
+    // Names that a camera chose must not write into a terminal or a log what they like.
+    static void clean(char *text) {
+        for (unsigned char before = 0; *text; before = static_cast<unsigned char>(*text++)) {
+            const auto c = static_cast<unsigned char>(*text);
+            const bool isC1 = c >= 0x80 && c < 0xa0 && (before < 0x80 || before == 0xc2);
+            if (c < ' ' || c == 0x7f || isC1)
+                *text = '?';
+        }
+    }
+
     const char *sourceFileName_;
     unsigned int sourceLine_;
     const char *exceptionType_;
