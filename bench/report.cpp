@@ -1,9 +1,12 @@
-// Puts what the benchmarks left into one table and one JSON file.
+// Puts what the benchmarks left into one table and one JSON file. What has a limit is shown with it,
+// and loudly when it is beyond.
 //
-//   bench-report OPERATIONS.json WIRE.json INSTRUCTIONS PLUGIN-INSTRUCTIONS ALLOCATIONS NETWORK.json OUT.json
+//   bench-report OPERATIONS.json WIRE.json INSTRUCTIONS PLUGIN-INSTRUCTIONS ALLOCATIONS NETWORK.json
+//                EVALUATORS.json OUT.json
 
 #include <cstdio>
 #include <fstream>
+#include <optional>
 #include <stdexcept>
 #include <string>
 
@@ -20,8 +23,20 @@ json load(const char *path) {
     return json::parse(file);
 }
 
-void row(const std::string &what, double value, const char *unit) {
-    std::printf("%-58s %14.*f %s\n", what.c_str(), value < 100 ? 2 : 0, value, unit);
+// What a probe took while Aravis evaluated the descriptions for the platform.
+constexpr double kInstructionsWithAravis = 36.0e6;
+
+int decimalsOf(double value) {
+    return value < 100 ? 2 : 0;
+}
+
+void row(const std::string &what, double value, const char *unit,
+         std::optional<double> limit = std::nullopt) {
+    std::printf("%-58s %14.*f %-3s", what.c_str(), decimalsOf(value), value, unit);
+    if (limit)
+        std::printf(" %s %.*f", value <= *limit ? "at most" : "TOO MUCH: at most",
+                    decimalsOf(*limit), *limit);
+    std::printf("\n");
 }
 
 void report(char **argv) {
@@ -53,28 +68,33 @@ void report(char **argv) {
     const json &probe = wire.at("probe");
     std::printf("\nOne probe of a virtual camera, without finding it (medians of %d)\n",
                 wire.at("runs").get<int>());
-    for (const char *kind : {"readreg", "writereg", "readmem", "writemem", "other", "commands"})
+    for (const char *kind : {"readreg", "writereg", "readmem", "writemem", "other"})
         row(std::string("  ") + kind, probe.at(kind), "");
+    row("  commands", probe.at("commands"), "", 60);
+    row("  instructions of the whole process", probe.at("instructions"), "",
+        0.4 * kInstructionsWithAravis);
     row("  from open to close", probe.at("open_to_close_ms"), "ms");
     row("  whole process", probe.at("process_ms"), "ms");
     row("  ... time on the processor", probe.at("processor_ms"), "ms");
-    const auto against = [&](const char *name, const char *title) {
+    using Limit = std::optional<double>;
+    const auto against = [&](const char *name, const char *title, Limit time, Limit processor) {
         json &tool = wire.at(name);
         for (const char *value : {"open_to_close_ms", "process_ms", "processor_ms", "commands"})
             tool["ratio"][value] = probe.at(value).get<double>() / tool.at(value).get<double>();
+        const json &ratio = tool.at("ratio");
         std::printf("%s\n", title);
         row("  from open to close", tool.at("open_to_close_ms"), "ms");
         row("  whole process", tool.at("process_ms"), "ms");
         row("  ... time on the processor", tool.at("processor_ms"), "ms");
         row("  commands", tool.at("commands"), "");
-        row("  ratio from open to close, ours to its", tool.at("ratio").at("open_to_close_ms"), "");
-        row("  ratio of whole processes, ours to its", tool.at("ratio").at("process_ms"), "");
-        row("  ratio of times on the processor, ours to its", tool.at("ratio").at("processor_ms"),
-            "");
-        row("  ratio of commands, ours to its", tool.at("ratio").at("commands"), "");
+        row("  ratio from open to close, ours to its", ratio.at("open_to_close_ms"), "", time);
+        row("  ratio of whole processes, ours to its", ratio.at("process_ms"), "");
+        row("  ratio of times on the processor, ours to its", ratio.at("processor_ms"), "",
+            processor);
+        row("  ratio of commands, ours to its", ratio.at("commands"), "");
     };
-    against("arv_tool_same", "arv-tool-0.8, the same writes, each feature read once");
-    against("arv_tool_least", "arv-tool-0.8, each mode switched only once");
+    against("arv_tool_same", "arv-tool-0.8, the same writes, each feature read once", 0.4, 0.5);
+    against("arv_tool_least", "arv-tool-0.8, each mode switched only once", {}, {});
     json &all = wire.at("probe_all");
     const double eight = all.at("all_of_8_ms");
     all["ratio_to_one"] = eight / all.at("all_of_1_ms").get<double>();
@@ -112,15 +132,33 @@ void report(char **argv) {
     row("  ... settings published", lossy.at("settings"), "");
     result["network"] = network;
 
-    std::ofstream(argv[7]) << result.dump(2) << '\n';
+    const json evaluators = load(argv[7]);
+    std::printf("\nA description of %d KB loaded and its Width read (medians of %d)\n",
+                evaluators.at("kb").get<int>(), evaluators.at("runs").get<int>());
+    for (const auto &[name, title] :
+         {std::pair{"own", ""}, {"checked", ", checked before"}, {"aravis", ", by Aravis"}}) {
+        const json &evaluator = evaluators.at(name);
+        row(std::string("  time") + title, evaluator.at("ms"), "ms");
+        row(std::string("  ... peak of memory") + title, evaluator.at("peak_kb"), "KB");
+        row(std::string("  ... heap in use afterwards") + title, evaluator.at("heap_kb"), "KB");
+    }
+    const json &ratio = evaluators.at("own").at("ratio");
+    row("  ratio of times, ours to its", ratio.at("ms"), "", 0.25);
+    row("  ... checked before", evaluators.at("checked").at("ratio").at("ms"), "");
+    row("  ratio of peaks of memory, ours to its", ratio.at("peak_kb"), "", 0.5);
+    row("  ratio of heaps, ours to its", ratio.at("heap_kb"), "");
+    result["evaluators"] = evaluators;
+
+    std::ofstream(argv[8]) << result.dump(2) << '\n';
 }
 
 } // namespace
 
 int main(int argc, char **argv) {
-    if (argc != 8) {
+    if (argc != 9) {
         std::fprintf(stderr, "usage: bench-report OPERATIONS.json WIRE.json INSTRUCTIONS "
-                             "PLUGIN-INSTRUCTIONS ALLOCATIONS NETWORK.json OUT.json\n");
+                             "PLUGIN-INSTRUCTIONS ALLOCATIONS NETWORK.json EVALUATORS.json "
+                             "OUT.json\n");
         return 2;
     }
     try {

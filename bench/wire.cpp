@@ -5,10 +5,12 @@
 // is what its process takes beyond one that only tells its version.
 //
 // Then 'kxinfo probe --all' of one and of eight cameras, and 'kxinfo probe' of one, a few times, each
-// as a user runs it: with the whole time for finding cameras.
+// as a user runs it: with the whole time for finding cameras. At last the instructions of one probe,
+// from the process's start to its end, its description known by then.
 //
 //   bench-wire RUNS KXINFO-SIMCAM BENCH-WIRE-PROBE KXINFO OUT.json
 
+#include <filesystem>
 #include <fstream>
 
 #include "child.h"
@@ -119,6 +121,23 @@ void ourProbe(const std::string &simcam, const std::string &probe, Series &serie
     });
 }
 
+/** Of the whole process; what callgrind saw is left at \p out. */
+double instructionsOfProbe(const std::string &simcam, const std::string &probe,
+                           const std::string &out) {
+    Series counted;
+    withFreshCamera(simcam, counted, [&] {
+        Child({"valgrind", "--quiet", "--tool=callgrind", "--callgrind-out-file=" + out, probe})
+            .finish();
+    });
+    std::ifstream file(out);
+    for (std::string line; std::getline(file, line);) {
+        double instructions = 0;
+        if (std::sscanf(line.c_str(), "totals: %lf", &instructions) == 1)
+            return instructions;
+    }
+    throw std::runtime_error("callgrind counted nothing in " + out);
+}
+
 double millisecondsOf(const Arguments &command) {
     Child child(command);
     child.finish();
@@ -173,8 +192,12 @@ int main(int argc, char **argv) {
                                           version.medians().at("process_ms").get<double>();
             return medians;
         };
+        json own = probe.medians();
+        own["instructions"] = instructionsOfProbe(
+            argv[2], argv[3],
+            std::filesystem::path(argv[5]).replace_filename("wire-probe.callgrind").string());
         const json result{{"runs", runs},
-                          {"probe", probe.medians()},
+                          {"probe", own},
                           {"probe_all", all.medians()},
                           {"arv_tool_same", withTime(same)},
                           {"arv_tool_least", withTime(least)}};
