@@ -93,7 +93,8 @@ struct Integers : Common<int64_t> {
 /** Bits are those of the number truncated to 64 bits. */
 struct Doubles : Common<double> {
     static int64_t whole(double value) {
-        if (!(value >= -0x1p63 && value < 0x1p63))
+        constexpr double kTwoTo63 = 9223372036854775808.0;
+        if (!(value >= -kTwoTo63 && value < kTwoTo63))
             throw Undefined{"bits of a number beyond 64 bits"};
         return static_cast<int64_t>(value);
     }

@@ -21,7 +21,8 @@ EAccessMode modeOf(std::string_view text) {
 
 std::optional<int64_t> nearestInteger(double value) {
     const double rounded = std::round(value);
-    if (!(rounded >= -0x1p63 && rounded < 0x1p63))
+    constexpr double kTwoTo63 = 9223372036854775808.0;
+    if (!(rounded >= -kTwoTo63 && rounded < kTwoTo63))
         return std::nullopt;
     return static_cast<int64_t>(rounded);
 }

@@ -167,13 +167,15 @@ private:
     void requireOnStep(T value) {
         if constexpr (kIsInteger<T>) {
             const int64_t inc = own(Limit::Inc);
-            if (inc == 0)
-                RAISE(LogicalError, "'%.60s' has an increment of 0", name());
-            // Unsigned: the distance of two signed numbers may need all 64 bits.
             const int64_t min = own(Limit::Min);
+            // Unsigned: the distance of two signed numbers may need all 64 bits.
             const uint64_t distance = static_cast<uint64_t>(value) - static_cast<uint64_t>(min);
-            const auto step = static_cast<uint64_t>(inc);
-            if (distance % (inc < 0 ? 0 - step : step) != 0)
+            uint64_t step = static_cast<uint64_t>(inc);
+            if (inc < 0)
+                step = 0 - step;
+            if (step == 0)
+                RAISE(LogicalError, "'%.60s' has an increment of 0", name());
+            else if (distance % step != 0)
                 RAISE(OutOfRange,
                       "'%.60s': %" PRId64 " is not a multiple of %" PRId64
                       " above the minimum %" PRId64,
