@@ -50,11 +50,11 @@ KX_DECLARE_GENICAM_EXCEPTION(BadAllocException);
 KX_DECLARE_GENICAM_EXCEPTION(InvalidArgumentException);
 /** A value is outside minimum to maximum, or off the increment. */
 KX_DECLARE_GENICAM_EXCEPTION(OutOfRangeException);
-/** The description lacks what the node needs, or it cannot be evaluated. */
+/** A number of the description is none. */
 KX_DECLARE_GENICAM_EXCEPTION(PropertyException);
-/** The camera answered with an error, or is gone. */
+/** The camera answered with an error, or is gone; the description is refused. */
 KX_DECLARE_GENICAM_EXCEPTION(RuntimeException);
-/** The caller's logic is wrong. */
+/** A formula is undefined, or what a description says contradicts itself. */
 KX_DECLARE_GENICAM_EXCEPTION(LogicalErrorException);
 /** The node's access mode does not allow it. */
 KX_DECLARE_GENICAM_EXCEPTION(AccessException);

@@ -5,16 +5,17 @@
  * `dynamic_cast<IInteger *>(node)` decides its kind. Every operation may raise an exception derived
  * from GenICam_3_0::GenericException (Base/GCException.h):
  *
- *  - reading a node whose access mode is NI, NA or WO, writing one that is NI, NA or RO:
- *    AccessException
- *  - writing with verification outside minimum to maximum, or off the increment:
- *    OutOfRangeException
- *  - writing text that names no entry of an enumeration, or that is no number:
- *    InvalidArgumentException
+ *  - reading a node whose access mode is NI, NA or WO, writing one that is NI, NA or RO, asking one
+ *    that is NI or NA for its range: AccessException
+ *  - writing with verification outside minimum to maximum, or an integer off its increment; not a
+ *    number: OutOfRangeException
+ *  - writing text that names no entry of an enumeration, or that is no number; the text of an
+ *    enumeration's value that no entry has: InvalidArgumentException
+ *  - a formula that is undefined at a value, a boolean that is neither on nor off, an increment of
+ *    0: LogicalErrorException
  *  - the camera does not answer in time: TimeoutException
- *  - the camera answers with an error status, or is gone: RuntimeException
- *  - the description lacks a property that the node needs, or it cannot be evaluated:
- *    PropertyException
+ *  - the camera answers with an error status, or is gone; a float beyond 64 bits read as an integer;
+ *    an access that costs more than it may: RuntimeException
  *
  * `Verify` asks for those checks of the value; `IgnoreCache = false` allows a cached register
  * value where the description lets the register be cached.
