@@ -27,6 +27,8 @@ struct Framework::State {
     // The table that the last list went to: it tells which of its records is opened.
     const GEV_CAMERA_INFO *table = nullptr;
     int tableSize = 0;
+    const GEV_CAMERA_INFO *opened = nullptr;
+    const GEV_CAMERA_HANDLE *handlePlace = nullptr;
 
     NodeMap nodeMap = NodeMap::Present;
     std::optional<Raising> nodeMapRaising;
@@ -47,6 +49,13 @@ void put(char (&field)[Size], const std::string &text) {
     if (text.size() >= Size)
         throw std::logic_error("a camera record has no room for " + text);
     std::copy(text.begin(), text.end(), field);
+}
+
+// The call, with a word about what is wrong with how it was made.
+void recordUnlessSound(Event made, bool sound, std::string_view wrong) {
+    if (!sound)
+        made.detail = std::string_view(std::string(made.detail.view()).append(", ").append(wrong));
+    record(made);
 }
 
 } // namespace
@@ -113,6 +122,10 @@ bool Framework::isOpen() const {
     return state_->open;
 }
 
+const GEV_CAMERA_INFO *Framework::opened() const {
+    return state_->opened;
+}
+
 Framework &framework() {
     static Framework one;
     return one;
@@ -129,9 +142,15 @@ void reset() {
 
 using scripted::framework;
 using scripted::record;
+using scripted::recordUnlessSound;
 
 GEV_STATUS GevGetCameraList(GEV_CAMERA_INFO *cameras, int maxCameras, int *numCameras) {
-    record(scripted::getCameraList(maxCameras));
+    const auto *bytes = reinterpret_cast<const char *>(cameras);
+    const auto size = sizeof *cameras * static_cast<std::size_t>(std::max(maxCameras, 0));
+    recordUnlessSound(scripted::getCameraList(maxCameras),
+                      *numCameras == 0 && std::count(bytes, bytes + size, '\0') ==
+                                              static_cast<std::ptrdiff_t>(size),
+                      "not cleared");
     auto &state = framework().state();
     state.table = cameras;
     state.tableSize = maxCameras;
@@ -149,7 +168,10 @@ GEV_STATUS GevOpenCamera(GEV_CAMERA_INFO *device, GevAccessMode mode, GEV_CAMERA
     int index = 0;
     while (index < state.tableSize && state.table + index != device)
         ++index;
-    record(scripted::openCamera(index < state.tableSize ? index : -1, mode));
+    recordUnlessSound(scripted::openCamera(index < state.tableSize ? index : -1, mode), !*handle,
+                      "handle not null");
+    state.opened = device;
+    state.handlePlace = handle;
 
     *handle = state.openGivesHandle ? framework().handle() : nullptr;
     state.open = state.openGivesHandle;
@@ -157,7 +179,8 @@ GEV_STATUS GevOpenCamera(GEV_CAMERA_INFO *device, GevAccessMode mode, GEV_CAMERA
 }
 
 GEV_STATUS GevCloseCamera(GEV_CAMERA_HANDLE *handle) {
-    record(scripted::closeCamera());
+    recordUnlessSound(scripted::closeCamera(), handle == framework().state().handlePlace,
+                      "another handle");
     if (!handle)
         return GEVLIB_ERROR_NULL_PTR;
     if (*handle != framework().handle())
@@ -167,8 +190,9 @@ GEV_STATUS GevCloseCamera(GEV_CAMERA_HANDLE *handle) {
     return framework().state().complaint;
 }
 
-void *GevGetFeatureNodeMap(GEV_CAMERA_HANDLE) {
-    record(scripted::getFeatureNodeMap());
+void *GevGetFeatureNodeMap(GEV_CAMERA_HANDLE handle) {
+    recordUnlessSound(scripted::getFeatureNodeMap(), handle == framework().handle(),
+                      "another handle");
     auto &state = framework().state();
     if (state.nodeMapRaising)
         (*state.nodeMapRaising)();
@@ -185,7 +209,7 @@ void *GevGetFeatureNodeMap(GEV_CAMERA_HANDLE) {
 
 GEV_STATUS GevGetFeatureValue(GEV_CAMERA_HANDLE handle, const char *feature, int *type, int size,
                               void *value) {
-    record(scripted::getFeatureValue(feature, size));
+    recordUnlessSound(scripted::getFeatureValue(feature, size), type, "no type");
     if (handle != framework().handle())
         return GEVLIB_ERROR_INVALID_HANDLE;
     auto &state = framework().state();

@@ -326,7 +326,13 @@ enum class NodeMap {
     None,       /**< null */
 };
 
-/** What the framework's calls do. At first there is no camera, and all else succeeds. */
+/**
+ * What the framework's calls do. At first there is no camera, and all else succeeds.
+ *
+ * A call that is made unlike the others says so in its event: a list into a table or a count that
+ * was not cleared, an opening into a handle that is not null, a node map for or a closing of
+ * another handle than the one that was opened into, a value without a place for its type.
+ */
 class SCRIPTED_API Framework {
 public:
     Framework();
@@ -355,6 +361,8 @@ public:
     GEV_CAMERA_HANDLE handle() const;
     /** A camera is open at present. */
     bool isOpen() const;
+    /** The record that was handed in to open a camera last. */
+    const GEV_CAMERA_INFO *opened() const;
 
     struct State;
     /** For the library itself. */

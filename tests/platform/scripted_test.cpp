@@ -95,11 +95,15 @@ TEST_F(ScriptedPlatform, TellsReadsOfTextAndOfValuesApartAsItDoesFlags) {
 
 TEST_F(ScriptedPlatform, PrintsEventsForAPerson) {
     std::ostringstream out;
-    out << write("GainSelector", "SensorAll") << "; " << read("Gain") << "; "
-        << openCamera(1, GevControlMode);
-    EXPECT_EQ(
-        "write text to GainSelector \"SensorAll\" verified; read Gain; call GevOpenCamera(1, 2)",
-        out.str());
+    for (const Event &each : {write("Gain", "1"), write("Gain", 1).unverified(), read("Gain"),
+                              readText("Gain").verified().uncached(), openCamera(1, GevControlMode),
+                              lookup("Gain"), lookupEntry("E", "a"), entryAccessMode("E", "a"),
+                              event(Op::Log, "7", "d|f 1"), event(Op::Log, "4", "d|f 1")})
+        out << each << ' ';
+    EXPECT_EQ("Gain:=1 Gain=1!unverified Gain? Gain??"
+              "!verified!uncached GevOpenCamera(1, 2) @Gain "
+              "@E.a @E.a? [d|f 1] [4d|f 1] ",
+              out.str());
 }
 
 TEST_F(ScriptedPlatform, RefusesAccessesThatTheAccessModeForbids) {
@@ -396,7 +400,7 @@ TEST_F(ScriptedPlatform, ListsAsManyCamerasAsThereIsRoomFor) {
 
 TEST_F(ScriptedPlatform, OpensAndClosesAsTold) {
     framework().sees({{"DALSA", "Nano", "S1"}, {"DALSA", "Nano", "S2"}});
-    GEV_CAMERA_INFO table[8];
+    GEV_CAMERA_INFO table[8] = {};
     int count = 0;
     GevGetCameraList(table, 8, &count);
     GEV_CAMERA_HANDLE handle = nullptr;
@@ -417,6 +421,29 @@ TEST_F(ScriptedPlatform, OpensAndClosesAsTold) {
 
     EXPECT_THAT(calls(), ElementsAre(getCameraList(8), openCamera(1, GevControlMode), closeCamera(),
                                      openCamera(0, GevControlMode), openCamera(0, GevControlMode)));
+}
+
+TEST_F(ScriptedPlatform, SaysWhatIsWrongWithACall) {
+    framework().sees({{"DALSA", "Nano", "S1"}});
+    GEV_CAMERA_INFO table[2] = {};
+    int count = 1;
+    GevGetCameraList(table, 2, &count);
+    count = 0;
+    GevGetCameraList(table, 2, &count); // it holds the camera by now
+    GEV_CAMERA_HANDLE handle = &count;
+    GevOpenCamera(table, GevControlMode, &handle);
+    EXPECT_EQ(table, framework().opened());
+    GEV_CAMERA_HANDLE copy = handle;
+    GevGetFeatureNodeMap(&count);
+    uint32_t value = 0;
+    GevGetFeatureValue(handle, "PixelFormat", nullptr, 4, &value);
+    GevCloseCamera(&copy);
+    std::vector<std::string> details;
+    for (const Event &each : calls())
+        details.emplace_back(each.detail.view());
+    EXPECT_THAT(details,
+                ElementsAre("2, not cleared", "2, not cleared", "0, 2, handle not null",
+                            ", another handle", "PixelFormat, 4, no type", ", another handle"));
 }
 
 TEST_F(ScriptedPlatform, ComplainsThoughItDoesItsWork) {

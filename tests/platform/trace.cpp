@@ -21,48 +21,38 @@ std::vector<Event> &events() {
     return all;
 }
 
-const char *nameOf(Op op) {
+// What stands behind a node's name.
+const char *signOf(Op op) {
     switch (op) {
-    case Op::Lookup:
-        return "lookup";
-    case Op::AccessMode:
-        return "access mode of";
-    case Op::GetValue:
-        return "read";
     case Op::SetValue:
-        return "write";
-    case Op::ToString:
-        return "read text of";
+        return "=";
     case Op::FromString:
-        return "write text to";
+        return ":=";
+    case Op::GetValue:
+        return "?";
+    case Op::ToString:
+        return "??";
     case Op::GetMin:
-        return "read minimum of";
+        return ".min";
     case Op::GetMax:
-        return "read maximum of";
-    case Op::HasInc:
-        return "ask for an increment of";
+        return ".max";
     case Op::GetInc:
-        return "read increment of";
+        return ".inc";
+    case Op::AccessMode:
+        return ".access";
+    case Op::HasInc:
+        return ".inc?";
     case Op::GetIntValue:
-        return "read entry number of";
+        return ".number?";
     case Op::SetIntValue:
-        return "write entry number to";
+        return ".number=";
     case Op::GetCurrentEntry:
-        return "read current entry of";
+        return ".entry?";
     case Op::GetSymbolics:
-        return "read entries of";
-    case Op::EntryLookup:
-        return "look up entry of";
-    case Op::EntryAccessMode:
-        return "access mode of entry of";
-    case Op::EntryRead:
-        return "read entry of";
-    case Op::Call:
-        return "call";
-    case Op::Log:
-        return "log";
+        return ".entries";
+    default:
+        return ".";
     }
-    return "?";
 }
 
 template <typename Number>
@@ -99,16 +89,24 @@ bool operator==(const Event &a, const Event &b) {
 }
 
 std::ostream &operator<<(std::ostream &out, const Event &event) {
-    out << nameOf(event.op) << ' ' << event.subject.view();
+    const std::string_view subject = event.subject.view();
+    const std::string_view detail = event.detail.view();
+    const bool writes = event.op == Op::SetValue || event.op == Op::FromString;
     if (event.op == Op::Call)
-        return out << '(' << event.detail.view() << ')';
-    if (!event.detail.view().empty())
-        out << " \"" << event.detail.view() << '"';
-    if (event.verify)
-        out << " verified";
-    if (event.ignoreCache)
-        out << " uncached";
-    return out;
+        return out << subject << '(' << detail << ')';
+    if (event.op == Op::Log) // whose priority is that of its level
+        return out << '[' << (detail[0] == "???ew?id"[subject[0] - '0'] ? "" : subject) << detail
+                   << ']';
+    if (event.op == Op::Lookup)
+        return out << '@' << subject;
+    if (event.op == Op::EntryLookup || event.op == Op::EntryAccessMode)
+        out << '@';
+    out << subject << signOf(event.op) << detail;
+    if (event.op == Op::EntryAccessMode)
+        out << '?';
+    if (event.verify != writes)
+        out << (writes ? "!unverified" : "!verified");
+    return out << (event.ignoreCache ? "!uncached" : "");
 }
 
 Event getCameraList(int maxCameras) {

@@ -170,20 +170,20 @@ public:
     Model(const Tree &tree, NodeMap nodeMap) : tree_(tree), nodeMap_(nodeMap) {}
 
     std::vector<Event> trace;
-    std::vector<Line> log;
     bool cameraChanged = false;
+    std::size_t accesses = 0; // of nodes
+    std::size_t raiseAt = 0;  // the access of that number raises Other; at 0 none does
 
     int ExPropertyGetInt(PropertyType type, int *value) {
         const int row = rowOf(type);
         if (noNodeMap())
-            return warnedOf("ExPropertyGetInt", row, row);
+            return warnedOf("ExPropertyGetInt", row);
         return withTarget(row, [&] {
             Feature *node = find(nameOf(row), Kind::Integer);
             if (!node)
                 return -2;
             const double read = number(*node);
-            if (value)
-                *value = low32(std::round(read));
+            deliver(value, low32(std::round(read)));
             return 0;
         });
     }
@@ -191,14 +191,13 @@ public:
     int ExPropertySetInt(PropertyType type, int value) {
         const int row = rowOf(type);
         if (noNodeMap())
-            return warnedOf("ExPropertySetInt", row, row);
+            return warnedOf("ExPropertySetInt", row);
         return withTarget(row, [&] {
             Feature *node = find(nameOf(row), Kind::Integer);
             if (!node)
                 return -2;
             setNumber(*node, value, write(node->name, value));
-            debug("ExPropertySetInt",
-                  text("### set property %d (%s) to %d ###\n", row, cName(row), value));
+            debug(text("ExPropertySetInt %d %d", row, value));
             return 0;
         });
     }
@@ -206,18 +205,17 @@ public:
     int ExPropertyGetIntRange(PropertyType type, int *min, int *max, int *inc) {
         const int row = rowOf(type);
         Row &kept = rows_[row];
-        const auto deliver = [&](int code) {
-            for (const auto &[to, from] :
-                 {std::pair(min, kept.intMin), {max, kept.intMax}, {inc, kept.incrementBits}})
-                if (to)
-                    *to = from;
+        const auto delivered = [&](int code) {
+            deliver(min, kept.intMin);
+            deliver(max, kept.intMax);
+            deliver(inc, kept.incrementBits);
             return code;
         };
         if (kept.intKnown)
-            return deliver(0);
+            return delivered(0);
         if (noNodeMap())
-            return warnedOf("ExPropertyGetIntRange", type, row);
-        return deliver(withTarget(row, [&] {
+            return warnedOf("ExPropertyGetIntRange", type);
+        return delivered(withTarget(row, [&] {
             Feature *node = find(nameOf(row), Kind::Integer);
             if (!node)
                 return -2;
@@ -226,9 +224,8 @@ public:
             kept.intMax = low32(std::round(highest));
             kept.incrementBits = node->kind == Kind::Integer ? low32(step) : 1;
             kept.intKnown = true;
-            debug("ExPropertyGetIntRange",
-                  text("### get property %d (%s) range: min=%d max=%d inc=%d ###\n", row,
-                       cName(row), kept.intMin, kept.intMax, kept.incrementBits));
+            debug(text("ExPropertyGetIntRange %d %d %d %d", row, kept.intMin, kept.intMax,
+                       kept.incrementBits));
             return 0;
         }));
     }
@@ -236,14 +233,13 @@ public:
     int ExPropertyGetFloat(PropertyType type, float *value) {
         const int row = rowOf(type);
         if (noNodeMap())
-            return warnedOf("ExPropertyGetFloat", row, row);
+            return warnedOf("ExPropertyGetFloat", row);
         return prepared(row, true, [&] {
             Feature *node = find(nameOf(row), Kind::Float);
             if (!node)
                 return -2;
             const auto read = static_cast<float>(number(*node));
-            if (value)
-                *value = inDecibels(row) ? 20.0f * std::log10(read) : read;
+            deliver(value, inDecibels(row) ? 20.0f * std::log10(read) : read);
             return 0;
         });
     }
@@ -251,7 +247,7 @@ public:
     int ExPropertySetFloat(PropertyType type, float value) {
         const int row = rowOf(type);
         if (noNodeMap())
-            return warnedOf("ExPropertySetFloat", row, row);
+            return warnedOf("ExPropertySetFloat", row);
         // The rows with a selector are those converted here.
         const Preparation &preparation = preparationOf(row);
         if (preparation.selector)
@@ -262,8 +258,7 @@ public:
         const double written =
             static_cast<double>(preparation.selector ? std::pow(10.0f, value / 20.0f) : value);
         setNumber(*node, written, write(node->name, written));
-        debug("ExPropertySetFloat", text("### set property %d (%s) to %f ###\n", row, cName(row),
-                                         static_cast<double>(value)));
+        debug(text("ExPropertySetFloat %d %f", row, static_cast<double>(value)));
         return 0;
     }
 
@@ -273,7 +268,7 @@ public:
         if (kept.floatKnown)
             return kept.deliverFloats(min, max, inc);
         if (noNodeMap())
-            return warnedOf("ExPropertyGetFloatRange", type, row);
+            return warnedOf("ExPropertyGetFloatRange", type);
         return prepared(row, false, [&] {
             Feature *node = find(nameOf(row), Kind::Float);
             if (!node)
@@ -286,10 +281,9 @@ public:
             else
                 kept.keep(static_cast<float>(lowest), static_cast<float>(highest),
                           static_cast<float>(step));
-            debug("ExPropertyGetFloatRange",
-                  text("### get property %d (%s) range: min=%f max=%f inc=%f ###\n", row,
-                       cName(row), static_cast<double>(kept.floatMin),
-                       static_cast<double>(kept.floatMax), static_cast<double>(kept.floatInc())));
+            debug(text("ExPropertyGetFloatRange %d %f %f %f", row,
+                       static_cast<double>(kept.floatMin), static_cast<double>(kept.floatMax),
+                       static_cast<double>(kept.floatInc())));
             return kept.deliverFloats(min, max, inc);
         });
     }
@@ -297,33 +291,29 @@ public:
     int ExPropertySetEna(PropertyType type, bool enable) {
         const int row = rowOf(type);
         if (noNodeMap())
-            return warnedOf("ExPropertySetEna", row, row);
+            return warnedOf("ExPropertySetEna", row);
         Feature *node = find(nameOf(row), Kind::Boolean);
         if (!node)
             return -2;
-        trace.push_back(write(node->name, enable));
+        touch(write(node->name, enable));
         requireWritable(*node);
-        debug("ExPropertySetEna",
-              text("### set property %d (%s) to %d ###\n", row, cName(row), enable ? 1 : 0));
+        debug(text("ExPropertySetEna %d %d", row, enable ? 1 : 0));
         return 0;
     }
 
     int ExPropertySetEnumFromStr(const char *feature, const char *entry) {
         if (noNodeMap())
-            return warned("ExPropertySetEnumFromStr",
-                          "can't get dev params to change LutGamma mode", -1);
+            return warned("ExPropertySetEnumFromStr", -1);
         if (!set(feature, entry))
             return -2;
-        debug("ExPropertySetEnumFromStr",
-              text("### set enum param \"%s\" to \"%s\"\n", feature, entry));
+        debug(text("ExPropertySetEnumFromStr \"%s\" \"%s\"", feature, entry));
         return 0;
     }
 
     int ExPropertySetEnaAutoPush(PropertyType type, bool enable) {
         const int row = rowOf(type);
         if (noNodeMap())
-            return warned("ExPropertySetEnaAutoPush", "Can't get dev params to enable Auto mode",
-                          -1);
+            return warned("ExPropertySetEnaAutoPush", -1);
         Feature *mode = find("autoBrightnessMode", Kind::Enumeration);
         const std::string_view kept = mode ? shown(*mode) : "Active";
         if (kept != "Active") {
@@ -334,8 +324,7 @@ public:
         const char *entry = enable ? "Continuous" : "Off";
         const bool done = set(nameOf(row), entry);
         if (done)
-            debug("ExPropertySetEnaAutoPush",
-                  text("### set property %d (%s) to \"%s\" ###\n", row, cName(row), entry));
+            debug(text("ExPropertySetEnaAutoPush %d \"%s\"", row, entry));
         if (kept != "Active")
             choose(*mode, kept);
         return done ? 0 : -2;
@@ -345,25 +334,23 @@ public:
 
     int ExSetAutoExpoEna(bool enable) {
         if (noNodeMap())
-            return warned("ExSetAutoExpoEna", "can't get dev params to trigger Auto mode", -1);
+            return warned("ExSetAutoExpoEna", -1);
         const char *mode = enable ? "Active" : "Off";
         if (!set("autoBrightnessMode", mode))
             return -2;
-        debug("ExSetAutoExpoEna", text("### set property autoBrightnessMode to %s ###\n", mode));
+        debug("ExSetAutoExpoEna");
         if (!enable)
             return 0;
         if (!set("autoBrightnessSequence", "Exposure_Gain_Iris"))
             return -3;
-        debug("ExSetAutoExpoEna", "### set property autoBrightnessSequence to ExpoGainIris ###\n");
+        debug("ExSetAutoExpoEna");
         return 0;
     }
 
     int ExSetAutoExpoVal(float target) {
         if (target < 0.0f || target > 1.0f) {
-            say(features.warning("ExSetAutoExpoVal",
-                                 text("the value %f is out of bounds [0.000000;1.000000]",
-                                      static_cast<double>(target))));
-            return -5;
+            return warned(
+                text("ExSetAutoExpoVal %f 0.000000 1.000000", static_cast<double>(target)), -5);
         }
         return ExPropertySetInt(AUTO_BRIGHTNESS_TARGET_PROPERTY_TYPE,
                                 truncated(std::round(target * 255.0f)));
@@ -371,20 +358,20 @@ public:
 
     int ExPropertySetAutoRangeGain(float minDb, float maxDb) {
         const auto factor = [](float db) { return truncated(std::pow(10.0f, db / 20.0f)); };
-        return setLimits("ExPropertySetAutoRangeGain", "Gain", "GAIN",
+        return setLimits("ExPropertySetAutoRangeGain",
                          {AUTO_GAIN_MIN_PROPERTY_TYPE, minDb, factor(minDb)},
                          {AUTO_GAIN_MAX_PROPERTY_TYPE, maxDb, factor(maxDb)});
     }
 
     int ExPropertySetAutoRangeExpo(float minVal, float maxVal) {
-        return setLimits("ExPropertySetAutoRangeExpo", "Shutter", "SHUTTER",
+        return setLimits("ExPropertySetAutoRangeExpo",
                          {AUTO_EXPOSURE_MIN_PROPERTY_TYPE, minVal, truncated(minVal)},
                          {AUTO_EXPOSURE_MAX_PROPERTY_TYPE, maxVal, truncated(maxVal)});
     }
 
     td_lg_states ExPropertyGetLUTMode() {
         if (noNodeMap()) {
-            warned("ExPropertyGetLUTMode", "can't get dev params to get LutGamma mode", 0);
+            warned("ExPropertyGetLUTMode", 0);
             return TD_LG_UNKNOWN;
         }
         Feature *lutMode = find("lutMode", Kind::Enumeration);
@@ -393,8 +380,7 @@ public:
             return TD_LG_UNKNOWN;
         const std::string mode(shown(*lutMode));
         const std::string type(shown(*lutType));
-        debug("ExPropertyGetLUTMode",
-              text("### get Lut mode \"%s\"; Lut type \"%s\" ###\n", mode.c_str(), type.c_str()));
+        debug(text("ExPropertyGetLUTMode \"%s\" \"%s\"", mode.c_str(), type.c_str()));
         static const std::map<std::pair<std::string, std::string>, td_lg_states> states = {
             {{"Active", "UserDefined"}, TD_LG_USER_LUT},
             {{"Active", "GammaCorrection"}, TD_LG_GAMMA},
@@ -405,8 +391,7 @@ public:
 
     int ExPropertySetLUTMode(td_lg_states state) {
         if (noNodeMap())
-            return warned("ExPropertySetLUTMode", "can't get dev params to change LutGamma mode",
-                          -1);
+            return warned("ExPropertySetLUTMode", -1);
         Feature *lutMode = find("lutMode", Kind::Enumeration);
         Feature *lutType = find("lutType", Kind::Enumeration);
         if (!lutMode || !lutType)
@@ -420,8 +405,7 @@ public:
         if (state == TD_LG_USER_LUT)
             set("lutSize", "Bpp12");
         choose(*lutMode, mode);
-        debug("ExPropertySetLUTMode",
-              text("### set Lut mode to \"%s\"; Lut type to \"%s\" ###\n", mode, type));
+        debug(text("ExPropertySetLUTMode \"%s\" \"%s\"", mode, type));
         return 0;
     }
 
@@ -436,37 +420,35 @@ public:
             Feature *node = find("gammaCorrection", Kind::Float);
             if (!node)
                 return -2;
-            debug("ExPropertyGetGammaRange", "Gamma correction range: node is obtained\n");
+            debug("ExPropertyGetGammaRange");
             const auto [lowest, highest, step] = limits(*node);
             kept.keep(static_cast<float>(lowest), static_cast<float>(highest),
                       static_cast<float>(step));
-            debug("ExPropertyGetGammaRange",
-                  text("### Gamma range: min=%f max=%f ###\n", static_cast<double>(kept.floatMin),
+            debug(text("ExPropertyGetGammaRange %f %f", static_cast<double>(kept.floatMin),
                        static_cast<double>(kept.floatMax)));
             return kept.deliverFloats(min, max, inc);
         };
         if (state == TD_LG_GAMMA)
             return read();
         return whileShowing(
-            "lutType", "GammaCorrection", [] {},
-            [&] { debug("ExPropertyGetGammaRange", "### Gamma feature is disabled ###\n"); }, read);
+            "lutType", "GammaCorrection", [] {}, [&] { debug("ExPropertyGetGammaRange"); }, read);
     }
 
     int ExPropertyGetGamma(float *gamma) {
         const td_lg_states state = ExPropertyGetLUTMode();
         if (state != TD_LG_UNKNOWN && state != TD_LG_GAMMA) {
-            debug("ExPropertyGetGamma", text("### Gamma feature is disabled (%d) ###\n", state));
-            *gamma = -1.0f;
+            debug(text("ExPropertyGetGamma %d", state));
+            deliver(gamma, -1.0f);
             return 0;
         }
         if (state == TD_LG_GAMMA && ExPropertyGetGammaRange(nullptr, nullptr, nullptr) != 0)
-            warned("ExPropertyGetGamma", "Can't get Gamma range", 0);
+            warned("ExPropertyGetGamma", 0);
         Feature *node = noNodeMap() ? nullptr : find("gammaCorrection", Kind::Float);
         if (!node)
-            return warned("ExPropertyGetGamma", "Can't get Gamma enum parameter", -2);
-        *gamma = static_cast<float>(number(*node));
-        debug("ExPropertyGetGamma",
-              text("### get Gamma value: %f ###\n", static_cast<double>(*gamma)));
+            return warned("ExPropertyGetGamma", -2);
+        const auto read = static_cast<float>(number(*node));
+        debug(text("ExPropertyGetGamma %f", static_cast<double>(read)));
+        deliver(gamma, read);
         return 0;
     }
 
@@ -479,24 +461,21 @@ public:
             float min = 0;
             float max = 0;
             if (ExPropertyGetGammaRange(&min, &max, nullptr) != 0)
-                return warned("ExPropertySetGamma", "Can't get Gamma range", -5);
+                return warned("ExPropertySetGamma", -5);
             const double lower = static_cast<double>(min) - 0.06;
             const double upper = static_cast<double>(max) + 0.06;
             if (asked < lower || asked > upper)
-                return warned(
-                    "ExPropertySetGamma",
-                    text("Asked Gamma value %f is out of bounds [%f..%f]", asked, lower, upper),
-                    -6);
+                return warned(text("ExPropertySetGamma %f %f %f", asked, lower, upper), -6);
         } else {
-            debug("ExPropertySetGamma", "### Gamma feature is disabled ###\n");
+            debug("ExPropertySetGamma");
             if (ExPropertySetLUTMode(TD_LG_GAMMA) != 0)
-                return warned("ExPropertySetGamma", "Can't enable Gamma feature", -4);
+                return warned("ExPropertySetGamma", -4);
         }
         Feature *node = find("gammaCorrection", Kind::Float);
         if (!node)
-            return warned("ExPropertySetGamma", "Can't get Gamma enum parameter", -2);
+            return warned("ExPropertySetGamma", -2);
         setNumber(*node, asked, write(node->name, asked));
-        debug("ExPropertySetGamma", text("### set Gamma value: %f ###\n", asked));
+        debug(text("ExPropertySetGamma %f", asked));
         return 0;
     }
 
@@ -504,16 +483,16 @@ public:
         if (channelCount <= 1)
             return 0;
         if (noNodeMap())
-            return warned("ExPropertySetLUTChannel", "can't get dev params to set LUT value", -1);
+            return warned("ExPropertySetLUTChannel", -1);
         const char *const colours[] = {"Red", "Green", "Blue"};
         if (!set("LUTSelector", colours[channel == 0 ? 0 : channel == 1 ? 1 : 2]))
-            return warned("ExPropertySetLUTChannel", "can't get LUTSelector parameter", -2);
+            return warned("ExPropertySetLUTChannel", -2);
         return 0;
     }
 
     int ExPropertySetLUTValue(int index, int value) {
         if (noNodeMap())
-            return warned("ExPropertySetLUTValue", "can't get dev params to set LUT value", -1);
+            return warned("ExPropertySetLUTValue", -1);
         Feature *lutIndex = find("LUTIndex", Kind::Integer);
         Feature *lutValue = find("LUTValue", Kind::Integer);
         if (!lutIndex || !lutValue)
@@ -524,6 +503,12 @@ public:
     }
 
 private:
+    template <typename T>
+    static void deliver(T *to, T value) {
+        if (to)
+            *to = value;
+    }
+
     // Rows: names, ranges once read, and what reading and ranging a float needs.
 
     struct Row {
@@ -544,10 +529,9 @@ private:
             floatKnown = true;
         }
         int deliverFloats(float *min, float *max, float *inc) const {
-            for (const auto &[to, from] :
-                 {std::pair(min, floatMin), {max, floatMax}, {inc, floatInc()}})
-                if (to)
-                    *to = from;
+            deliver(min, floatMin);
+            deliver(max, floatMax);
+            deliver(inc, floatInc());
             return 0;
         }
     };
@@ -583,7 +567,6 @@ private:
         return remainder < 0 ? 22 : remainder;
     }
     static std::string_view nameOf(int row) { return kRowNames[row]; }
-    static const char *cName(int row) { return kRowNames[row].data(); }
 
     // Does the work while an enumeration, if there is one of that name, shows an entry. What the
     // work raises leaves the entry as it is.
@@ -617,26 +600,23 @@ private:
         if (!preparation.automation)
             return work();
 
-        const auto announce = [&, really = announced && preparation.source](const char *what) {
+        const auto announce = [&, really = announced && preparation.source] {
             if (really)
-                debug("ExPropertyGetFloat", what);
+                debug("ExPropertyGetFloat");
         };
-        return whileShowing(
-            "autoBrightnessMode", "Active", [&] { announce("temporary enabling auto mode...\n"); },
-            [&] { announce("done\n"); },
-            [&] {
-                Feature *automation = find(preparation.automation, Kind::Enumeration);
-                if (automation && shown(*automation) != "Continuous")
-                    choose(*automation, "Continuous");
-                Feature *source =
-                    preparation.source ? find(preparation.source, Kind::Enumeration) : nullptr;
-                if (source) {
-                    announce("temporary enabling SensorAll mode for autogain ...\n");
-                    choose(*source, "SensorAll");
-                    announce("done\n");
-                }
-                return work();
-            });
+        return whileShowing("autoBrightnessMode", "Active", announce, announce, [&] {
+            Feature *automation = find(preparation.automation, Kind::Enumeration);
+            if (automation && shown(*automation) != "Continuous")
+                choose(*automation, "Continuous");
+            Feature *source =
+                preparation.source ? find(preparation.source, Kind::Enumeration) : nullptr;
+            if (source) {
+                announce();
+                choose(*source, "SensorAll");
+                announce();
+            }
+            return work();
+        });
     }
 
     struct Limit {
@@ -645,34 +625,26 @@ private:
         int written;
     };
 
-    int setLimits(const char *operation, const char *title, const char *name, const Limit &min,
-                  const Limit &max) {
+    int setLimits(const char *operation, const Limit &min, const Limit &max) {
         struct Side {
-            const char *title, *name;
             const Limit &limit;
             bool crossed;
             int noRange, outOfRange, notSet;
         };
-        const Side sides[] = {{"Min", "MIN", min, min.asked > max.asked, -4, -5, -8},
-                              {"Max", "MAX", max, false, -6, -7, -9}};
+        const Side sides[] = {{min, min.asked > max.asked, -4, -5, -8}, {max, false, -6, -7, -9}};
         for (const Side &side : sides) {
             float lower = 0;
             float upper = 0;
             if (ExPropertyGetFloatRange(side.limit.type, &lower, &upper, nullptr) != 0)
-                return warned(operation,
-                              text("Can't get %s %s values range for auto mode", title, side.title),
-                              side.noRange);
+                return warned(operation, side.noRange);
             if (side.crossed || side.limit.asked < lower || side.limit.asked > upper)
-                return warned(operation,
-                              text("AUTO_%s_RANGE %s is out of bounds: %f is out of %f..%f", name,
-                                   side.title, static_cast<double>(side.limit.asked),
+                return warned(text("%s %f %f %f", operation, static_cast<double>(side.limit.asked),
                                    static_cast<double>(lower), static_cast<double>(upper)),
                               side.outOfRange);
         }
         for (const Side &side : sides)
             if (ExPropertySetInt(side.limit.type, side.limit.written) != 0)
-                return warned(operation, text("Can't set AUTO_%s_%s", name, side.name),
-                              side.notSet);
+                return warned(operation, side.notSet);
         return 0;
     }
 
@@ -688,26 +660,22 @@ private:
 
     // Messages.
 
-    void say(const Line &line) {
-        log.push_back(line);
-        trace.push_back(
-            scripted::event(Op::Log, std::to_string(line.system.priority), line.system.text));
-    }
-    void debug(const char *operation, const std::string &what) {
-        say(features.debug(operation, what));
-    }
-    int warned(const char *operation, const std::string &what, int code) {
-        say(features.warning(operation, what + "\n"));
+    void debug(const std::string &key) { trace.push_back(host::debug(key)); }
+    int warned(const std::string &key, int code) {
+        trace.push_back(host::warning(key));
         return code;
     }
-    int warnedOf(const char *operation, int numberShown, int row) {
-        return warned(
-            operation,
-            text("can't get property info %u (%s)", static_cast<unsigned>(numberShown), cName(row)),
-            -1);
+    int warnedOf(const char *operation, int number) {
+        return warned(text("%s %u", operation, static_cast<unsigned>(number)), -1);
     }
 
     // Nodes.
+
+    void touch(const Event &event) {
+        trace.push_back(event);
+        if (++accesses == raiseAt)
+            throw Raised::Other;
+    }
 
     bool noNodeMap() const { return nodeMap_ == NodeMap::None; }
 
@@ -721,7 +689,7 @@ private:
     Feature *find(std::string_view name, Kind kind) {
         if (nodeMap_ == NodeMap::WithoutMap)
             throw Raised::Access;
-        trace.push_back(lookup(name));
+        touch(lookup(name));
         Feature *node = named(name);
         if (!node)
             return nullptr;
@@ -750,12 +718,12 @@ private:
     }
 
     std::string_view shown(const Feature &node) {
-        trace.push_back(readText(node.name));
+        touch(readText(node.name));
         requireReadable(node);
         return node.shown;
     }
     void choose(Feature &node, std::string_view entry) {
-        trace.push_back(write(node.name, entry));
+        touch(write(node.name, entry));
         requireWritable(node);
         if (std::find(node.entries->begin(), node.entries->end(), entry) == node.entries->end())
             throw Raised::InvalidArgument;
@@ -770,13 +738,13 @@ private:
     }
 
     double number(const Feature &node) {
-        trace.push_back(read(node.name));
+        touch(read(node.name));
         requireReadable(node);
         const auto found = numbers_.find(node.name);
         return found == numbers_.end() ? node.min : found->second;
     }
     void setNumber(const Feature &node, double value, const Event &event) {
-        trace.push_back(event);
+        touch(event);
         requireWritable(node);
         const bool onStep =
             node.kind != Kind::Integer || std::remainder(value - node.min, node.inc) == 0;
@@ -786,7 +754,7 @@ private:
     }
     std::array<double, 3> limits(const Feature &node) {
         for (const Event &each : {readMin(node.name), readMax(node.name), readInc(node.name)}) {
-            trace.push_back(each);
+            touch(each);
             if (mode(node) == NI || mode(node) == NA)
                 throw Raised::Access;
         }

@@ -1,22 +1,25 @@
 #include "host.h"
 
 #include <algorithm>
+#include <cctype>
 #include <cstdarg>
 #include <cstdio>
 #include <cstring>
 #include <ostream>
+#include <sstream>
 #include <stdexcept>
 #include <sys/mman.h>
 #include <syslog.h>
 #include <unistd.h>
 
+#include "kxinfo-dalsa/kx_log.h"
 #include "kxinfo-dalsa/kx_proc.h"
 
 namespace {
 
 struct {
     std::vector<host::Publication> published;
-    int32_t outLineNumber = -1;
+    const void *outLine = nullptr;
     std::vector<host::Opening> openings;
     std::vector<host::SystemLine> system;
     int outFile = -1; // standard output while it is caught
@@ -91,7 +94,7 @@ void addSystemLine(int priority, const char *format, va_list arguments) {
     std::fflush(stdout);
     const off_t outBefore = state.outFile < 0 ? 0 : lseek(state.outFile, 0, SEEK_CUR);
     state.system.push_back({priority, text, static_cast<std::size_t>(outBefore)});
-    scripted::record(scripted::event(scripted::Op::Log, std::to_string(priority), text));
+    scripted::record(host::logged(priority, host::keyOf(text)));
 }
 
 // Standard output goes into a file in memory while the object lives.
@@ -153,8 +156,7 @@ KX_API void KxSc__SetParamVal(KxScParamId id, uint32_t index, const void *cur, c
                                             : copiedText;
     state.published.push_back({id, copy(cur), copy(min), copy(max), copy(inc), index});
     if (type == Type::Text)
-        std::memcpy(&state.outLineNumber, static_cast<const char *>(cur) + 128,
-                    sizeof state.outLineNumber);
+        state.outLine = cur;
 }
 
 KX_API void KxSc__ProcExport() {
@@ -163,8 +165,8 @@ KX_API void KxSc__ProcExport() {
 
 KX_API void openlog(const char *ident, int option, int facility) {
     const Uncounted here;
-    state.openings.push_back({ident, option, facility});
-    scripted::record(scripted::event(scripted::Op::Log, "openlog"));
+    state.openings.push_back(
+        {ident, option, facility, gKxLogMode, gKxLogLevel, scripted::trace().size()});
 }
 
 KX_API void syslog(int priority, const char *format, ...) {
@@ -249,27 +251,11 @@ std::ostream &operator<<(std::ostream &out, const Publication &publication) {
 const std::vector<Publication> &published() {
     return state.published;
 }
-int32_t outLineNumber() {
-    return state.outLineNumber;
+const void *outLine() {
+    return state.outLine;
 }
 const std::vector<Opening> &openings() {
     return state.openings;
-}
-
-bool operator==(const Logged &a, const Logged &b) {
-    return a.out == b.out && a.system.size() == b.system.size() &&
-           std::equal(a.system.begin(), a.system.end(), b.system.begin(),
-                      [](const SystemLine &x, const SystemLine &y) {
-                          return x.priority == y.priority && x.text == y.text;
-                      });
-}
-
-std::ostream &operator<<(std::ostream &out, const Logged &logged) {
-    out << "\nstandard output:\n" << logged.out << "system log:\n";
-    for (const SystemLine &line : logged.system)
-        out << '<' << line.priority << "> " << line.text
-            << (line.text.empty() || line.text.back() != '\n' ? "(no line end)\n" : "");
-    return out;
 }
 
 Logged caught(const std::function<void()> &function) {
@@ -282,32 +268,67 @@ Logged caught(const std::function<void()> &function) {
     return logged;
 }
 
-Line Module::error(const std::string &place, const std::string &text) const {
-    return {std::string("[") + tag + ":e]: " + text, {LOG_ERR, "[e|" + place + "] " + text}};
-}
-Line Module::warning(const std::string &operation, const std::string &text) const {
-    return {std::string("[") + tag + ":w]: " + text,
-            {LOG_WARNING, "[w|" + operation + "] " + text}};
-}
-Line Module::debug(const std::string &operation, const std::string &text) const {
-    return {std::string("[") + tag + ":d]: " + text, {LOG_DEBUG, "[d|" + operation + "] " + text}};
-}
-Line info(const std::string &text) {
-    return {text, {LOG_INFO, text}};
+std::string keyOf(std::string_view message) {
+    std::string key = "i";
+    if (message.substr(0, 1) == "[" && message.substr(2, 1) == "|") {
+        const std::size_t end = std::min(message.find(']'), message.size());
+        key = message.substr(1, end - 1);
+        message.remove_prefix(end);
+    }
+    const auto is = [&](std::size_t at, int (*kind)(int)) {
+        return at < message.size() && kind(static_cast<unsigned char>(message[at]));
+    };
+    for (std::size_t at = 0, end = 0; at < message.size(); at = end) {
+        end = at + 1;
+        bool tells = false;
+        if (message[at] == '"') {
+            end = std::min(message.find('"', end), message.size() - 1) + 1;
+            tells = true;
+        } else if (is(at, isalnum)) {
+            while (is(end, isalnum) ||
+                   (is(end, ispunct) && message[end] == '.' && is(end + 1, isdigit)))
+                ++end;
+            const std::string_view word = message.substr(at, end - at);
+            tells =
+                std::any_of(word.begin(), word.end(), isdigit) || word == "inf" || word == "nan";
+            at -= tells && at > 1 && message[at - 1] == '-' && !is(at - 2, isalnum);
+        }
+        if (tells)
+            key.append(" ").append(message.substr(at, end - at));
+    }
+    return key;
 }
 
-Logged lines(const std::vector<Line> &all) {
-    Logged logged;
-    for (const Line &line : all) {
-        logged.out += line.out;
-        logged.system.push_back(line.system);
+scripted::Event logged(int priority, std::string_view key) {
+    return scripted::event(scripted::Op::Log, std::to_string(priority), key);
+}
+
+namespace {
+
+std::string toldAll(bool withLookups) {
+    std::string all;
+    for (const scripted::Event &event : scripted::trace()) {
+        std::ostringstream one;
+        one << event;
+        if (withLookups || one.str()[0] != '@')
+            all += (all.empty() ? "" : " ") + one.str();
     }
-    return logged;
+    scripted::forget();
+    return all;
+}
+
+} // namespace
+
+std::string happened() {
+    return toldAll(false);
+}
+std::string everything() {
+    return toldAll(true);
 }
 
 void reset() {
     state.published.clear();
-    state.outLineNumber = -1;
+    state.outLine = nullptr;
     state.openings.clear();
     state.system.clear();
 }

@@ -6,10 +6,11 @@
 #define KXINFO_TESTS_HOST_H
 
 #include <functional>
-#include <initializer_list>
 #include <iosfwd>
 #include <optional>
 #include <string>
+#include <string_view>
+#include <syslog.h>
 #include <variant>
 #include <vector>
 
@@ -45,14 +46,17 @@ std::ostream &operator<<(std::ostream &out, const Publication &publication);
 /** All that was published, in order. */
 const std::vector<Publication> &published();
 
-/** The number that stood behind the 128 characters of the output line's name. */
-int32_t outLineNumber();
+/** Where the current value of the output line stood. */
+const void *outLine();
 
 /** One call of openlog(). */
 struct Opening {
     std::string ident;
     int option;
     int facility;
+    int32_t logMode; /**< as it was by then, and so the level */
+    int32_t logLevel;
+    std::size_t eventsBefore; /**< how much had happened by then */
 };
 const std::vector<Opening> &openings();
 
@@ -68,33 +72,35 @@ struct Logged {
     std::string out;
     std::vector<SystemLine> system;
 };
-/** Equal in all but when standard output received its bytes. */
-bool operator==(const Logged &a, const Logged &b);
-std::ostream &operator<<(std::ostream &out, const Logged &logged);
-
 /** Runs the function with standard output and the system log caught. */
 Logged caught(const std::function<void()> &function);
 
-/** One message as it appears in both sinks. */
-struct Line {
-    std::string out;
-    SystemLine system;
-};
+/**
+ * What tells a message from others whatever its words: level and operation or place of its prefix,
+ * then the numbers, the words with a digit and the quoted texts in it. Of
+ * "[d|ExPropertySetInt] ### set property 2 (Width) to 640 ###\n" that is "d|ExPropertySetInt 2 640".
+ * The words themselves are held to the transcripts, and nowhere else.
+ */
+std::string keyOf(std::string_view message);
 
-/** The messages of one source file. Texts hold their line end. */
-struct Module {
-    const char *tag;
-    Line error(const std::string &place, const std::string &text) const;
-    Line warning(const std::string &operation, const std::string &text) const;
-    Line debug(const std::string &operation, const std::string &text) const;
-};
-constexpr Module frame{"CIPROC"};
-constexpr Module features{"KX_TD_EXCAM"};
-constexpr Module scenario{"KX_TD_PROC"};
-Line info(const std::string &text);
+/** A line in the system log, as an event: the trace holds keys. */
+scripted::Event logged(int priority, std::string_view key);
+inline scripted::Event debug(std::string_view key) {
+    return logged(LOG_DEBUG, "d|" + std::string(key));
+}
+inline scripted::Event warning(std::string_view key) {
+    return logged(LOG_WARNING, "w|" + std::string(key));
+}
 
-/** These messages and no others. */
-Logged lines(const std::vector<Line> &all);
+/**
+ * All that happened since it was last asked for, in one line, and forgets it: `Gain?` a value read,
+ * `lutMode??` a text read, `Gain=2` a value written, `lutMode:=Off` a text written, `Gain.min`,
+ * `Gain.max` and `Gain.inc` read, `[d|ProcOnce 7]` a line of the system log by its key, `f(2)` a
+ * function called. An access with flags unlike the plug-in's usual ones, or a line with a priority
+ * unlike its level's, says so. everything() has the lookups of nodes (`@Gain`) and entries too.
+ */
+std::string happened();
+std::string everything();
 
 /** Forgets everything. */
 void reset();

@@ -3,7 +3,7 @@
 #define KXINFO_TESTS_PLUG_IN_H
 
 #include <cmath>
-#include <cstdlib>
+#include <cstring>
 #include <limits>
 #include <memory>
 #include <string>
@@ -26,25 +26,21 @@ using GenApi_3_0::RO;
 using GenApi_3_0::RW;
 using GenApi_3_0::WO;
 using namespace KxTd;
-using host::features;
-using host::frame;
-using host::info;
+using host::debug;
+using host::everything;
+using host::happened;
 using host::initStaticKeys;
-using host::Line;
-using host::lines;
 using host::Logged;
 using host::procExport;
 using host::Publication;
 using host::published;
-using host::scenario;
 using host::setParamVal;
-using scripted::accessMode;
+using host::warning;
 using scripted::apiUninitialize;
 using scripted::call;
 using scripted::calls;
 using scripted::closeCamera;
 using scripted::closeSocketApi;
-using scripted::entryAccessMode;
 using scripted::Event;
 using scripted::Fault;
 using scripted::forget;
@@ -52,7 +48,6 @@ using scripted::getCameraList;
 using scripted::getFeatureNodeMap;
 using scripted::getFeatureValue;
 using scripted::lookup;
-using scripted::lookupEntry;
 using scripted::NodeMap;
 using scripted::Op;
 using scripted::openCamera;
@@ -71,42 +66,21 @@ constexpr int kStandardOutput = KX_LOG_MODE_STDOUT;
 constexpr int kSystemLog = KX_LOG_MODE_SYSLOG;
 constexpr int kBothSinks = KX_LOG_MODE_STDOUT | KX_LOG_MODE_SYSLOG;
 
-/** Nothing was written to either sink. */
-inline const Logged silence;
-
-/** A freshly loaded framework and host; nothing is logged. */
+/** A freshly loaded framework and host; what is logged goes to the trace, through the system log. */
 class PlugIn : public testing::Test {
 protected:
     PlugIn() {
         scripted::reset();
         host::reset();
-        rest();
+        gKxLogLevel = KX_LOG_LEVEL_DEBUG;
+        gKxLogMode = kSystemLog;
     }
 
     // The plug-in uses a node as it is: what it may not do, the node says by raising.
     void TearDown() override { EXPECT_EQ(0u, camera.accessModeQueries()); }
 
-    /** What a call logs with that level and those sinks. */
-    static Logged logOf(const std::function<void()> &call, int level = KX_LOG_LEVEL_DEBUG,
-                        int mode = kBothSinks) {
-        gKxLogLevel = level;
-        gKxLogMode = mode;
-        Logged logged = host::caught(call);
-        rest();
-        return logged;
-    }
-
     scripted::Camera &camera = scripted::camera();
     scripted::Framework &framework = scripted::framework();
-
-private:
-    // A log is silent by its level, or at every level for want of a sink: the tests hold either
-    // way. KXINFO_TEST_LEVEL chooses the level; 0 when it is not set.
-    static void rest() {
-        const char *level = std::getenv("KXINFO_TEST_LEVEL");
-        gKxLogLevel = level ? std::atoi(level) : 0;
-        gKxLogMode = 0;
-    }
 };
 
 /** The host calls Vendor__Proc(). */
@@ -122,6 +96,17 @@ protected:
 /** An opened camera, wrapped. */
 class OpenedCamera : public PlugIn {
 protected:
+    OpenedCamera() {
+        const auto fill = [](auto &field, const char *text) {
+            (void)std::snprintf(field, sizeof field, "%s", text);
+        };
+        fill(info_.manufacturer, "Teledyne DALSA");
+        fill(info_.model, "Nano-M2020");
+        fill(info_.version, "1.02");
+        fill(info_.serial, "S1234");
+        info_.mode = 2;
+    }
+
     /** The camera object, made at its first use; what happened until then is forgotten. */
     CExCam &cam() {
         if (!cam_) {
@@ -133,7 +118,10 @@ protected:
     }
 
     /** Another object on the same camera. */
-    void wrapAnew() { cam_.reset(); }
+    CExCam &wrappedAnew() {
+        cam_.reset();
+        return cam();
+    }
 
     GEV_CAMERA_INFO info_{};
 
@@ -163,6 +151,21 @@ inline Publication floats(KxScParamId id, float cur, float min, float max, float
     return {id, cur, min, max, inc};
 }
 ///@}
+
+/** What happened, with the lines of that operation as `[* …]`. */
+inline std::string happenedTo(const std::string &operation, std::string all = happened()) {
+    const std::string prefix = "[d|" + operation;
+    for (std::size_t at = 0; (at = all.find(prefix, at)) != all.npos;)
+        all.replace(at, prefix.size(), "[*");
+    return all;
+}
+
+/** The C library's own answer to the comparison of a camera's serial with the configured one, of
+ * which only the sign is standard. */
+inline std::string comparison(const char *serial, const char *configured) {
+    int (*volatile compare)(const char *, const char *, size_t) = std::strncmp;
+    return std::to_string(compare(serial, configured, std::strlen(configured)));
+}
 
 /** 20 log10 of a linear value. */
 inline float decibels(float linear) {
