@@ -11,134 +11,107 @@
 namespace {
 
 using GenApi_3_0::IInteger;
+using std::string;
 using testing::ElementsAre;
-using testing::IsEmpty;
 
-// A register of 4 bytes, its place said by Address or by others.
-std::string kept(const std::string &name, uint64_t address, const std::string &cachable = "",
-                 const std::string &more = "") {
-    return element("IntReg", name, place(address, 4, "RW", cachable) + more + kUnsignedBig);
+// Registers of 4 bytes, of which nothing is said of whether they are kept.
+const string kA = "IntReg A @0:: unsigned big ";
+const string kRow = kA + "IntReg B @4:: unsigned big IntReg C @8:: unsigned big ";
+const string kTrigger = "IntReg Trigger @4:: unsigned big ";
+
+void noAnswer(char, uint64_t) {
+    KXGENAPI_RAISE(TimeoutException, "%s", "no answer");
 }
 
-std::string invalidator(const std::string &name) {
-    return "<pInvalidator>" + name + "</pInvalidator>";
+// What the camera is asked for when nodes are read, and written where a value is given.
+string accessesFor(Camera &camera, const string &steps) {
+    std::istringstream words(steps);
+    for (string step; words >> step;)
+        if (const size_t at = step.find('='); at == string::npos)
+            camera.text(step);
+        else
+            EXPECT_EQ("", camera.type(step.substr(0, at), step.substr(at + 1))) << step;
+    return camera.memory.accesses();
+}
+string accessesFor(const string &elements, const string &steps) {
+    Camera camera(elements);
+    return accessesFor(camera, steps);
 }
 
 TEST(Cache, KeepsWhatWasReadAndWrittenUnlessSaidOtherwise) {
     for (const char *cachable : {"", "WriteThrough"}) {
-        Camera camera(kept("R", 0, cachable));
+        Camera camera(with("IntReg R @0::$ unsigned big", cachable));
         camera.memory.put32(0, 5);
         IInteger &r = camera.integer("R");
 
         EXPECT_EQ(5, r.GetValue());
         EXPECT_EQ(5, r.GetValue());
         EXPECT_EQ("5", camera.text("R"));
-        EXPECT_THAT(camera.memory.accesses(), ElementsAre(reading(0))) << cachable;
+        EXPECT_EQ("r0", camera.memory.accesses()) << cachable;
         r.SetValue(6);
         EXPECT_EQ(6, r.GetValue());
-        EXPECT_THAT(camera.memory.accesses(), ElementsAre(writing(0))) << cachable;
+        EXPECT_EQ("w0", camera.memory.accesses()) << cachable;
     }
 }
 
 TEST(Cache, KeepsUntilWrittenWhereWritesGoAroundIt) {
-    Camera camera(kept("R", 0, "WriteAround"));
-    IInteger &r = camera.integer("R");
+    Camera camera("IntReg R @0::WriteAround unsigned big");
 
-    r.GetValue();
-    r.GetValue();
-    EXPECT_THAT(camera.memory.accesses(), ElementsAre(reading(0)));
-    r.SetValue(6);
+    EXPECT_EQ("r0 w0", accessesFor(camera, "R R R=6"));
     camera.memory.put32(0, 7); // what the camera made of it
-    EXPECT_EQ(7, r.GetValue());
-    EXPECT_EQ(7, r.GetValue());
-    EXPECT_THAT(camera.memory.accesses(), ElementsAre(writing(0), reading(0)));
+    EXPECT_THAT(camera.gets("R R"), ElementsAre(7, 7));
+    EXPECT_EQ("r0", camera.memory.accesses());
 }
 
 TEST(Cache, KeepsNothingWhereThereIsToBeNone) {
-    Camera camera(kept("R", 0, "NoCache"));
-
-    camera.integer("R").GetValue();
-    camera.integer("R").SetValue(6);
-    camera.integer("R").GetValue();
-    camera.integer("R").GetValue();
-
-    EXPECT_THAT(camera.memory.accesses(),
-                ElementsAre(reading(0), writing(0), reading(0), reading(0)));
+    EXPECT_EQ("r0 w0 r0 r0", accessesFor("IntReg R @0::NoCache unsigned big", "R R=6 R R"));
 }
 
 TEST(Cache, KeepsTextsAndBytesToo) {
-    Camera camera(element("StringReg", "S", place(0, 8, "RW", "")) +
-                  element("Register", "R", place(8, 8, "RW", "")) +
-                  element("FloatReg", "F", place(16, 4, "RW", "") + kBig));
-    for (int i = 0; i < 2; ++i)
-        for (const char *name : {"S", "R", "F"})
-            camera.text(name);
-    EXPECT_THAT(camera.memory.accesses(), ElementsAre(reading(0, 8), reading(8, 8), reading(16)));
+    EXPECT_EQ(
+        "r0+8 r8+8 r16",
+        accessesFor("StringReg S @0+8:: Register R @8+8:: FloatReg F @16:: big", "S R F S R F"));
 }
 
 TEST(Cache, ReadsOnceForAllNodesAtAPlace) {
-    Camera camera(element("MaskedIntReg", "Low",
-                          place(0, 4, "RW", "") + "<LSB>31</LSB><MSB>16</MSB>" + kUnsignedBig) +
-                  element("MaskedIntReg", "High",
-                          place(0, 4, "RW", "") + "<LSB>15</LSB><MSB>0</MSB>" + kUnsignedBig));
+    Camera camera("MaskedIntReg Low @0:: LSB=31 MSB=16 unsigned big "
+                  "MaskedIntReg High @0:: LSB=15 MSB=0 unsigned big");
     camera.memory.put32(0, 0x00010002);
 
-    EXPECT_EQ(2, camera.integer("Low").GetValue());
-    EXPECT_EQ(1, camera.integer("High").GetValue());
-    EXPECT_THAT(camera.memory.accesses(), ElementsAre(reading(0)));
+    EXPECT_THAT(camera.gets("Low High"), ElementsAre(2, 1));
+    EXPECT_EQ("r0", camera.memory.accesses());
 }
 
-// GenICam's own GenApi leaves the others with what they have read before.
-TEST(Cache, ShowsAWriteToAllNodesAtThePlace) {
-    Camera camera(kept("A", 0) + kept("B", 0));
-    camera.integer("A").GetValue();
-    camera.integer("B").GetValue();
+// GenICam's own GenApi leaves the others, also those that overlap, with what they have read before.
+TEST(Cache, ShowsAWriteToAllNodesAtThePlaceAndAsksAgainWhereItOverlaps) {
+    Camera camera(kA + "IntReg B @0:: unsigned big IntReg Overlap @2:: unsigned big "
+                       "IntReg Beside @8:: unsigned big");
+    camera.gets("A B Overlap Beside");
     camera.memory.accesses();
 
-    camera.integer("A").SetValue(9);
-
-    EXPECT_EQ(9, camera.integer("B").GetValue());
-    EXPECT_THAT(camera.memory.accesses(), ElementsAre(writing(0)));
-}
-
-// GenICam's own GenApi leaves overlapping nodes with what they have read before, too.
-TEST(Cache, AsksAgainWhereAWriteOverlaps) {
-    Camera camera(kept("A", 0) + element("IntReg", "B", place(2, 4, "RW", "") + kUnsignedBig) +
-                  kept("Beside", 8));
-    for (const char *name : {"A", "B", "Beside"})
-        camera.integer(name).GetValue();
-    camera.memory.accesses();
-
-    camera.integer("A").SetValue(0x0000ABCD);
-
-    EXPECT_EQ(0xABCD0000, camera.integer("B").GetValue());
-    EXPECT_EQ(0, camera.integer("Beside").GetValue());
-    EXPECT_THAT(camera.memory.accesses(), ElementsAre(writing(0), reading(2)));
+    EXPECT_EQ("", camera.set("A", 0x0000ABCD));
+    EXPECT_EQ(0xABCD, camera.get("B"));
+    EXPECT_EQ("w0", camera.memory.accesses());
+    EXPECT_THAT(camera.gets("Overlap Beside"), ElementsAre(0xABCD0000, 0));
+    EXPECT_EQ("r2", camera.memory.accesses());
 }
 
 TEST(Cache, IsIgnoredOnRequestAndAsksOnceMoreAfterwards) {
-    Camera camera(kept("R", 0));
-    IInteger &r = camera.integer("R");
-    r.GetValue();
+    Camera camera(kA);
+    camera.get("A");
     camera.memory.put32(0, 5);
     camera.memory.accesses();
 
-    EXPECT_EQ(5, r.GetValue(false, true));
+    EXPECT_EQ(5, camera.integer("A").GetValue(false, true));
     camera.memory.put32(0, 6);
-    EXPECT_EQ(6, r.GetValue()); // what was read past the cache is not kept
-    EXPECT_EQ(6, r.GetValue());
-    EXPECT_THAT(camera.memory.accesses(), ElementsAre(reading(0), reading(0)));
+    EXPECT_THAT(camera.gets("A A"), ElementsAre(6, 6)); // what was read past the cache is not kept
+    EXPECT_EQ("r0 r0", camera.memory.accesses());
 }
 
 TEST(Cache, IsIgnoredThroughFormulasAndFeatures) {
-    Camera camera(kept("R", 0) +
-                  element("IntSwissKnife", "K",
-                          R"(<pVariable Name="V">R</pVariable><Formula>V+1</Formula>)") +
-                  element("Float", "F", "<pValue>K</pValue>") +
-                  element("Boolean", "B", "<pValue>R</pValue>") +
-                  R"(<Enumeration Name="E"><EnumEntry Name="X"><Value>0</Value></EnumEntry>
-                     <pValue>R</pValue></Enumeration>)");
-    camera.integer("R").GetValue();
+    Camera camera(kA + "IntSwissKnife K pVariable.V=A Formula=V+1 Float F pValue=K "
+                       "Boolean B pValue=A Enumeration E EnumEntry.X=0 pValue=A");
+    camera.get("A");
     camera.memory.accesses();
 
     EXPECT_EQ(1, camera.floating("F").GetValue(false, true));
@@ -146,183 +119,110 @@ TEST(Cache, IsIgnoredThroughFormulasAndFeatures) {
     EXPECT_FALSE(camera.boolean("B").GetValue(false, true));
     EXPECT_EQ(0, camera.enumeration("E").GetIntValue(false, true));
     EXPECT_NE(nullptr, camera.enumeration("E").GetCurrentEntry(false, true));
-    EXPECT_THAT(camera.memory.accesses(),
-                ElementsAre(reading(0), reading(0), reading(0), reading(0), reading(0)));
+    EXPECT_EQ("r0 r0 r0 r0 r0", camera.memory.accesses());
 }
 
 TEST(Cache, IsNotBypassedByVerifying) {
-    Camera camera(kept("R", 0));
-    camera.integer("R").GetValue();
+    Camera camera(kA);
+    camera.get("A");
     camera.memory.accesses();
 
-    camera.integer("R").GetValue(true);
-    EXPECT_THAT(camera.memory.accesses(), IsEmpty());
+    camera.integer("A").GetValue(true);
+    EXPECT_EQ("", camera.memory.accesses());
 }
 
 TEST(Cache, IsDroppedByAWriteOfAnInvalidator) {
-    Camera camera(kept("R", 0, "", invalidator("Trigger")) + kept("Trigger", 4));
-    camera.integer("R").GetValue();
-    camera.integer("Trigger").GetValue();
-    camera.integer("R").GetValue();
-    EXPECT_THAT(camera.memory.accesses(), ElementsAre(reading(0), reading(4)));
-
-    camera.integer("Trigger").SetValue(1);
+    Camera camera("IntReg R @0:: pInvalidator=Trigger unsigned big " + kTrigger);
+    EXPECT_EQ("r0 r4 w4", accessesFor(camera, "R Trigger R Trigger=1"));
     camera.memory.put32(0, 8);
-    EXPECT_EQ(8, camera.integer("R").GetValue());
-    EXPECT_EQ(8, camera.integer("R").GetValue());
-    EXPECT_THAT(camera.memory.accesses(), ElementsAre(writing(4), reading(0)));
+    EXPECT_THAT(camera.gets("R R"), ElementsAre(8, 8));
+    EXPECT_EQ("r0", camera.memory.accesses());
 }
 
 TEST(Cache, IsDroppedByAWriteOfAConstantOrCommandThatInvalidates) {
-    Camera camera(
-        kept("R", 0, "", invalidator("Constant") + invalidator("Go")) + constant("Constant", 1) +
-        intReg("Target", 4) +
-        element("Command", "Go", "<pValue>Target</pValue><CommandValue>1</CommandValue>"));
-    camera.integer("R").GetValue();
-    camera.memory.accesses();
-
-    camera.integer("Constant").SetValue(2);
-    camera.integer("R").GetValue();
-    camera.value("Go").FromString("1");
-    camera.integer("R").GetValue();
-    EXPECT_THAT(camera.memory.accesses(), ElementsAre(reading(0), writing(4), reading(0)));
+    EXPECT_EQ("r0 r0 w4 r0",
+              accessesFor("IntReg R @0:: pInvalidator=Constant pInvalidator=Go unsigned big "
+                          "Integer Constant Value=1 IntReg Target @4 unsigned big "
+                          "Command Go pValue=Target CommandValue=1",
+                          "R Constant=2 R Go=1 R"));
 }
 
 TEST(Cache, IsDroppedByAWriteOfWhatAnInvalidatorReads) {
-    Camera camera(kept("R", 0, "", invalidator("Feature")) +
-                  element("Integer", "Feature", "<pValue>Below</pValue>") +
-                  element("IntConverter", "Below",
-                          "<FormulaTo>FROM</FormulaTo><FormulaFrom>TO</FormulaFrom>"
-                          "<pValue>Trigger</pValue><Slope>Increasing</Slope>") +
-                  kept("Trigger", 4));
-    camera.integer("R").GetValue();
-    camera.memory.accesses();
-
-    camera.integer("Trigger").SetValue(1); // the register itself
-    camera.integer("R").GetValue();
-    camera.integer("Feature").SetValue(2); // or what leads to it
-    camera.integer("R").GetValue();
-    EXPECT_THAT(camera.memory.accesses(),
-                ElementsAre(writing(4), reading(0), writing(4), reading(0)));
+    // The register itself, or what leads to it.
+    EXPECT_EQ("r0 w4 r0 w4 r0",
+              accessesFor("IntReg R @0:: pInvalidator=Feature unsigned big "
+                          "Integer Feature pValue=Below IntConverter Below FormulaTo=FROM "
+                          "FormulaFrom=TO pValue=Trigger Slope=Increasing " +
+                              kTrigger,
+                          "R Trigger=1 R Feature=2 R"));
 }
 
 TEST(Cache, OfARegisterIsNotDroppedByInvalidatorsOfAFeature) {
-    Camera camera(kept("R", 0) + constant("Trigger", 1) +
-                  element("Integer", "Feature", invalidator("Trigger") + "<pValue>R</pValue>") +
-                  element("IntSwissKnife", "K",
-                          invalidator("Trigger") +
-                              R"(<pVariable Name="V">R</pVariable><Formula>V</Formula>)"));
-    camera.integer("Feature").GetValue();
-    camera.integer("K").GetValue();
-    camera.integer("Trigger").SetValue(2);
-    camera.integer("Feature").GetValue();
-    camera.integer("K").GetValue();
-
-    EXPECT_THAT(camera.memory.accesses(), ElementsAre(reading(0)));
+    EXPECT_EQ("r0", accessesFor(kA + "Integer Trigger Value=1 "
+                                     "Integer Feature pInvalidator=Trigger pValue=A "
+                                     "IntSwissKnife K pInvalidator=Trigger pVariable.V=A Formula=V",
+                                "Feature K Trigger=2 Feature K"));
 }
 
 TEST(Cache, IsDroppedByAWriteOfWhatTheAddressDependsOn) {
-    const std::string rest = std::string("<Length>4</Length><AccessMode>RW</AccessMode>"
-                                         "<pPort>Device</pPort>") +
-                             kUnsignedBig;
-    for (const char *where :
-         {R"(<Address>0</Address><pIndex Offset="4">Selector</pIndex>)",
-          "<pAddress>Place</pAddress>",
-          R"(<IntSwissKnife Name="Inside"><pVariable Name="V">Selector</pVariable>
-             <Formula>V*4</Formula></IntSwissKnife>)"}) {
+    for (const char *where : {"Address=0 pIndex.4=Selector", "pAddress=Place",
+                              "IntSwissKnife.Inside={pVariable.V=Selector Formula=V*4}"}) {
         SCOPED_TRACE(where);
-        Camera camera(kept("Selector", 100) +
-                      element("IntSwissKnife", "Place",
-                              R"(<pVariable Name="V">Selector</pVariable><Formula>V*4</Formula>)") +
-                      element("IntReg", "R", where + rest));
+        Camera camera(with("IntReg Selector @100:: unsigned big IntReg R $ @:: unsigned big "
+                           "IntSwissKnife Place pVariable.V=Selector Formula=V*4",
+                           where));
+        EXPECT_EQ("r100 r0 w100", accessesFor(camera, "R R Selector=1"));
         camera.memory.put32(4, 40);
-        IInteger &r = camera.integer("R");
-        r.GetValue();
-        r.GetValue();
-        EXPECT_THAT(camera.memory.accesses(), ElementsAre(reading(100), reading(0)));
-
-        camera.integer("Selector").SetValue(1);
-        EXPECT_EQ(40, r.GetValue());
-        camera.integer("Selector").SetValue(0);
-        EXPECT_EQ(0, r.GetValue());
-        EXPECT_EQ(0, r.GetValue());
-        EXPECT_THAT(camera.memory.accesses(),
-                    ElementsAre(writing(100), reading(4), writing(100), reading(0)));
+        EXPECT_EQ(40, camera.get("R"));
+        EXPECT_EQ("r4 w100 r0", accessesFor(camera, "Selector=0 R R"));
     }
 }
 
 // The index is the camera's own to change, so nothing was written between the two places.
 TEST(Cache, IsDroppedAtEachPlaceWhereTheRegisterWas) {
-    Camera camera(intReg("Index", 100) + kept("Trigger", 104) +
-                  element("IntReg", "R",
-                          "<pIndex>Index</pIndex><Length>4</Length><AccessMode>RW</AccessMode>"
-                          "<pPort>Device</pPort>" +
-                              invalidator("Trigger") + kUnsignedBig));
-    camera.integer("R").GetValue(); // at 0
+    Camera camera("IntReg Index @100 unsigned big IntReg Trigger @104:: unsigned big "
+                  "IntReg R pIndex=Index @:: pInvalidator=Trigger unsigned big");
+    camera.get("R"); // at 0
     camera.memory.put32(100, 1);
-    camera.integer("R").GetValue(); // at 4
-    camera.integer("Trigger").SetValue(1);
+    camera.get("R"); // at 4
+    EXPECT_EQ("", camera.set("Trigger", 1));
     camera.memory.put32(0, 5);
     camera.memory.put32(4, 6);
 
-    EXPECT_EQ(6, camera.integer("R").GetValue());
+    EXPECT_EQ(6, camera.get("R"));
     camera.memory.put32(100, 0);
-    EXPECT_EQ(5, camera.integer("R").GetValue());
+    EXPECT_EQ(5, camera.get("R"));
 }
 
 TEST(Cache, IsDroppedByAWriteOfWhatTheLengthDependsOn) {
-    Camera camera(constant("L", 4) +
-                  element("StringReg", "S",
-                          "<Address>0</Address><pLength>L</pLength><AccessMode>RW</AccessMode>"
-                          "<pPort>Device</pPort>"));
-    camera.text("S");
-    camera.integer("L").SetValue(4);
-    camera.text("S");
-    camera.text("S");
-
-    EXPECT_THAT(camera.memory.accesses(), ElementsAre(reading(0), reading(0)));
+    EXPECT_EQ("r0 r0", accessesFor("Integer L Value=4 StringReg S @0+L::", "S L=4 S S"));
 }
 
 TEST(Cache, IsNotDroppedBySelectors) {
-    Camera camera(kept("R", 0) +
-                  element("IntReg", "Selector",
-                          place(4, 4, "RW", "") + kUnsignedBig + "<pSelected>R</pSelected>"));
-    camera.integer("R").GetValue();
-    camera.integer("Selector").SetValue(1);
-    camera.integer("R").GetValue();
-    camera.integer("R").SetValue(2);
-    camera.integer("Selector").GetValue();
-
-    EXPECT_THAT(camera.memory.accesses(), ElementsAre(reading(0), writing(4), writing(0)));
+    EXPECT_EQ("r0 w4 w0", accessesFor(kA + "IntReg Selector @4:: unsigned big pSelected=A",
+                                      "A Selector=1 A A=2 Selector"));
 }
 
 // Nobody polls a node map of ours, so what changes by itself is asked for each time.
 TEST(Cache, KeepsNothingThatWantsPolling) {
-    Camera camera(kept("R", 0, "WriteThrough", "<PollingTime>1000</PollingTime>"));
-    camera.integer("R").GetValue();
-    camera.integer("R").GetValue();
-
-    EXPECT_THAT(camera.memory.accesses(), ElementsAre(reading(0), reading(0)));
+    EXPECT_EQ("r0 r0",
+              accessesFor("IntReg R @0::WriteThrough PollingTime=1000 unsigned big", "R R"));
 }
 
 TEST(Cache, IsEachRegistersOwnBelowAFormula) {
-    Camera camera(
-        kept("Kept", 0) + kept("Asked", 4, "NoCache") +
-        element("IntSwissKnife", "K",
-                R"(<pVariable Name="A">Kept</pVariable><pVariable Name="B">Asked</pVariable>
-                             <Formula>A+B</Formula>)"));
-    camera.integer("K").GetValue();
+    Camera camera(kA + "IntReg Asked @4 unsigned big "
+                       "IntSwissKnife K pVariable.A=A pVariable.B=Asked Formula=A+B");
+    camera.get("K");
     camera.memory.accesses();
     camera.memory.put32(4, 5);
 
-    EXPECT_EQ(5, camera.integer("K").GetValue());
-    EXPECT_THAT(camera.memory.accesses(), ElementsAre(reading(4)));
+    EXPECT_EQ(5, camera.get("K"));
+    EXPECT_EQ("r4", camera.memory.accesses());
 }
 
 TEST(Cache, KeepsBoundsAndConditionsAsAnyValue) {
-    Camera camera(kept("Limit", 0) + kept("There", 4) +
-                  element("Integer", "A",
-                          "<pIsAvailable>There</pIsAvailable><Value>1</Value><pMax>Limit</pMax>"));
+    Camera camera("IntReg Limit @0:: unsigned big IntReg There @4:: unsigned big "
+                  "Integer A pIsAvailable=There Value=1 pMax=Limit");
     camera.memory.put32(0, 10);
     camera.memory.put32(4, 1);
     EXPECT_EQ(10, camera.integer("A").GetMax());
@@ -331,21 +231,19 @@ TEST(Cache, KeepsBoundsAndConditionsAsAnyValue) {
     camera.memory.put32(0, 20);
     camera.memory.put32(4, 0);
     EXPECT_EQ(10, camera.integer("A").GetMax());
-    camera.integer("A").SetValue(10);
+    EXPECT_EQ("", camera.set("A", 10));
     EXPECT_EQ(GenApi_3_0::RW, camera.mode("A"));
-    EXPECT_THAT(camera.memory.accesses(), IsEmpty());
+    EXPECT_EQ("", camera.memory.accesses());
 
-    camera.integer("Limit").SetValue(5);
+    EXPECT_EQ("", camera.set("Limit", 5));
     EXPECT_EQ(5, camera.integer("A").GetMax());
-    EXPECT_THROW(camera.integer("A").SetValue(10), GenICam_3_0::OutOfRangeException);
+    EXPECT_EQ("OutOfRange", camera.set("A", 10));
 }
 
 TEST(Cache, IsNotUsedWhereAnotherProgramControlsTheCamera) {
-    Camera camera(describe(kept("R", 0)), genapi::Use::Monitor);
-    camera.integer("R").GetValue();
-    camera.integer("R").GetValue();
-
-    EXPECT_THAT(camera.memory.accesses(), ElementsAre(reading(0), reading(0)));
+    Camera camera(kRow, genapi::Use::Monitor);
+    camera.memory.readsTogether = true;
+    EXPECT_EQ("r0 r0", accessesFor(camera, "A A")); // nor is a neighbour read
 }
 
 TEST(Cache, IsUsedWhileThePortAllowsIt) {
@@ -357,157 +255,122 @@ TEST(Cache, IsUsedWhileThePortAllowsIt) {
         }
         bool gone = false;
     } memory;
-    const std::string formula = R"(<pVariable Name="V">R</pVariable><Formula>V</Formula>)";
-    genapi::NodeMap map(
-        describe(kept("R", 0) + element("IntSwissKnife", "K", formula) +
-                 element("MaskedIntReg", "Bits",
-                         place(0, 4, "RW", "") + "<LSB>31</LSB><MSB>24</MSB>" + kUnsignedBig)),
-        memory);
+    genapi::NodeMap map(describe(kA + "IntSwissKnife K pVariable.V=A Formula=V "
+                                      "MaskedIntReg Bits @0:: LSB=31 MSB=24 unsigned big"),
+                        memory);
     const auto node = [&map](const char *name) -> IInteger & {
         return dynamic_cast<IInteger &>(*map.GetNode(name));
     };
-    node("R").GetValue();
+    node("A").GetValue();
     node("K").GetValue();
 
     memory.gone = true;
-    for (const char *name : {"R", "K"})
+    for (const char *name : {"A", "K"})
         EXPECT_EQ("Runtime", raised([&] { node(name).GetValue(); })) << name;
     EXPECT_EQ("Runtime", raised([&] { node("Bits").SetValue(1); }));
     memory.gone = false;
-    for (const char *name : {"R", "K"})
+    for (const char *name : {"A", "K"})
         EXPECT_EQ(0, node(name).GetValue()) << name;
-    EXPECT_THAT(memory.accesses(), ElementsAre(reading(0)));
+    EXPECT_EQ("r0", memory.accesses());
 }
 
 TEST(Cache, LetsThePortsExceptionsPassAndKeepsNothing) {
-    Camera camera(kept("R", 0) + element("Integer", "A", "<pValue>R</pValue>"));
-    IInteger &a = camera.integer("A");
-
-    camera.memory.before = [](char, uint64_t) {
-        KXGENAPI_RAISE(TimeoutException, "%s", "no answer");
+    Camera camera(kA + "Integer F pValue=A");
+    const auto reason = [&]() -> string {
+        try {
+            camera.get("F");
+        } catch (const GenICam_3_0::TimeoutException &error) {
+            return string("Timeout: ") + error.GetDescription();
+        } catch (const GenICam_3_0::RuntimeException &error) {
+            return string("Runtime: ") + error.GetDescription();
+        } catch (const std::length_error &error) {
+            return string("length: ") + error.what();
+        }
+        return "none";
     };
-    try {
-        a.GetValue();
-        FAIL() << "nothing was raised";
-    } catch (const GenICam_3_0::TimeoutException &error) {
-        EXPECT_STREQ("no answer", error.GetDescription());
-    }
-    EXPECT_THROW(a.SetValue(1), GenICam_3_0::TimeoutException);
-
+    camera.memory.before = noAnswer;
+    EXPECT_EQ("Timeout: no answer", reason());
+    EXPECT_EQ("Timeout", camera.set("F", 1));
+    camera.memory.before = [](char, uint64_t) { KXGENAPI_RAISE(RuntimeException, "%s", "gone"); };
+    EXPECT_EQ("Runtime: gone", reason());
     camera.memory.before = [](char, uint64_t) { throw std::length_error("of the port"); };
-    try {
-        a.GetValue();
-        FAIL() << "nothing was raised";
-    } catch (const std::length_error &error) {
-        EXPECT_STREQ("of the port", error.what());
-    }
+    EXPECT_EQ("length: of the port", reason());
 
     camera.memory.before = nullptr;
     camera.memory.put32(0, 5);
-    EXPECT_EQ(5, a.GetValue());
+    EXPECT_EQ(5, camera.get("F"));
 }
 
 // Whether the camera took it, nobody knows.
 TEST(Cache, ForgetsWhatAFailedWriteMayHaveChanged) {
-    Camera camera(kept("R", 0));
-    IInteger &r = camera.integer("R");
-    r.GetValue();
-    camera.memory.before = [](char, uint64_t) {
-        KXGENAPI_RAISE(TimeoutException, "%s", "no answer");
-    };
-    EXPECT_THROW(r.SetValue(7), GenICam_3_0::TimeoutException);
+    Camera camera(kA);
+    camera.get("A");
+    camera.memory.before = noAnswer;
+    EXPECT_EQ("Timeout", camera.set("A", 7));
     camera.memory.before = nullptr;
     camera.memory.put32(0, 7);
 
-    EXPECT_EQ(7, r.GetValue());
+    EXPECT_EQ(7, camera.get("A"));
 }
 
 // Registers side by side are read by one command where the camera lets that be done.
-struct Row : Camera {
-    explicit Row(const std::string &more = "")
-        : Camera(kept("A", 0) + kept("B", 4) + kept("C", 8) + more) {
-        memory.readsTogether = true;
-    }
-    int64_t get(const char *name) { return integer(name).GetValue(); }
+struct Together : Camera {
+    explicit Together(const string &elements) : Camera(elements) { memory.readsTogether = true; }
 };
 
 TEST(Cache, HasRegistersSideBySideFromOneCommand) {
-    Row camera;
+    Together camera(kRow);
     camera.memory.put32(4, 44);
 
-    camera.get("C");
-    EXPECT_EQ(44, camera.get("B"));
-    camera.get("A");
-
-    EXPECT_THAT(camera.memory.accesses(), ElementsAre(reading(0, 12)));
+    EXPECT_THAT(camera.gets("C B A"), ElementsAre(0, 44, 0));
+    EXPECT_EQ("r0+12", camera.memory.accesses());
 }
 
 TEST(Cache, ReadsTogetherOnlyWhatMayBeKeptAndIsSurelyThere) {
-    Row camera(intReg("NoCache", 12) +
-               element("IntReg", "Conditioned",
-                       "<pIsAvailable>A</pIsAvailable>" + place(16, 4, "RW", "") + kUnsignedBig) +
-               element("IntReg", "Write", place(20, 4, "WO", "") + kUnsignedBig) +
-               kept("Apart", 24));
-
-    camera.get("B");
-    camera.get("Apart");
-
-    EXPECT_THAT(camera.memory.accesses(), ElementsAre(reading(0, 12), reading(24)));
+    Together camera(kRow + "IntReg NoCache @12 unsigned big "
+                           "IntReg Conditioned pIsAvailable=A @16:: unsigned big "
+                           "IntReg Write @20:WO: unsigned big IntReg Apart @24:: unsigned big");
+    EXPECT_EQ("r0+12 r24", accessesFor(camera, "B Apart"));
 }
 
 TEST(Cache, ForgetsWhatNobodyHasAskedForWithTheNextWrite) {
-    Row camera(kept("Other", 100));
-    camera.get("A");
-    camera.get("B");
+    Together camera(kRow + "IntReg Other @100:: unsigned big");
+    camera.gets("A B");
     camera.memory.accesses();
 
-    camera.integer("Other").SetValue(1);
+    EXPECT_EQ("", camera.set("Other", 1));
     camera.memory.put32(8, 88); // the camera did that, and no description says so
 
-    camera.get("A");
-    camera.get("B");
-    EXPECT_EQ(88, camera.get("C"));
-    EXPECT_THAT(camera.memory.accesses(), ElementsAre(writing(100), reading(8)));
+    EXPECT_THAT(camera.gets("A B C"), ElementsAre(0, 0, 88));
+    EXPECT_EQ("w100 r8", camera.memory.accesses());
 }
 
 TEST(Cache, ReadsNoMoreTogetherThanOneCommandTakes) {
-    std::string row;
-    for (size_t i = 0; i <= 2 * genapi::kMostTogether / 4; ++i)
-        row += kept("R" + std::to_string(i), 4 * i);
-    Camera camera(row);
-    camera.memory.readsTogether = true;
+    constexpr size_t kMost = genapi::kMostTogether;
+    string row, names;
+    for (size_t i = 0; i <= 2 * kMost / 4; ++i) {
+        row += with("IntReg R$ @", std::to_string(i)) + std::to_string(4 * i) + ":: unsigned big ";
+        names += " R" + std::to_string(i);
+    }
+    Together camera(row);
+    camera.gets(names);
 
-    for (size_t i = 0; i <= 2 * genapi::kMostTogether / 4; ++i)
-        camera.integer("R" + std::to_string(i)).GetValue();
-
-    EXPECT_THAT(camera.memory.accesses(),
-                ElementsAre(reading(0, genapi::kMostTogether),
-                            reading(genapi::kMostTogether, genapi::kMostTogether),
-                            reading(2 * genapi::kMostTogether)));
-}
-
-TEST(Cache, ReadsNothingTogetherOfACameraThatAnotherProgramMayControl) {
-    Memory memory;
-    memory.readsTogether = true;
-    genapi::NodeMap map(describe(kept("A", 0) + kept("B", 4)), memory, genapi::Use::Monitor);
-
-    dynamic_cast<IInteger &>(*map.GetNode("A")).GetValue();
-
-    EXPECT_THAT(memory.accesses(), ElementsAre(reading(0)));
+    const string most = std::to_string(kMost);
+    EXPECT_EQ("r0+" + most + " r" + most + "+" + most + " r" + std::to_string(2 * kMost),
+              camera.memory.accesses());
 }
 
 TEST(Cache, ReadsNoNeighbourThatAnotherNodeSaysMustNotBeRead) {
-    Row camera(element("MaskedIntReg", "Event",
-                       place(4, 4, "RW", "NoCache") + "<Bit>0</Bit>" + kUnsignedBig) +
-               element("IntReg", "Trigger", place(8, 4, "WO", "") + kUnsignedBig));
-
-    camera.get("A");
-
-    EXPECT_THAT(camera.memory.accesses(), ElementsAre(reading(0)));
+    for (const char *other : {"MaskedIntReg Event @4 Bit=0 unsigned big "
+                              "IntReg Trigger @8:WO: unsigned big",
+                              "IntReg Imposed ImposedAccessMode=WO @4:: unsigned big"}) {
+        Together camera(kRow + other);
+        EXPECT_EQ("r0", accessesFor(camera, "A")) << other;
+    }
 }
 
 TEST(Cache, ForgetsNeighboursAfterAWhile) {
-    Row camera;
+    Together camera(kRow);
     camera.get("A");
     camera.memory.put32(4, 44);
     camera.memory.put32(8, 88);
@@ -516,53 +379,37 @@ TEST(Cache, ForgetsNeighboursAfterAWhile) {
     camera.memory.clock += 1;
 
     EXPECT_EQ(88, camera.get("C"));
-
     EXPECT_EQ(0, camera.get("B")); // it had been asked for in time
-    EXPECT_THAT(camera.memory.accesses(), ElementsAre(reading(0, 12), reading(8)));
+    EXPECT_EQ("r0+12 r8", camera.memory.accesses());
 }
 
 // So descriptions say that the camera makes something else of what is written.
 TEST(Cache, AsksAgainForARegisterThatItsOwnFeatureMakesStale) {
-    Camera camera(kept("R", 0, "", "<pInvalidator>F</pInvalidator>") +
-                  element("Integer", "F", "<pValue>R</pValue>"));
-    camera.integer("F").SetValue(7);
+    Camera camera("IntReg R @0:: pInvalidator=F unsigned big Integer F pValue=R");
+    EXPECT_EQ("", camera.set("F", 7));
     camera.memory.put32(0, 5);
 
-    EXPECT_EQ(5, camera.integer("F").GetValue());
+    EXPECT_EQ(5, camera.get("F"));
 }
 
 TEST(Cache, ForgetsARegisterThatWasReadThroughAnotherNodeAlone) {
-    Camera camera(kept("A", 0) + kept("B", 0, "", "<pInvalidator>X</pInvalidator>") +
-                  intReg("X", 100));
-    camera.integer("A").GetValue();
-    camera.integer("X").SetValue(1);
+    Camera camera(kA + "IntReg B @0:: pInvalidator=X unsigned big IntReg X @100 unsigned big");
+    camera.get("A");
+    EXPECT_EQ("", camera.set("X", 1));
     camera.memory.put32(0, 5);
 
-    EXPECT_EQ(5, camera.integer("B").GetValue());
+    EXPECT_EQ(5, camera.get("B"));
 }
 
 TEST(Cache, IsPassedByForTheValueAndNotForItsConditions) {
-    Camera camera(kept("C", 0) + element("IntReg", "R",
-                                         "<pIsAvailable>C</pIsAvailable>" +
-                                             place(100, 4, "RW", "") + kUnsignedBig));
+    Camera camera(kA + "IntReg R pIsAvailable=A @100:: unsigned big");
     camera.memory.put32(0, 1);
-    camera.integer("R").GetValue();
+    camera.get("R");
     camera.memory.accesses();
 
     camera.integer("R").GetValue(false, true);
     camera.integer("R").GetValue(false, false);
-
-    EXPECT_THAT(camera.memory.accesses(), ElementsAre(reading(100), reading(100)));
-}
-
-TEST(Cache, AsksForNoNeighbourOfAnImposedAccessMode) {
-    Row camera(element("IntReg", "Imposed",
-                       "<ImposedAccessMode>WO</ImposedAccessMode>" + place(4, 4, "RW", "") +
-                           kUnsignedBig));
-
-    camera.get("A");
-
-    EXPECT_THAT(camera.memory.accesses(), ElementsAre(reading(0)));
+    EXPECT_EQ("r100 r100", camera.memory.accesses());
 }
 
 } // namespace

@@ -34,6 +34,7 @@ def knife(name, *variables):
 
 
 BIG = "<Endianess>BigEndian</Endianess>"
+ONE = "<Value>1</Value>"
 LITTLE = "<Endianess>LittleEndian</Endianess>"
 
 
@@ -48,8 +49,7 @@ class CheckDescriptions(unittest.TestCase):
                    register("AReg", BIG) + register("BReg", BIG))
 
     def test_finds_maxima_that_depend_on_each_other(self):
-        self.finds(integer("A", "<Value>1</Value>", "<pMax>AMax</pMax>") +
-                   integer("B", "<Value>1</Value>", "<pMax>BMax</pMax>") +
+        self.finds(integer("A", ONE, "<pMax>AMax</pMax>") + integer("B", ONE, "<pMax>BMax</pMax>") +
                    knife("AMax", "B") + knife("BMax", "A"),
                    "A: depends on itself: A > AMax > B > BMax > A")
 
@@ -65,8 +65,7 @@ class CheckDescriptions(unittest.TestCase):
                     "<pIndex>C</pIndex><pValueDefault>A</pValueDefault>",
                     "<Value>1</Value><pSelected>A</pSelected>"):
             with self.subTest(way):
-                self.finds(integer("A", way) + integer("C", "<Value>1</Value>"),
-                           "A: depends on itself: A > A")
+                self.finds(integer("A", way) + integer("C", ONE), "A: depends on itself: A > A")
 
     def test_finds_circles_through_addresses(self):
         for address in ("<pAddress>A</pAddress>", "<Address>0</Address><pIndex>A</pIndex>",
@@ -74,8 +73,8 @@ class CheckDescriptions(unittest.TestCase):
                         "<IntSwissKnife Name='X'><pVariable Name='V'>A</pVariable>"
                         "<Formula>V</Formula></IntSwissKnife>"):
             with self.subTest(address):
-                self.finds(register("A", BIG, address=address) +
-                           integer("C", "<Value>1</Value>"), "A: depends on itself: A > A")
+                self.finds(register("A", BIG, address=address) + integer("C", ONE),
+                           "A: depends on itself: A > A")
 
     def test_accepts_what_says_only_when_a_value_is_dropped(self):
         self.finds(register("A", "<pInvalidator>A</pInvalidator>", BIG))
@@ -83,11 +82,11 @@ class CheckDescriptions(unittest.TestCase):
     def test_finds_names_that_are_not_there(self):
         self.finds(integer("A", "<pInvalidator>Gone</pInvalidator><Value>1</Value>"),
                    "A: pInvalidator 'Gone' is not there")
-        self.finds(integer("A", "<pValue>Std::B</pValue>") + integer("B", "<Value>1</Value>"),
+        self.finds(integer("A", "<pValue>Std::B</pValue>") + integer("B", ONE),
                    "A: pValue 'Std::B' is not there")
 
     def test_finds_what_is_there_twice(self):
-        self.finds(integer("A", "<Value>1</Value>") * 2, "A: is there twice")
+        self.finds(integer("A", ONE) * 2, "A: is there twice")
         entry = "<EnumEntry Name='X'><Value>1</Value></EnumEntry>"
         self.finds(f"<Enumeration Name='E'>{entry}{entry}<Value>1</Value></Enumeration>",
                    "E: entry X is there twice")
@@ -95,13 +94,12 @@ class CheckDescriptions(unittest.TestCase):
     def test_finds_another_order(self):
         self.finds(integer("A", "<Max>1</Max><Value>1</Value>"),
                    "A: Integer of Max,Value: not in the schema's order")
-        self.finds(integer("A", "<Value>1</Value><Min>1</Min><pMin>B</pMin>") +
-                   integer("B", "<Value>1</Value>"),
+        self.finds(integer("A", ONE, "<Min>1</Min><pMin>B</pMin>") + integer("B", ONE),
                    "A: Integer of Value,Min,pMin: not in the schema's order")
 
     def test_finds_what_is_missing_and_what_is_unknown(self):
         self.finds(integer("A"), "A: Integer of : not in the schema's order")
-        self.finds(integer("A", "<Value>1</Value><Colour>1</Colour>"),
+        self.finds(integer("A", ONE, "<Colour>1</Colour>"),
                    "A: Integer of Value,Colour: not in the schema's order")
         self.finds("<Thing Name='A'/>", "Thing: is no node")
 

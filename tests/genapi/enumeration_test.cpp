@@ -7,35 +7,26 @@
 namespace {
 
 using GenApi_3_0::IEnumEntry;
-using GenICam_3_0::AccessException;
-using GenICam_3_0::InvalidArgumentException;
-using GenICam_3_0::LogicalErrorException;
-using GenICam_3_0::OutOfRangeException;
+using std::string;
 using testing::ElementsAre;
 
 // E over a register at 0, with an entry of each kind.
-std::string enumeration() {
-    return constant("Zero", 0) + intReg("R", 0) +
-           R"(<Enumeration Name="E">
-                <EnumEntry Name="Plain"><Value>5</Value></EnumEntry>
-                <EnumEntry Name="Named"><Value>0x10</Value><Symbolic>By Symbol</Symbolic></EnumEntry>
-                <EnumEntry Name="NotNow"><pIsAvailable>Zero</pIsAvailable><Value>2</Value></EnumEntry>
-                <EnumEntry Name="Never"><pIsImplemented>Zero</pIsImplemented><Value>3</Value>
-                </EnumEntry>
-                <EnumEntry Name="Abc"><Value>-1</Value></EnumEntry>
-                <pValue>R</pValue></Enumeration>)";
-}
+const string kEnumeration =
+    "Integer Zero Value=0 IntReg R @0 unsigned big "
+    "Enumeration E EnumEntry.Plain=5 EnumEntry.Named={Value=0x10 Symbolic='By Symbol'} "
+    "EnumEntry.NotNow={pIsAvailable=Zero Value=2} EnumEntry.Never={pIsImplemented=Zero Value=3} "
+    "EnumEntry.Abc=-1 pValue=R";
 
-std::string symbolic(IEnumEntry *entry) {
+string symbolic(IEnumEntry *entry) {
     return entry ? entry->GetSymbolic().c_str() : "none";
 }
 
 TEST(Enumerations, ListTheirAvailableEntriesInTheDescriptionsOrder) {
-    Camera camera(enumeration());
+    Camera camera(kEnumeration);
     const auto symbolics = [&camera] {
         GenApi_3_0::StringList_t list = {"what was there"};
         camera.enumeration("E").GetSymbolics(list);
-        return std::vector<std::string>(list.begin(), list.end());
+        return std::vector<string>(list.begin(), list.end());
     };
 
     EXPECT_THAT(symbolics(), ElementsAre("Plain", "By Symbol", "Abc"));
@@ -44,63 +35,50 @@ TEST(Enumerations, ListTheirAvailableEntriesInTheDescriptionsOrder) {
 }
 
 TEST(Enumerations, NameTheirAvailableEntriesWhenATextIsNone) {
-    const auto reason = [](Camera &camera) -> std::string {
+    const auto reason = [](const string &elements) -> string {
+        Camera camera(elements);
         try {
             camera.value("E").FromString("Nobody");
-        } catch (const InvalidArgumentException &error) {
+        } catch (const GenICam_3_0::InvalidArgumentException &error) {
             return error.GetDescription();
         }
         return "written";
     };
-    Camera camera(enumeration());
     EXPECT_EQ("Cannot write 'E': 'Nobody' is none of its entries (Plain, By Symbol, Abc)",
-              reason(camera));
+              reason(kEnumeration));
 
-    std::string entries;
+    string many = "Enumeration E";
     for (int i = 0; i < 1000; ++i)
-        entries += element("EnumEntry", "Entry" + std::to_string(i),
-                           "<Value>" + std::to_string(i) + "</Value>");
-    Camera many(element("Enumeration", "E", entries + "<Value>0</Value>"));
-    EXPECT_THAT(reason(many), testing::MatchesRegex(".* .Entry0, .*, Entry2[0-9], \\.\\.\\..$"));
+        many += with(" EnumEntry.Entry$=$", std::to_string(i));
+    EXPECT_THAT(reason(many + " Value=0"),
+                testing::MatchesRegex(".* .Entry0, .*, Entry2[0-9], \\.\\.\\..$"));
 }
 
 TEST(Enumerations, FindEntriesByTheirSymbol) {
-    Camera camera(enumeration());
-    const std::pair<const char *, int64_t> entries[] = {
-        {"Plain", 5}, {"By Symbol", 16}, {"NotNow", 2}, {"Never", 3}, {"Abc", -1}};
-
-    for (const auto &[symbol, value] : entries) {
-        IEnumEntry *entry = camera.enumeration("E").GetEntryByName(symbol);
-        ASSERT_NE(nullptr, entry) << symbol;
-        EXPECT_EQ(symbol, symbolic(entry));
-    }
+    Camera camera(kEnumeration);
+    for (const char *symbol : {"Plain", "By Symbol", "NotNow", "Never", "Abc"})
+        EXPECT_EQ(symbol, symbolic(camera.enumeration("E").GetEntryByName(symbol)));
     EXPECT_EQ(16, camera.enumeration("E").GetEntryByName("By Symbol")->GetValue());
     for (const char *unknown : {"Nobody", "", "EnumEntry_E_Plain", "Named", "plain", "5"})
         EXPECT_EQ(nullptr, camera.enumeration("E").GetEntryByName(unknown)) << unknown;
 }
 
-TEST(Enumerations, HaveEntriesThatAreNodesByTheirName) {
-    Camera camera(enumeration());
+TEST(Enumerations, HaveEntriesThatAreNodesByTheirNameAndReadAsTheirNumber) {
+    Camera camera(kEnumeration);
+    auto &entry = camera.as<IEnumEntry>("EnumEntry_E_Named");
 
-    EXPECT_EQ("By Symbol", symbolic(&camera.as<IEnumEntry>("EnumEntry_E_Named")));
-    EXPECT_EQ(camera.enumeration("E").GetEntryByName("By Symbol"),
-              &camera.as<IEnumEntry>("EnumEntry_E_Named"));
+    EXPECT_EQ("By Symbol", symbolic(&entry));
+    EXPECT_EQ(camera.enumeration("E").GetEntryByName("By Symbol"), &entry);
     EXPECT_STREQ("EnumEntry_E_Named", camera.node("EnumEntry_E_Named").GetName().c_str());
     for (const char *unknown : {"Plain", "Named", "By Symbol", "EnumEntry_E_By Symbol"})
         EXPECT_EQ(nullptr, camera.map.GetNode(unknown)) << unknown;
-}
-
-TEST(Enumerations, HaveEntriesThatReadAsTheirNumber) {
-    Camera camera(enumeration());
-
-    EXPECT_EQ("16", camera.text("EnumEntry_E_Named"));
-    EXPECT_EQ("-1", camera.text("EnumEntry_E_Abc"));
+    EXPECT_THAT(camera.texts("EnumEntry_E_Named EnumEntry_E_Abc"), ElementsAre("16", "-1"));
     EXPECT_EQ(5, camera.as<IEnumEntry>("EnumEntry_E_Plain").GetValue());
-    EXPECT_THROW(camera.value("EnumEntry_E_Plain").FromString("5"), AccessException);
+    EXPECT_EQ("Access", camera.type("EnumEntry_E_Plain", "5"));
 }
 
 TEST(Enumerations, ReadAsTheEntryOfTheirValue) {
-    Camera camera(enumeration());
+    Camera camera(kEnumeration);
     camera.memory.put32(0, 16);
 
     EXPECT_EQ("By Symbol", camera.text("E"));
@@ -111,93 +89,82 @@ TEST(Enumerations, ReadAsTheEntryOfTheirValue) {
 }
 
 TEST(Enumerations, OfAValueWithoutEntryHaveNoText) {
-    Camera camera(enumeration());
+    Camera camera(kEnumeration);
     camera.memory.put32(0, 99);
 
-    EXPECT_THROW(camera.value("E").ToString(), InvalidArgumentException);
+    EXPECT_EQ("InvalidArgument", camera.refuses("E"));
     EXPECT_EQ(99, camera.enumeration("E").GetIntValue());
     EXPECT_EQ(nullptr, camera.enumeration("E").GetCurrentEntry());
-    EXPECT_THROW(camera.enumeration("E").GetIntValue(true), OutOfRangeException);
+    EXPECT_EQ("OutOfRange", raised([&] { camera.enumeration("E").GetIntValue(true); }));
 }
 
 TEST(Enumerations, ReadAsEntriesThatAreNotAvailableUnlessVerified) {
-    Camera camera(enumeration());
-    const std::pair<uint32_t, const char *> entries[] = {{2, "NotNow"}, {3, "Never"}};
-    for (const auto &[value, symbol] : entries) {
+    Camera camera(kEnumeration);
+    for (const auto &[value, symbol] : {std::pair{2U, "NotNow"}, {3U, "Never"}}) {
         camera.memory.put32(0, value);
         EXPECT_EQ(symbol, camera.text("E"));
         EXPECT_EQ(value, camera.enumeration("E").GetIntValue()) << symbol;
         EXPECT_EQ(symbol, symbolic(camera.enumeration("E").GetCurrentEntry()));
-        EXPECT_THROW(camera.value("E").ToString(true), AccessException) << symbol;
-        EXPECT_THROW(camera.enumeration("E").GetIntValue(true), AccessException) << symbol;
+        EXPECT_EQ("Access", camera.refuses("E", true)) << symbol;
+        EXPECT_EQ("Access", raised([&] { camera.enumeration("E").GetIntValue(true); })) << symbol;
     }
 }
 
-TEST(Enumerations, AreWrittenBySymbol) {
-    Camera camera(enumeration());
+TEST(Enumerations, AreWrittenBySymbolOrByNumber) {
+    Camera camera(kEnumeration);
 
-    camera.value("E").FromString("By Symbol");
+    EXPECT_EQ("", camera.type("E", "By Symbol"));
     EXPECT_EQ(16u, camera.memory.get32(0));
-    camera.value("E").FromString("Plain", false);
+    EXPECT_EQ("", camera.type("E", "Plain", false));
     EXPECT_EQ(5u, camera.memory.get32(0));
+    EXPECT_EQ("", camera.set("E", 16));
+    EXPECT_EQ(16u, camera.memory.get32(0));
     camera.memory.accesses();
-    for (const char *text : {"Nobody", "16", "plain", "", "Named", "EnumEntry_E_Plain", "Plain "})
-        for (const bool verify : {true, false})
-            EXPECT_THROW(camera.value("E").FromString(text, verify), InvalidArgumentException)
-                << text;
-    EXPECT_TRUE(camera.memory.accesses().empty());
-}
-
-TEST(Enumerations, AreWrittenByNumber) {
-    Camera camera(enumeration());
-
-    camera.enumeration("E").SetIntValue(16);
-    EXPECT_EQ(16u, camera.memory.get32(0));
-    for (const bool verify : {true, false})
-        EXPECT_THROW(camera.enumeration("E").SetIntValue(99, verify), InvalidArgumentException);
-    EXPECT_EQ(16u, camera.memory.get32(0));
+    for (const bool verify : {true, false}) {
+        for (const char *text :
+             {"Nobody", "16", "plain", "", "Named", "EnumEntry_E_Plain", "Plain "})
+            EXPECT_EQ("InvalidArgument", camera.type("E", text, verify)) << text;
+        EXPECT_EQ("InvalidArgument", camera.set("E", 99, verify));
+    }
+    EXPECT_EQ("", camera.memory.accesses());
 }
 
 TEST(Enumerations, TakeNoEntryThatIsNotAvailable) {
-    Camera camera(enumeration());
+    Camera camera(kEnumeration);
 
-    EXPECT_THROW(camera.value("E").FromString("NotNow"), AccessException);
-    EXPECT_THROW(camera.value("E").FromString("Never"), AccessException);
-    EXPECT_THROW(camera.enumeration("E").SetIntValue(2), AccessException);
-    EXPECT_THROW(camera.enumeration("E").SetIntValue(3), AccessException);
-    EXPECT_TRUE(camera.memory.accesses().empty());
+    EXPECT_EQ("Access", camera.type("E", "NotNow"));
+    EXPECT_EQ("Access", camera.type("E", "Never"));
+    EXPECT_EQ("Access", camera.set("E", 2));
+    EXPECT_EQ("Access", camera.set("E", 3));
+    EXPECT_EQ("", camera.memory.accesses());
 }
 
 TEST(Enumerations, UnverifiedTakeEntriesThatAreImplemented) {
-    Camera camera(enumeration());
+    Camera camera(kEnumeration);
 
-    camera.value("E").FromString("NotNow", false);
+    EXPECT_EQ("", camera.type("E", "NotNow", false));
     EXPECT_EQ(2u, camera.memory.get32(0));
     camera.memory.put32(0, 0);
-    camera.enumeration("E").SetIntValue(2, false);
+    EXPECT_EQ("", camera.set("E", 2, false));
     EXPECT_EQ(2u, camera.memory.get32(0));
-    EXPECT_THROW(camera.value("E").FromString("Never", false), AccessException);
-    EXPECT_THROW(camera.enumeration("E").SetIntValue(3, false), AccessException);
+    EXPECT_EQ("Access", camera.type("E", "Never", false));
+    EXPECT_EQ("Access", camera.set("E", 3, false));
     EXPECT_EQ(2u, camera.memory.get32(0));
 }
 
 TEST(Enumerations, WithTwoEntriesOfAValueReadAsTheLast) {
-    Camera camera(R"(<Enumeration Name="E"><EnumEntry Name="First"><Value>1</Value></EnumEntry>
-                       <EnumEntry Name="Last"><Value>1</Value></EnumEntry><Value>1</Value>
-                     </Enumeration>)");
+    Camera camera("Enumeration E EnumEntry.First=1 EnumEntry.Last=1 Value=1");
 
     EXPECT_EQ("Last", camera.text("E"));
-    camera.value("E").FromString("First");
+    EXPECT_EQ("", camera.type("E", "First"));
     EXPECT_EQ("Last", camera.text("E"));
 }
 
 TEST(Enumerations, MayBeConstantsThatAreWritable) {
-    Camera camera(R"(<Enumeration Name="E"><EnumEntry Name="Off"><Value>0</Value></EnumEntry>
-                       <EnumEntry Name="On"><Value>1</Value></EnumEntry><Value>1</Value>
-                     </Enumeration>)");
+    Camera camera("Enumeration E EnumEntry.Off=0 EnumEntry.On=1 Value=1");
 
     EXPECT_EQ("On", camera.text("E"));
-    camera.value("E").FromString("Off");
+    EXPECT_EQ("", camera.type("E", "Off"));
     EXPECT_EQ("Off", camera.text("E"));
     EXPECT_EQ(0, camera.enumeration("E").GetIntValue());
 }
@@ -205,75 +172,60 @@ TEST(Enumerations, MayBeConstantsThatAreWritable) {
 // Booleans, which are enumerations of two.
 
 TEST(Enumerations, BooleansAre1And0UnlessSaid) {
-    Camera camera(intReg("R", 0) + element("Boolean", "B", "<pValue>R</pValue>"));
-
-    EXPECT_FALSE(camera.boolean("B").GetValue());
-    EXPECT_EQ("0", camera.text("B"));
-    camera.boolean("B").SetValue(true);
-    EXPECT_EQ(1u, camera.memory.get32(0));
-    EXPECT_TRUE(camera.boolean("B").GetValue());
-    EXPECT_EQ("1", camera.text("B"));
-    camera.boolean("B").SetValue(false);
-    EXPECT_EQ(0u, camera.memory.get32(0));
-}
-
-TEST(Enumerations, BooleansHaveTheirOwnNumbers) {
-    Camera camera(intReg("R", 0) + element("Boolean", "B",
-                                           "<pValue>R</pValue><OnValue>7</OnValue>"
-                                           "<OffValue>0x20</OffValue>"));
-
-    camera.boolean("B").SetValue(true);
-    EXPECT_EQ(7u, camera.memory.get32(0));
-    EXPECT_TRUE(camera.boolean("B").GetValue());
-    camera.boolean("B").SetValue(false);
-    EXPECT_EQ(32u, camera.memory.get32(0));
-    EXPECT_FALSE(camera.boolean("B").GetValue());
+    const std::tuple<const char *, uint32_t, uint32_t> cases[] = {
+        {"", 1, 0}, {" OnValue=7 OffValue=0x20", 7, 32}};
+    for (const auto &[said, on, off] : cases) {
+        Camera camera(with("IntReg R @0 unsigned big Boolean B pValue=R$", said));
+        camera.boolean("B").SetValue(true);
+        EXPECT_EQ(on, camera.memory.get32(0)) << said;
+        EXPECT_TRUE(camera.boolean("B").GetValue()) << said;
+        EXPECT_EQ("1", camera.text("B")) << said;
+        camera.boolean("B").SetValue(false);
+        EXPECT_EQ(off, camera.memory.get32(0)) << said;
+        EXPECT_FALSE(camera.boolean("B").GetValue()) << said;
+        EXPECT_EQ("0", camera.text("B")) << said;
+    }
 }
 
 TEST(Enumerations, BooleansOfAnotherNumberAreALogicalError) {
-    Camera camera(intReg("R", 0) + element("Boolean", "B", "<pValue>R</pValue>"));
+    Camera camera("IntReg R @0 unsigned big Boolean B pValue=R");
     camera.memory.put32(0, 2);
 
-    EXPECT_THROW(camera.boolean("B").GetValue(), LogicalErrorException);
-    EXPECT_THROW(camera.value("B").ToString(), LogicalErrorException);
+    EXPECT_EQ("LogicalError", raised([&] { camera.boolean("B").GetValue(); }));
+    EXPECT_EQ("LogicalError", camera.refuses("B"));
     camera.boolean("B").SetValue(true); // which mends it
     EXPECT_TRUE(camera.boolean("B").GetValue());
 }
 
 TEST(Enumerations, BooleansTakeFourWords) {
-    Camera camera(element("Boolean", "B", "<Value>true</Value>"));
+    Camera camera("Boolean B Value=true");
     const std::pair<const char *, bool> texts[] = {{"0", false},      {"1", true},
                                                    {"false", false},  {"true", true},
                                                    {" false", false}, {" 1  ", true}};
     for (const auto &[text, expected] : texts) {
         camera.boolean("B").SetValue(!expected);
-        camera.value("B").FromString(text);
+        EXPECT_EQ("", camera.type("B", text));
         EXPECT_EQ(expected, camera.boolean("B").GetValue()) << text;
     }
     for (const char *text : {"", " ", "2", "True", "TRUE", "yes", "on", "1x", "01"})
-        EXPECT_THROW(camera.value("B").FromString(text), InvalidArgumentException) << text;
+        EXPECT_EQ("InvalidArgument", camera.type("B", text)) << text;
 }
 
 TEST(Enumerations, BooleansAreVerifiedByTheTargetsRange) {
-    Camera camera(element("IntReg", "R", place(0, 1) + kUnsignedBig) +
-                  element("Boolean", "B", "<pValue>R</pValue><OnValue>300</OnValue>"));
+    Camera camera("IntReg R @0+1 unsigned big Boolean B pValue=R OnValue=300");
 
-    EXPECT_THROW(camera.boolean("B").SetValue(true), OutOfRangeException);
-    EXPECT_TRUE(camera.memory.accesses().empty());
+    EXPECT_EQ("OutOfRange", raised([&] { camera.boolean("B").SetValue(true); }));
+    EXPECT_EQ("", camera.memory.accesses());
     camera.boolean("B").SetValue(true, false);
     EXPECT_THAT(camera.memory.get(0, 1), ElementsAre(0x2C));
 }
 
 TEST(Enumerations, BooleansMayBeConstants) {
-    const std::pair<const char *, bool> values[] = {
-        {"true", true}, {"1", true}, {"false", false}, {"0", false}};
-    for (const auto &[value, expected] : values) {
-        Camera camera(element("Boolean", "B", "<Value>" + std::string(value) + "</Value>"));
-        EXPECT_EQ(expected, camera.boolean("B").GetValue()) << value;
-    }
+    for (const auto &[value, expected] :
+         {std::pair{"true", true}, {"1", true}, {"false", false}, {"0", false}})
+        EXPECT_EQ(expected, Camera(with("Boolean B Value=$", value)).boolean("B").GetValue());
     for (const char *value : {"2", "True", "yes", ""})
-        EXPECT_NE("", refusal(element("Boolean", "B", "<Value>" + std::string(value) + "</Value>")))
-            << value;
+        EXPECT_NE("", refusal(with("Boolean B Value=$", value))) << value;
 }
 
 } // namespace

@@ -6,163 +6,104 @@
 
 namespace {
 
-using GenICam_3_0::AccessException;
-using GenICam_3_0::LogicalErrorException;
-using GenICam_3_0::RuntimeException;
-
-std::string variable(const std::string &name, const std::string &target) {
-    return "<pVariable Name=\"" + name + "\">" + target + "</pVariable>";
-}
-
-std::string formula(const std::string &text) {
-    return "<Formula>" + text + "</Formula>";
-}
+using testing::ElementsAre;
 
 TEST(FormulaNodes, ComputeWithVariables) {
-    Camera camera(
-        constant("A", 7) + constant("B", 2) +
-        element("IntSwissKnife", "I",
-                variable("V", "A") + variable("v", "B") + formula("V/v + (V &gt; v)")) +
-        element("SwissKnife", "F", variable("V", "A") + variable("v", "B") + formula("V/v")));
+    Camera camera("Integer A Value=7 Integer B Value=2 "
+                  "IntSwissKnife I pVariable.V=A pVariable.v=B Formula='V/v + (V > v)' "
+                  "SwissKnife F pVariable.V=A pVariable.v=B Formula=V/v");
 
-    EXPECT_EQ(4, camera.integer("I").GetValue()); // case matters
-    EXPECT_EQ(3.5, camera.floating("F").GetValue());
+    EXPECT_EQ(4, camera.get("I")); // case matters
+    EXPECT_EQ(3.5, camera.getFloat("F"));
     camera.integer("A").SetValue(9);
-    EXPECT_EQ(5, camera.integer("I").GetValue());
+    EXPECT_EQ(5, camera.get("I"));
 }
 
-TEST(FormulaNodes, TakeTheNumbersOfOtherKinds) {
-    const std::string kinds =
-        R"(<Enumeration Name="E"><EnumEntry Name="X"><Value>3</Value></EnumEntry><Value>3</Value>
-           </Enumeration>)" +
-        element("Boolean", "B", "<Value>true</Value>") + constantFloat("F", "2.5") +
-        constantFloat("N", "-2.5");
-    Camera camera(
-        kinds +
-        element("IntSwissKnife", "I",
-                variable("E", "E") + variable("B", "B") + variable("F", "F") + variable("N", "N") +
-                    formula("E*1000+B*100+F*10-N")) +
-        element("SwissKnife", "D", variable("X", "E") + variable("F", "F") + formula("X+F")));
+TEST(FormulaNodes, TakeTheNumbersOfOtherKindsThatTheyHold) {
+    Camera camera("Enumeration E EnumEntry.X=3 Value=3 Boolean B Value=true "
+                  "Float F Value=2.5 Float N Value=-2.5 Float Huge Value=1e19 "
+                  "IntSwissKnife I pVariable.E=E pVariable.B=B pVariable.F=F pVariable.N=N "
+                  "  Formula=E*1000+B*100+F*10-N "
+                  "SwissKnife D pVariable.X=E pVariable.F=F Formula=X+F "
+                  "IntSwissKnife OverHuge pVariable.F=Huge Formula=F+1");
 
-    EXPECT_EQ(3133, camera.integer("I").GetValue());
-    EXPECT_EQ(5.5, camera.floating("D").GetValue());
-}
-
-TEST(FormulaNodes, CannotComputeWithAFloatThatNoIntegerHolds) {
-    Camera camera(constantFloat("F", "1e19") +
-                  element("IntSwissKnife", "I", variable("F", "F") + formula("F+1")));
-
-    EXPECT_THROW(camera.integer("I").GetValue(), RuntimeException);
+    EXPECT_EQ(3133, camera.get("I"));
+    EXPECT_EQ(5.5, camera.getFloat("D"));
+    EXPECT_EQ("Runtime", camera.refuses("OverHuge"));
 }
 
 TEST(FormulaNodes, TakeWhatASuffixNames) {
     Camera camera(
-        element("Integer", "A", "<Value>7</Value><Min>1</Min><Max>10</Max><Inc>3</Inc>") +
-        element("Float", "F", "<Value>0.5</Value><Min>0.25</Min><Max>1</Max>") +
-        R"(<Enumeration Name="E"><EnumEntry Name="X"><Value>3</Value></EnumEntry>
-                       <EnumEntry Name="Y"><Value>4</Value></EnumEntry><Value>3</Value>
-                     </Enumeration>)" +
-        element("IntSwissKnife", "I",
-                variable("A.Value", "A") + variable("A.Min", "A") + variable("A.Max", "A") +
-                    variable("A.Inc", "A") +
-                    formula("A.Value*1000000 + A.Min*10000 + A.Max*100 + A.Inc")) +
-        element("SwissKnife", "D",
-                variable("F.Min", "F") + variable("F", "F") + formula("F.Min+F")) +
-        element("IntSwissKnife", "Entry",
-                variable("E.Entry.Y", "E") + variable("E", "E") + formula("E.Entry.Y*10+E")));
+        "Integer A Value=7 Min=1 Max=10 Inc=3 Float F Value=0.5 Min=0.25 Max=1 "
+        "Enumeration E EnumEntry.X=3 EnumEntry.Y=4 Value=3 "
+        "IntSwissKnife I pVariable.A.Value=A pVariable.A.Min=A pVariable.A.Max=A pVariable.A.Inc=A "
+        "  Formula='A.Value*1000000 + A.Min*10000 + A.Max*100 + A.Inc' "
+        "SwissKnife D pVariable.F.Min=F pVariable.F=F Formula=F.Min+F "
+        "IntSwissKnife Entry pVariable.E.Entry.Y=E pVariable.E=E Formula=E.Entry.Y*10+E");
 
-    EXPECT_EQ(7011003, camera.integer("I").GetValue());
-    EXPECT_EQ(0.75, camera.floating("D").GetValue());
-    EXPECT_EQ(43, camera.integer("Entry").GetValue());
-}
-
-TEST(FormulaNodes, KnowNoOtherSuffix) {
-    EXPECT_EQ("Runtime", raised([] {
-                  Camera camera(constant("A", 7) +
-                                element("IntSwissKnife", "I",
-                                        variable("A.Middle", "A") + formula("A.Middle")));
-                  camera.integer("I").GetValue();
+    EXPECT_THAT(camera.gets("I Entry"), ElementsAre(7011003, 43));
+    EXPECT_EQ(0.75, camera.getFloat("D"));
+    EXPECT_EQ("Runtime", raised([] { // no other suffix
+                  Camera other("Integer A Value=7 "
+                               "IntSwissKnife I pVariable.A.Middle=A Formula=A.Middle");
+                  other.get("I");
               }));
 }
 
 TEST(FormulaNodes, HaveConstantsAndExpressionsByName) {
-    Camera camera(constant("A", 7) +
-                  element("IntSwissKnife", "I",
-                          variable("V", "A") + R"(<Constant Name="K">100</Constant>
-                              <Expression Name="One">V+K</Expression>
-                              <Expression Name="Two">One*2</Expression>)" +
-                              formula("Two+One")) +
-                  element("SwissKnife", "F",
-                          R"(<Constant Name="K">0.5</Constant>
-                             <Expression Name="Half">K/2</Expression>)" +
-                              formula("Half+K")) +
-                  element("IntConverter", "C",
-                          R"(<Constant Name="K">10</Constant>
-                             <Expression Name="Double">K*2</Expression>
-                             <FormulaTo>FROM-Double</FormulaTo><FormulaFrom>TO+Double</FormulaFrom>
-                             <pValue>A</pValue><Slope>Varying</Slope>)"));
+    Camera camera("Integer A Value=7 "
+                  "IntSwissKnife I pVariable.V=A Constant.K=100 Expression.One=V+K "
+                  "  Expression.Two=One*2 Formula=Two+One "
+                  "SwissKnife F Constant.K=0.5 Expression.Half=K/2 Formula=Half+K "
+                  "IntConverter C Constant.K=10 Expression.Double=K*2 FormulaTo=FROM-Double "
+                  "  FormulaFrom=TO+Double pValue=A Slope=Varying");
 
-    EXPECT_EQ(321, camera.integer("I").GetValue());
-    EXPECT_EQ(0.75, camera.floating("F").GetValue());
-    EXPECT_EQ(27, camera.integer("C").GetValue());
-    camera.integer("C").SetValue(30);
-    EXPECT_EQ(10, camera.integer("A").GetValue());
+    EXPECT_THAT(camera.gets("I C"), ElementsAre(321, 27));
+    EXPECT_EQ(0.75, camera.getFloat("F"));
+    EXPECT_EQ("", camera.set("C", 30));
+    EXPECT_EQ(10, camera.get("A"));
 }
 
 TEST(FormulaNodes, KnowAnExpressionOnlyAfterItsDefinition) {
-    Camera camera(element("IntSwissKnife", "I",
-                          R"(<Expression Name="Early">Late+1</Expression>
-                             <Expression Name="Late">1</Expression>)" +
-                              formula("Early")) +
-                  element("IntSwissKnife", "Itself",
-                          R"(<Expression Name="Self">Self+1</Expression>)" + formula("Self")));
+    Camera camera("IntSwissKnife I Expression.Early=Late+1 Expression.Late=1 Formula=Early "
+                  "IntSwissKnife Itself Expression.Self=Self+1 Formula=Self");
 
-    EXPECT_THROW(camera.integer("I").GetValue(), LogicalErrorException);
-    EXPECT_THROW(camera.integer("Itself").GetValue(), LogicalErrorException);
+    EXPECT_EQ("LogicalError", camera.refuses("I"));
+    EXPECT_EQ("LogicalError", camera.refuses("Itself"));
 }
 
 TEST(FormulaNodes, ConvertWithVariables) {
-    Camera camera(constant("Offset", 5) + constant("T", 40) +
-                  element("Converter", "C",
-                          variable("O", "Offset") + "<FormulaTo>(FROM-O)*4</FormulaTo>"
-                                                    "<FormulaFrom>TO/4+O</FormulaFrom>"
-                                                    "<pValue>T</pValue>"));
+    Camera camera("Integer Offset Value=5 Integer T Value=40 Converter C pVariable.O=Offset "
+                  "FormulaTo=(FROM-O)*4 FormulaFrom=TO/4+O pValue=T");
 
-    EXPECT_EQ(15, camera.floating("C").GetValue());
-    camera.floating("C").SetValue(6);
-    EXPECT_EQ(4, camera.integer("T").GetValue());
+    EXPECT_EQ(15, camera.getFloat("C"));
+    EXPECT_EQ("", camera.set("C", 6));
+    EXPECT_EQ(4, camera.get("T"));
 }
 
 TEST(FormulaNodes, AreJudgedWhenTheyAreEvaluated) {
-    Camera camera(constant("Zero", 0) + constant("T", 1) +
-                  element("IntSwissKnife", "Syntax", formula("1+")) +
-                  element("IntSwissKnife", "Empty", formula("")) +
-                  element("IntSwissKnife", "Unknown", formula("Nobody")) +
-                  element("IntSwissKnife", "ByZero", variable("Z", "Zero") + formula("1/Z")) +
-                  element("SwissKnife", "FloatByZero", variable("Z", "Zero") + formula("1/Z")) +
-                  element("IntConverter", "C",
-                          "<FormulaTo>1/FROM</FormulaTo><FormulaFrom>1+*</FormulaFrom>"
-                          "<pValue>T</pValue><Slope>Varying</Slope>"));
+    Camera camera("Integer Zero Value=0 Integer T Value=1 IntSwissKnife Syntax Formula=1+ "
+                  "IntSwissKnife Empty Formula= IntSwissKnife Unknown Formula=Nobody "
+                  "IntSwissKnife ByZero pVariable.Z=Zero Formula=1/Z "
+                  "SwissKnife FloatByZero pVariable.Z=Zero Formula=1/Z "
+                  "IntConverter C FormulaTo=1/FROM FormulaFrom=1+* pValue=T Slope=Varying");
 
-    for (const char *name : {"Syntax", "Empty", "Unknown", "ByZero", "C"})
-        EXPECT_THROW(camera.integer(name).GetValue(), LogicalErrorException) << name;
-    EXPECT_THROW(camera.floating("FloatByZero").GetValue(), LogicalErrorException);
-    EXPECT_THROW(camera.integer("C").SetValue(0), LogicalErrorException);
+    for (const char *name : {"Syntax", "Empty", "Unknown", "ByZero", "C", "FloatByZero"})
+        EXPECT_EQ("LogicalError", camera.refuses(name)) << name;
+    EXPECT_EQ("LogicalError", camera.set("C", 0));
     camera.integer("Zero").SetValue(1);
-    EXPECT_EQ(1, camera.integer("ByZero").GetValue());
+    EXPECT_EQ(1, camera.get("ByZero"));
 }
 
 TEST(FormulaNodes, RaiseWhatTheirVariablesRaise) {
-    Camera camera(
-        constant("Zero", 0) + intReg("R", 0) +
-        element("Integer", "NotNow", "<pIsAvailable>Zero</pIsAvailable><Value>1</Value>") +
-        element("IntSwissKnife", "I", variable("V", "NotNow") + formula("V")) +
-        element("Boolean", "B", "<pValue>R</pValue>") +
-        element("IntSwissKnife", "OverB", variable("V", "B") + formula("V")));
+    Camera camera("Integer Zero Value=0 IntReg R @0 unsigned big "
+                  "Integer NotNow pIsAvailable=Zero Value=1 "
+                  "IntSwissKnife I pVariable.V=NotNow Formula=V "
+                  "Boolean B pValue=R IntSwissKnife OverB pVariable.V=B Formula=V");
     camera.memory.put32(0, 2);
 
-    EXPECT_THROW(camera.integer("I").GetValue(), AccessException);
-    EXPECT_THROW(camera.integer("OverB").GetValue(), LogicalErrorException);
+    EXPECT_EQ("Access", camera.refuses("I"));
+    EXPECT_EQ("LogicalError", camera.refuses("OverB"));
 }
 
 } // namespace

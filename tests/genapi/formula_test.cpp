@@ -85,6 +85,11 @@ void expectIntegers(const std::vector<Case> &cases, const Variables<int64_t> &va
         EXPECT_EQ(each.value, integer(each.text, variables)) << each.text;
 }
 
+void expectFloats(const Variables<double> &cases, const Variables<double> &variables = {}) {
+    for (const auto &[text, value] : cases)
+        EXPECT_EQ(value, floating(text, variables)) << text;
+}
+
 /** The same in integer and in float formulas. */
 void expectBoth(const std::vector<Case> &cases) {
     expectIntegers(cases);
@@ -97,39 +102,18 @@ TEST(Formula, BindsSignsTighterThanEveryOperator) {
 }
 
 TEST(Formula, TakesSignsRightAfterAnOperator) {
-    expectBoth({{1, "7%-3"},
-                {-6, "2*-3"},
-                {4, "7&~3"},
-                {8, "5--3"},
-                {2, "5+-3"},
-                {2, "5---3"},
-                {-3, "1<-1?4:-3"},
-                {1, "2>-1"},
-                {1, "~-2"},
-                {1, "1=+1"}});
+    expectBoth({{1, "7%-3"}, {-6, "2*-3"}, {4, "7&~3"}, {8, "5--3"}, {2, "5+-3"}, {2, "5---3"}});
+    expectBoth({{-3, "1<-1?4:-3"}, {1, "2>-1"}, {1, "~-2"}, {1, "1=+1"}});
 }
 
 TEST(Formula, PutsPowersShiftsAndBitsOnOneLevelAboveProducts) {
-    expectBoth({{5, "1<<2+1"},
-                {64, "2**3**2"},
-                {0, "1|2&4"},
-                {12, "1|2<<2"},
-                {18, "2*3**2"},
-                {18, "3**2*2"},
-                {6, "2*1|2"},
-                {7, "4^2|1"},
-                {2, "16>>2>>1"}});
+    expectBoth({{5, "1<<2+1"}, {64, "2**3**2"}, {0, "1|2&4"}, {12, "1|2<<2"}, {18, "2*3**2"}});
+    expectBoth({{18, "3**2*2"}, {6, "2*1|2"}, {7, "4^2|1"}, {2, "16>>2>>1"}});
 }
 
 TEST(Formula, PutsProductsAboveSumsAboveComparisons) {
-    expectBoth({{7, "1+2*3"},
-                {9, "(1+2)*3"},
-                {1, "10-6-3"},
-                {2, "12/3/2"},
-                {4, "7%4*2-2"},
-                {1, "1+1=2"},
-                {0, "3-1>2"},
-                {1, "4/2>=2"}});
+    expectBoth({{7, "1+2*3"}, {9, "(1+2)*3"}, {1, "10-6-3"}, {2, "12/3/2"}, {4, "7%4*2-2"}});
+    expectBoth({{1, "1+1=2"}, {0, "3-1>2"}, {1, "4/2>=2"}});
 }
 
 TEST(Formula, GroupsComparisonsAndLogicFromTheLeft) {
@@ -185,15 +169,9 @@ TEST(Formula, IgnoresBlanksBetweenWords) {
 TEST(Formula, KnowsVariablesByTheirWholeNameInItsCase) {
     const Variables<int64_t> variables = {
         {"V", 1}, {"v", 2}, {"_v1", 3}, {"V.Value", 4}, {"V.Entry.On_2", 5}, {"PI", 6}, {"E", 7}};
-    expectIntegers({{1, "V"},
-                    {2, "v"},
-                    {3, "_v1"},
-                    {4, "V.Value"},
-                    {5, "V.Entry.On_2"},
-                    {6, "PI"},
-                    {7, "E"},
-                    {12345, "V*10000+v*1000+_v1*100+V.Value*10+V.Entry.On_2"}},
-                   variables);
+    expectIntegers({{1, "V"}, {2, "v"}, {3, "_v1"}, {4, "V.Value"}}, variables);
+    expectIntegers({{5, "V.Entry.On_2"}, {6, "PI"}, {7, "E"}}, variables);
+    expectIntegers({{12345, "V*10000+v*1000+_v1*100+V.Value*10+V.Entry.On_2"}}, variables);
     EXPECT_EQ("the formula '1+x1' is none: no such variable at 'x1' (character 3)",
               refusedInteger("1+x1", variables));
 }
@@ -226,17 +204,11 @@ TEST(Formula, OutlivesItsTextAndCanBeCopied) {
 // ---- Integer formulas ----
 
 TEST(Formula, ReadsIntegersInDecimalAndHexadecimal) {
-    expectIntegers({{10, "010"},
-                    {0, "0"},
-                    {255, "0xFf"},
-                    {255, "0X00ff"},
-                    {kMax, "9223372036854775807"},
-                    {kMax, "9223372036854775808"},
-                    {kMax, "99999999999999999999999999"},
-                    {kMax, "0x7FFFFFFFFFFFFFFF"},
-                    {kMax, "0xFFFFFFFFFFFFFFFF"},
-                    {kMax, "0x123456789ABCDEF01234"},
-                    {kMin, "-9223372036854775807-1"}});
+    expectIntegers({{10, "010"}, {0, "0"}, {255, "0xFf"}, {255, "0X00ff"}});
+    expectIntegers({{kMax, "9223372036854775807"}, {kMax, "9223372036854775808"}});
+    expectIntegers({{kMax, "99999999999999999999999999"}, {kMax, "0x7FFFFFFFFFFFFFFF"}});
+    expectIntegers({{kMax, "0xFFFFFFFFFFFFFFFF"}, {kMax, "0x123456789ABCDEF01234"}});
+    expectIntegers({{kMin, "-9223372036854775807-1"}});
 }
 
 TEST(Formula, OfIntegersHasNoPointAndNoExponent) {
@@ -247,19 +219,10 @@ TEST(Formula, OfIntegersHasNoPointAndNoExponent) {
 
 TEST(Formula, OfIntegersWraps) {
     const Variables<int64_t> variables = {{"MIN", kMin}, {"MAX", kMax}};
-    expectIntegers({{kMin, "MAX+1"},
-                    {kMax, "MIN-1"},
-                    {-2, "MAX*2"},
-                    {kMin, "-MIN"},
-                    {kMin, "NEG(MIN)"},
-                    {kMin, "MIN/-1"},
-                    {0, "MIN%-1"},
-                    {kMin, "MIN*-1"},
-                    {0, "2**64"},
-                    {kMin, "2**63"},
-                    {1, "MAX**2"},
-                    {-420491770248316829, "3**41"}},
-                   variables);
+    expectIntegers({{kMin, "MAX+1"}, {kMax, "MIN-1"}, {-2, "MAX*2"}, {kMin, "-MIN"}}, variables);
+    expectIntegers({{kMin, "NEG(MIN)"}, {kMin, "MIN/-1"}, {0, "MIN%-1"}}, variables);
+    expectIntegers({{kMin, "MIN*-1"}, {0, "2**64"}, {kMin, "2**63"}, {1, "MAX**2"}}, variables);
+    expectIntegers({{-420491770248316829, "3**41"}}, variables);
 }
 
 TEST(Formula, OfIntegersDividesTowardZero) {
@@ -268,25 +231,14 @@ TEST(Formula, OfIntegersDividesTowardZero) {
 }
 
 TEST(Formula, OfIntegersTruncatesNegativePowers) {
-    expectIntegers({{0, "2**-1"},
-                    {1, "1**-5"},
-                    {1, "(-1)**-2"},
-                    {-1, "(-1)**-3"},
-                    {1, "0**0"},
-                    {0, "0**3"},
-                    {-8, "-2**3"}});
+    expectIntegers({{0, "2**-1"}, {1, "1**-5"}, {1, "(-1)**-2"}, {-1, "(-1)**-3"}, {1, "0**0"}});
+    expectIntegers({{0, "0**3"}, {-8, "-2**3"}});
     EXPECT_EQ("division by zero in the formula '0**-1'", refusedInteger("0**-1"));
 }
 
 TEST(Formula, OfIntegersShiftsByTheCountModulo64AndKeepsTheSign) {
-    expectIntegers({{2, "1<<65"},
-                    {kMin, "1<<63"},
-                    {kMin, "1<<-1"},
-                    {-2, "-1<<1"},
-                    {-1, "-1>>63"},
-                    {-2, "-8>>2"},
-                    {4, "8>>65"},
-                    {-1, "-8>>-1"}});
+    expectIntegers({{2, "1<<65"}, {kMin, "1<<63"}, {kMin, "1<<-1"}, {-2, "-1<<1"}, {-1, "-1>>63"}});
+    expectIntegers({{-2, "-8>>2"}, {4, "8>>65"}, {-1, "-8>>-1"}});
 }
 
 TEST(Formula, OfIntegersHasTwoFunctions) {
@@ -298,17 +250,9 @@ TEST(Formula, OfIntegersHasTwoFunctions) {
 // ---- Float formulas ----
 
 TEST(Formula, OfFloatsReadsNumbersAsCDoes) {
-    for (const auto &[value, text] :
-         std::map<double, std::string>{{5.0, "5."},
-                                       {0.25, "0.25"},
-                                       {150.0, "1.5e2"},
-                                       {0.015, "1.5E-2"},
-                                       {5000.0, "5.e+3"},
-                                       {10.0, "010"},
-                                       {255.0, "0xFF"},
-                                       {0x1p64, "0xFFFFFFFFFFFFFFFFF"},
-                                       {1e22, "10000000000000000000000"}})
-        EXPECT_EQ(value, floating(text)) << text;
+    expectFloats({{"5.", 5.0}, {"0.25", 0.25}, {"1.5e2", 150.0}, {"1.5E-2", 0.015}});
+    expectFloats({{"5.e+3", 5000.0}, {"010", 10.0}, {"0xFF", 255.0}});
+    expectFloats({{"0xFFFFFFFFFFFFFFFFF", 0x1p64}, {"10000000000000000000000", 1e22}});
     EXPECT_EQ("the formula '.5' is none: expected a value at '.' (character 1)",
               refusedFloat(".5"));
     EXPECT_THAT(refusedFloat("1e400"), HasSubstr("in the range of a double at '1e400'"));
@@ -316,23 +260,15 @@ TEST(Formula, OfFloatsReadsNumbersAsCDoes) {
 }
 
 TEST(Formula, OfFloatsDividesAsDoublesDo) {
-    EXPECT_EQ(2.5, floating("5/2"));
-    EXPECT_EQ(1.5, floating("5.5%2"));
-    EXPECT_EQ(-1.5, floating("-5.5%2"));
-    EXPECT_EQ(0.5, floating("2**-1"));
-    EXPECT_EQ(std::sqrt(2), floating("2**0.5"));
-    EXPECT_EQ(1.0, floating("0.5?1:2"));
+    expectFloats({{"5/2", 2.5}, {"5.5%2", 1.5}, {"-5.5%2", -1.5}, {"2**-1", 0.5}});
+    expectFloats({{"2**0.5", std::sqrt(2)}, {"0.5?1:2", 1.0}});
 }
 
 TEST(Formula, OfFloatsTruncatesForBits) {
-    EXPECT_EQ(2.0, floating("6.9&3.9"));
-    EXPECT_EQ(7.0, floating("6.9|1.9"));
-    EXPECT_EQ(5.0, floating("6.9^3.9"));
-    EXPECT_EQ(24.0, floating("6.9<<2.9"));
-    EXPECT_EQ(1.0, floating("6.9>>2.9"));
-    EXPECT_EQ(1.0, floating("~-2.9"));
-    EXPECT_EQ(1099511627776.0, floating("V<<38", {{"V", 4.5}})); // beyond 32 bits
-    EXPECT_EQ(-0x1p63, floating("V|0", {{"V", -0x1p63}}));
+    expectFloats({{"6.9&3.9", 2.0}, {"6.9|1.9", 7.0}, {"6.9^3.9", 5.0}, {"6.9<<2.9", 24.0}});
+    expectFloats({{"6.9>>2.9", 1.0}, {"~-2.9", 1.0}});
+    expectFloats({{"V<<38", 1099511627776.0}}, {{"V", 4.5}}); // beyond 32 bits
+    expectFloats({{"V|0", -0x1p63}}, {{"V", -0x1p63}});
 }
 
 TEST(Formula, OfFloatsRaisesWhereBitsAreBeyondAnInteger) {
@@ -345,44 +281,28 @@ TEST(Formula, OfFloatsRaisesWhereBitsAreBeyondAnInteger) {
 }
 
 TEST(Formula, OfFloatsHasFunctionsInAnyCase) {
-    const double x = 0.7;
-    const std::vector<std::pair<const char *, double>> cases = {{"SIN(x)", std::sin(x)},
-                                                                {"COS(x)", std::cos(x)},
-                                                                {"TAN(x)", std::tan(x)},
-                                                                {"ASIN(x)", std::asin(x)},
-                                                                {"ACOS(x)", std::acos(x)},
-                                                                {"ATAN(x)", std::atan(x)},
-                                                                {"EXP(x)", std::exp(x)},
-                                                                {"LN(x)", std::log(x)},
-                                                                {"LG(x)", std::log10(x)},
-                                                                {"SQRT(x)", std::sqrt(x)},
-                                                                {"ABS(-x)", x},
-                                                                {"ABS(x)", x},
-                                                                {"SGN(-x)", -1.0},
-                                                                {"SGN(x-x)", 0.0},
-                                                                {"SGN(x)", 1.0},
-                                                                {"NEG(x)", -x},
-                                                                {"TRUNC(-1.7)", -1.0},
-                                                                {"TRUNC(1.7)", 1.0},
-                                                                {"FLOOR(-1.2)", -2.0},
-                                                                {"CEIL(1.2)", 2.0},
-                                                                {"sin(x)", std::sin(x)},
-                                                                {"Sqrt(x)", std::sqrt(x)},
-                                                                {"eXp(2*x)", std::exp(1.4)}};
-    for (const auto &[text, value] : cases)
-        EXPECT_EQ(value, floating(text, {{"x", x}})) << text;
+    const Variables<double> x = {{"x", 0.7}};
+    const std::pair<const char *, double (*)(double)> functions[] = {
+        {"SIN(x)", std::sin},   {"COS(x)", std::cos},   {"TAN(x)", std::tan},
+        {"ASIN(x)", std::asin}, {"ACOS(x)", std::acos}, {"ATAN(x)", std::atan},
+        {"EXP(x)", std::exp},   {"LN(x)", std::log},    {"LG(x)", std::log10},
+        {"SQRT(x)", std::sqrt}, {"sin(x)", std::sin},   {"Sqrt(x)", std::sqrt}};
+    for (const auto &[text, function] : functions)
+        EXPECT_EQ(function(0.7), floating(text, x)) << text;
+    expectFloats({{"ABS(-x)", 0.7}, {"ABS(x)", 0.7}, {"SGN(-x)", -1.0}, {"SGN(x-x)", 0.0}}, x);
+    expectFloats({{"SGN(x)", 1.0}, {"NEG(x)", -0.7}, {"eXp(2*x)", std::exp(1.4)}}, x);
+    expectFloats({{"TRUNC(-1.7)", -1.0}, {"TRUNC(1.7)", 1.0}}, x);
+    expectFloats({{"FLOOR(-1.2)", -2.0}, {"CEIL(1.2)", 2.0}}, x);
     for (const char *text : {"LOG(1)", "POW(1)", "MIN(1)", "MAX(1)", "x(1)", "PI(1)"})
-        EXPECT_THAT(refusedFloat(text, {{"x", x}}), HasSubstr("no such function at '")) << text;
+        EXPECT_THAT(refusedFloat(text, x), HasSubstr("no such function at '")) << text;
 }
 
 TEST(Formula, OfFloatsRoundsHalvesAwayFromZero) {
-    const std::vector<std::pair<const char *, double>> cases = {
-        {"ROUND(2.5)", 3.0},      {"ROUND(-2.5)", -3.0},      {"ROUND(2.4)", 2.0},
-        {"ROUND(0.125,2)", 0.13}, {"ROUND(-0.125,2)", -0.13}, {"ROUND(1.23456,3)", 1.235},
-        {"ROUND(2.5,0)", 3.0},    {"ROUND(1250,-2)", 1300.0}, {"ROUND(1.5e300,300)", 1.5e300},
-        {"ROUND(7,1000)", 7.0},   {"ROUND(7,-1000)", 0.0},    {"Round ( 0.25 , 0+1 )", 0.3}};
-    for (const auto &[text, value] : cases)
-        EXPECT_EQ(value, floating(text)) << text;
+    expectFloats({{"ROUND(2.5)", 3.0}, {"ROUND(-2.5)", -3.0}, {"ROUND(2.4)", 2.0}});
+    expectFloats({{"ROUND(0.125,2)", 0.13}, {"ROUND(-0.125,2)", -0.13}});
+    expectFloats({{"ROUND(1.23456,3)", 1.235}, {"ROUND(2.5,0)", 3.0}, {"ROUND(1250,-2)", 1300.0}});
+    expectFloats({{"ROUND(1.5e300,300)", 1.5e300}, {"ROUND(7,1000)", 7.0}});
+    expectFloats({{"ROUND(7,-1000)", 0.0}, {"Round ( 0.25 , 0+1 )", 0.3}});
     EXPECT_EQ(kInfinity, floating("ROUND(EXP(1000),2)"));
     EXPECT_TRUE(std::isnan(floating("ROUND(SQRT(-1),2)")));
     EXPECT_THAT(refusedFloat("FLOOR(1,2)"), HasSubstr("expected ')' at ','"));
@@ -529,63 +449,36 @@ int64_t someNumber(Numbers &numbers) {
 }
 
 __extension__ using Wide = __int128;
+using Operation = Wide (*)(Wide, Wide);
+using Sign = std::pair<std::string, Operation>;
 
-/** One operation; nothing when it is not defined. */
-std::optional<int64_t> computed(const std::string &sign, int64_t left, int64_t right) {
-    const auto a = static_cast<uint64_t>(left);
-    const auto b = static_cast<uint64_t>(right);
-    const auto wide = static_cast<Wide>(left);
-    if ((sign == "/" || sign == "%") && right == 0)
+const std::vector<std::vector<Sign>> kLevels = { // the tightest first
+    {{"<<", [](Wide l, Wide r) { return l * (Wide{1} << (r & 63)); }},
+     {">>", [](Wide l, Wide r) { return l >> (r & 63); }},
+     {"&", [](Wide l, Wide r) { return l & r; }},
+     {"|", [](Wide l, Wide r) { return l | r; }},
+     {"^", [](Wide l, Wide r) { return l ^ r; }}},
+    {{"*", [](Wide l, Wide r) { return l * r; }},
+     {"/", [](Wide l, Wide r) { return l / r; }},
+     {"%", [](Wide l, Wide r) { return l % r; }}},
+    {{"+", [](Wide l, Wide r) { return l + r; }}, {"-", [](Wide l, Wide r) { return l - r; }}},
+    {{"=", [](Wide l, Wide r) -> Wide { return l == r; }},
+     {"<>", [](Wide l, Wide r) -> Wide { return l != r; }},
+     {"<", [](Wide l, Wide r) -> Wide { return l < r; }},
+     {">", [](Wide l, Wide r) -> Wide { return l > r; }},
+     {"<=", [](Wide l, Wide r) -> Wide { return l <= r; }},
+     {">=", [](Wide l, Wide r) -> Wide { return l >= r; }},
+     {"&&", [](Wide l, Wide r) -> Wide { return l && r; }},
+     {"||", [](Wide l, Wide r) -> Wide { return l || r; }}}};
+
+/** One operation, of 64 bits; nothing when it is not defined. */
+std::optional<int64_t> computed(const Sign &sign, int64_t left, int64_t right) {
+    if ((sign.first == "/" || sign.first == "%") && right == 0)
         return std::nullopt;
-    const auto result = [&]() -> Wide {
-        if (sign == "<<")
-            return static_cast<int64_t>(a << (b % 64));
-        if (sign == ">>")
-            return left >> (b % 64);
-        if (sign == "&")
-            return left & right;
-        if (sign == "|")
-            return left | right;
-        if (sign == "^")
-            return left ^ right;
-        if (sign == "*")
-            return wide * right;
-        if (sign == "/")
-            return wide / right;
-        if (sign == "%")
-            return wide % right;
-        if (sign == "+")
-            return wide + right;
-        if (sign == "-")
-            return wide - right;
-        if (sign == "=")
-            return left == right;
-        if (sign == "<>")
-            return left != right;
-        if (sign == "<")
-            return left < right;
-        if (sign == ">")
-            return left > right;
-        if (sign == "<=")
-            return left <= right;
-        if (sign == ">=")
-            return left >= right;
-        if (sign == "&&")
-            return left && right;
-        if (sign == "||")
-            return left || right;
-        throw std::invalid_argument(sign);
-    };
-    return static_cast<int64_t>(result());
+    return static_cast<int64_t>(sign.second(left, right));
 }
 
-const std::vector<std::vector<std::string>> kLevels = { // the tightest first
-    {"<<", ">>", "&", "|", "^"},
-    {"*", "/", "%"},
-    {"+", "-"},
-    {"=", "<>", "<", ">", "<=", ">=", "&&", "||"}};
-
-const std::string &someSign(Numbers &numbers) {
+const Sign &someSign(Numbers &numbers) {
     const auto &level = kLevels[numbers() % kLevels.size()];
     return level[numbers() % level.size()];
 }
@@ -607,7 +500,8 @@ Made someTree(Numbers &numbers, int depth, const Variables<int64_t> &variables) 
         const Made of = branch();
         if (numbers() % 2)
             return {"(~" + of.text + ")", of.value ? std::optional(~*of.value) : std::nullopt};
-        return {"(-" + of.text + ")", of.value ? computed("-", 0, *of.value) : std::nullopt};
+        return {"(-" + of.text + ")",
+                of.value ? computed(kLevels[2][1], 0, *of.value) : std::nullopt};
     }
     const Made left = branch();
     const Made right = branch();
@@ -618,8 +512,8 @@ Made someTree(Numbers &numbers, int depth, const Variables<int64_t> &variables) 
                 defined && condition.value ? (*condition.value ? left.value : right.value)
                                            : std::nullopt};
     }
-    const std::string &sign = someSign(numbers);
-    return {"(" + left.text + sign + right.text + ")",
+    const Sign &sign = someSign(numbers);
+    return {"(" + left.text + sign.first + right.text + ")",
             defined ? computed(sign, *left.value, *right.value) : std::nullopt};
 }
 
@@ -627,11 +521,11 @@ Made someTree(Numbers &numbers, int depth, const Variables<int64_t> &variables) 
 Made someLine(Numbers &numbers, const Variables<int64_t> &variables) {
     Made made;
     std::vector<int64_t> values;
-    std::vector<std::string> signs;
+    std::vector<Sign> signs;
     for (size_t count = 2 + numbers() % 8; count > 0; --count) {
         const auto &[name, value] = variables[numbers() % variables.size()];
         if (!values.empty())
-            made.text += signs.emplace_back(someSign(numbers));
+            made.text += signs.emplace_back(someSign(numbers)).first;
         made.text += name;
         values.push_back(value);
     }

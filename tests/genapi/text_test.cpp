@@ -22,15 +22,20 @@ constexpr double kInfinity = std::numeric_limits<double>::infinity();
 constexpr double kMost = std::numeric_limits<double>::max();
 constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
 
-struct Integer {
-    std::string text;
-    int64_t value;
-};
+template <class Value>
+using Parse = std::optional<Value> (*)(const std::string &text);
 
-struct Float {
-    std::string text;
-    double value;
-};
+template <class Value>
+void expectTaken(Parse<Value> parse, const std::vector<std::pair<const char *, Value>> &cases) {
+    for (const auto &[text, value] : cases)
+        EXPECT_THAT(parse(text), Optional(value)) << text;
+}
+
+template <class Value>
+void expectNone(Parse<Value> parse, const std::vector<const char *> &texts) {
+    for (const char *text : texts)
+        EXPECT_EQ(std::nullopt, parse(text)) << text;
+}
 
 std::string automatic(double value, int64_t precision = 6, double min = -kMost,
                       double max = kMost) {
@@ -46,59 +51,25 @@ std::string scientific(double value, int64_t precision, double min = -kMost, dou
 // ---- Descriptions ----
 
 TEST(Text, OfADescriptionIsAWholeIntegerOrNone) {
-    for (const Integer &each : std::vector<Integer>{{"0", 0},
-                                                    {"010", 10},
-                                                    {"+7", 7},
-                                                    {"-7", -7},
-                                                    {"0x10", 16},
-                                                    {"0XfF", 255},
-                                                    {"0x7FFFFFFFFFFFFFFF", kMax},
-                                                    {"9223372036854775807", kMax},
-                                                    {"-9223372036854775808", kMin}})
-        EXPECT_THAT(integerOfDescription(each.text), Optional(each.value)) << each.text;
-    for (const char *text : {"",
-                             "-",
-                             "+",
-                             "+-1",
-                             "--1",
-                             " 1",
-                             "1 ",
-                             "1\n",
-                             "1.0",
-                             "1.",
-                             "1e2",
-                             "abc",
-                             "0x",
-                             "0xg",
-                             "x1",
-                             "-0x10",
-                             "1,5",
-                             "9223372036854775808",
-                             "-9223372036854775809",
-                             "0x8000000000000000",
-                             "0xFFFFFFFFFFFFFFFF",
-                             "0x10000000000000000"})
-        EXPECT_EQ(std::nullopt, integerOfDescription(text)) << text;
+    const Parse<int64_t> parse = [](const auto &text) { return integerOfDescription(text); };
+    expectTaken(parse, {{"0", 0}, {"010", 10}, {"+7", 7}, {"-7", -7}, {"0x10", 16}, {"0XfF", 255}});
+    expectTaken(parse, {{"0x7FFFFFFFFFFFFFFF", kMax},
+                        {"9223372036854775807", kMax},
+                        {"-9223372036854775808", kMin}});
+    expectNone(parse, {"", "-", "+", "+-1", "--1", " 1", "1 ", "1\n", "1.0", "1.", "1e2", "abc",
+                       "0x", "0xg", "x1", "-0x10", "1,5"});
+    expectNone(parse, {"9223372036854775808", "-9223372036854775809", "0x8000000000000000",
+                       "0xFFFFFFFFFFFFFFFF", "0x10000000000000000"});
 }
 
 TEST(Text, OfADescriptionIsAWholeFloatOrNone) {
-    for (const Float &each : std::vector<Float>{{"0", 0.0},
-                                                {"1.5", 1.5},
-                                                {"-1.5e3", -1500.0},
-                                                {"+2E-1", 0.2},
-                                                {".5", 0.5},
-                                                {"5.", 5.0},
-                                                {"0x10", 16.0},
-                                                {"-0x10", -16.0},
-                                                {"1.7976931348623157e308", kMost},
-                                                {"5e-324", 5e-324},
-                                                {"INF", kInfinity},
-                                                {"-inf", -kInfinity},
-                                                {"+Infinity", kInfinity}})
-        EXPECT_THAT(floatOfDescription(each.text), Optional(each.value)) << each.text;
-    for (const char *text : {"", "-", "+", ".", "e5", " 1", "1 ", "1,5", "1.5x", "1e", "1e+", "--1",
-                             "+-1", "0x", "abc", "1e5000", "-1e5000", "infi", "0x-1"})
-        EXPECT_EQ(std::nullopt, floatOfDescription(text)) << text;
+    const Parse<double> parse = [](const auto &text) { return floatOfDescription(text); };
+    expectTaken(parse, {{"0", 0.0}, {"1.5", 1.5}, {"-1.5e3", -1500.0}, {"+2E-1", 0.2}});
+    expectTaken(parse, {{".5", 0.5}, {"5.", 5.0}, {"0x10", 16.0}, {"-0x10", -16.0}});
+    expectTaken(parse, {{"1.7976931348623157e308", kMost}, {"5e-324", 5e-324}});
+    expectTaken(parse, {{"INF", kInfinity}, {"-inf", -kInfinity}, {"+Infinity", kInfinity}});
+    expectNone(parse, {"", "-", "+", ".", "e5", " 1", "1 ", "1,5", "1.5x", "1e", "1e+", "--1",
+                       "+-1", "0x", "abc", "1e5000", "-1e5000", "infi", "0x-1"});
 }
 
 // ---- Integers ----
@@ -119,62 +90,54 @@ TEST(Text, ShowsAnIntegerAsItsRepresentationSays) {
 }
 
 TEST(Text, TakesTheIntegerThatATextBeginsWith) {
-    for (const Integer &each : std::vector<Integer>{{"15", 15},
-                                                    {" \t15\r\n", 15},
-                                                    {"15abc", 15},
-                                                    {"15 16", 15},
-                                                    {"50.0", 50},
-                                                    {"5e1", 5},
-                                                    {"010", 10},
-                                                    {"+7", 7},
-                                                    {"-7", -7},
-                                                    {"-0x10", 0},
-                                                    {"0x10", 16},
-                                                    {" 0XaBg", 0xAB},
-                                                    {"0x", 0},
-                                                    {"9223372036854775807", kMax},
-                                                    {"9223372036854775808", kMax},
-                                                    {"99999999999999999999999", kMax},
-                                                    {"-9223372036854775808", kMin},
-                                                    {"-9223372036854775809", kMin},
-                                                    {"0x7fffffffffffffff", kMax},
-                                                    {"0x8000000000000000", kMin},
-                                                    {"0xFFFFFFFFFFFFFFFF", -1},
-                                                    {"0x10000000000000000", kMax}}) {
-        EXPECT_THAT(integerOf(each.text, Representation::Number), Optional(each.value))
-            << each.text;
-        EXPECT_THAT(integerOf(each.text, Representation::HexNumber), Optional(each.value))
-            << each.text;
-    }
-    for (const char *text : {"", " ", "abc", "ff", "-", "+", "- 5", "+-5", "--5", ".5", "true"}) {
-        EXPECT_EQ(std::nullopt, integerOf(text, Representation::Number)) << text;
-        EXPECT_EQ(std::nullopt, integerOf(text, Representation::HexNumber)) << text;
+    const Parse<int64_t> number = [](const auto &text) {
+        return integerOf(text, Representation::Number);
+    };
+    const Parse<int64_t> hex = [](const auto &text) {
+        return integerOf(text, Representation::HexNumber);
+    };
+    for (const auto parse : {number, hex}) {
+        expectTaken(parse, {{"15", 15}, {" \t15\r\n", 15}, {"15abc", 15}, {"15 16", 15}});
+        expectTaken(parse, {{"50.0", 50}, {"5e1", 5}, {"010", 10}, {"+7", 7}, {"-7", -7}});
+        expectTaken(parse, {{"-0x10", 0}, {"0x10", 16}, {" 0XaBg", 0xAB}, {"0x", 0}});
+        expectTaken(parse, {{"9223372036854775807", kMax},
+                            {"9223372036854775808", kMax},
+                            {"99999999999999999999999", kMax},
+                            {"-9223372036854775808", kMin},
+                            {"-9223372036854775809", kMin},
+                            {"0x7fffffffffffffff", kMax},
+                            {"0x8000000000000000", kMin},
+                            {"0xFFFFFFFFFFFFFFFF", -1},
+                            {"0x10000000000000000", kMax}});
+        expectNone(parse, {"", " ", "abc", "ff", "-", "+", "- 5", "+-5", "--5", ".5", "true"});
     }
 }
 
 TEST(Text, TakesOnlyTrueAndFalseForAnIntegerShownSo) {
-    EXPECT_THAT(integerOf("true", Representation::Boolean), Optional(1));
-    EXPECT_THAT(integerOf("false", Representation::Boolean), Optional(0));
-    for (const char *text : {"", "1", "0", "True", " true", "truex"})
-        EXPECT_EQ(std::nullopt, integerOf(text, Representation::Boolean)) << text;
+    const Parse<int64_t> parse = [](const auto &text) {
+        return integerOf(text, Representation::Boolean);
+    };
+    expectTaken(parse, {{"true", 1}, {"false", 0}});
+    expectNone(parse, {"", "1", "0", "True", " true", "truex"});
 }
 
 TEST(Text, TakesAddressesInTheirFormOnly) {
-    const auto ip = [](const char *text) { return integerOf(text, Representation::IPV4Address); };
-    EXPECT_THAT(ip("192.168.0.1"), Optional(0xC0A80001));
-    EXPECT_THAT(ip("255.255.255.255"), Optional(0xFFFFFFFF));
-    for (const char *text : {"", "5", "0xC0A80001", "1.2.3", "1.2.3.4.5", "1.2.3.256", "1.2.3.4 ",
-                             " 1.2.3.4", "1.2..4", "1.2.3.", "1.2.3.-4", "1.2.3.+4", "1.2.3.0004",
-                             "1,2,3,4", "1.2.3.99999999999", "a.b.c.d"})
-        EXPECT_EQ(std::nullopt, ip(text)) << text;
+    const Parse<int64_t> ip = [](const auto &text) {
+        return integerOf(text, Representation::IPV4Address);
+    };
+    expectTaken(ip, {{"192.168.0.1", 0xC0A80001}, {"255.255.255.255", 0xFFFFFFFF}});
+    expectNone(ip, {"", "5", "0xC0A80001", "1.2.3", "1.2.3.4.5", "1.2.3.256", "1.2.3.4 ",
+                    " 1.2.3.4", "1.2..4", "1.2.3.", "1.2.3.-4", "1.2.3.+4", "1.2.3.0004", "1,2,3,4",
+                    "1.2.3.99999999999", "a.b.c.d"});
 
-    const auto mac = [](const char *text) { return integerOf(text, Representation::MACAddress); };
-    EXPECT_THAT(mac("00:11:22:33:aa:bb"), Optional(0x00112233AABB));
-    EXPECT_THAT(mac("FF:FF:FF:FF:FF:FF"), Optional(0xFFFFFFFFFFFF));
-    for (const char *text : {"", "5", "0x00112233aabb", "00:11:22:33:aa", "00:11:22:33:aa:bb:cc",
-                             "00:11:22:33:aa:b", "00:11:22:33:aa:bbb", "00-11-22-33-aa-bb",
-                             "00:11:22:33:aa:bg", "00:11:22:33:aa:bb ", "0x:11:22:33:aa:bb"})
-        EXPECT_EQ(std::nullopt, mac(text)) << text;
+    const Parse<int64_t> mac = [](const auto &text) {
+        return integerOf(text, Representation::MACAddress);
+    };
+    expectTaken(mac,
+                {{"00:11:22:33:aa:bb", 0x00112233AABB}, {"FF:FF:FF:FF:FF:FF", 0xFFFFFFFFFFFF}});
+    expectNone(mac, {"", "5", "0x00112233aabb", "00:11:22:33:aa", "00:11:22:33:aa:bb:cc",
+                     "00:11:22:33:aa:b", "00:11:22:33:aa:bbb", "00-11-22-33-aa-bb",
+                     "00:11:22:33:aa:bg", "00:11:22:33:aa:bb ", "0x:11:22:33:aa:bb"});
 }
 
 // ---- Floats ----
@@ -241,22 +204,13 @@ TEST(Text, StaysRoundedWhereNoDigitIsInsideOrTheValueIsOutside) {
 }
 
 TEST(Text, TakesTheFloatThatATextBeginsWith) {
-    for (const Float &each : std::vector<Float>{{"2.5", 2.5},
-                                                {" \t2.5\n", 2.5},
-                                                {"2,5", 2.0},
-                                                {"2.5x", 2.5},
-                                                {"-1e3", -1000.0},
-                                                {"+.5", 0.5},
-                                                {"5.", 5.0},
-                                                {"5e", 5.0},
-                                                {"0x10", 16.0},
-                                                {" -0x1.8p1z", -3.0},
-                                                {"0x", 0.0},
-                                                {"1.7976931348623157e308", kMost}})
-        EXPECT_THAT(floatOf(each.text), Optional(each.value)) << each.text;
-    for (const char *text : {"", " ", "abc", "-", "+", ".", "+-1", "- 1", "inf", "-inf", "INFINITY",
-                             "nan", "NAN(1)", "1e400", "-1e400", "0x1p5000"})
-        EXPECT_EQ(std::nullopt, floatOf(text)) << text;
+    const Parse<double> parse = [](const auto &text) { return floatOf(text); };
+    expectTaken(parse, {{"2.5", 2.5}, {" \t2.5\n", 2.5}, {"2,5", 2.0}, {"2.5x", 2.5}});
+    expectTaken(parse, {{"-1e3", -1000.0}, {"+.5", 0.5}, {"5.", 5.0}, {"5e", 5.0}});
+    expectTaken(parse, {{"0x10", 16.0}, {" -0x1.8p1z", -3.0}, {"0x", 0.0}});
+    expectTaken(parse, {{"1.7976931348623157e308", kMost}});
+    expectNone(parse, {"", " ", "abc", "-", "+", ".", "+-1", "- 1", "inf", "-inf", "INFINITY",
+                       "nan", "NAN(1)", "1e400", "-1e400", "0x1p5000"});
 }
 
 TEST(Text, IsTheSameInALocaleWithADecimalComma) {
@@ -276,12 +230,10 @@ TEST(Text, IsTheSameInALocaleWithADecimalComma) {
 // ---- Booleans, bytes ----
 
 TEST(Text, OfABooleanIsOneOfFourWithBlanksAround) {
-    for (const char *text : {"1", "true", " true", "1\t\n"})
-        EXPECT_THAT(booleanOf(text), Optional(true)) << text;
-    for (const char *text : {"0", "false", "false ", " 0"})
-        EXPECT_THAT(booleanOf(text), Optional(false)) << text;
-    for (const char *text : {"", " ", "True", "FALSE", "2", "-1", "on", "true false", "10"})
-        EXPECT_EQ(std::nullopt, booleanOf(text)) << text;
+    const Parse<bool> parse = [](const auto &text) { return booleanOf(text); };
+    expectTaken(parse, {{"1", true}, {"true", true}, {" true", true}, {"1\t\n", true}});
+    expectTaken(parse, {{"0", false}, {"false", false}, {"false ", false}, {" 0", false}});
+    expectNone(parse, {"", " ", "True", "FALSE", "2", "-1", "on", "true false", "10"});
 }
 
 TEST(Text, OfBytesIsTwoDigitsEach) {
