@@ -19,7 +19,7 @@ set(_runs PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXEC
 install(TARGETS kxinfo-dalsa LIBRARY DESTINATION ${KXINFO_PLUGIN_DIR} ${_runs}
   COMPONENT kxinfo-dalsa)
 install(TARGETS kxinfo RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT kxinfo-dalsa)
-install(TARGETS kxinfo-camera LIBRARY DESTINATION ${KXINFO_PLUGIN_DIR} COMPONENT kxinfo-dalsa)
+install(TARGETS kxinfo-host RUNTIME DESTINATION ${KXINFO_PLUGIN_DIR} COMPONENT kxinfo-dalsa)
 if(TARGET GevApi)
   install(TARGETS GevApi LIBRARY DESTINATION ${KXINFO_PLATFORM_DIR} NAMELINK_SKIP
     COMPONENT kxinfo-platform-gige)
@@ -56,7 +56,7 @@ foreach(_page IN LISTS _pages)
   endif()
 endforeach()
 
-foreach(_completion host/completion/kxinfo simcam/completion/kxinfo-simcam)
+foreach(_completion camera/completion/kxinfo simcam/completion/kxinfo-simcam)
   cmake_path(GET _completion FILENAME _name)
   _kxinfo_component_of(${_name} _component)
   if(_component)

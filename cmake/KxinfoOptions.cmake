@@ -10,7 +10,7 @@ set(KXINFO_REVISION "" CACHE STRING
 set(KXINFO_SANITIZE "" CACHE STRING "Sanitizers to build with, as for -fsanitize=")
 option(KXINFO_WERROR "Treat compiler warnings as errors" OFF)
 option(KXINFO_COVERAGE "Build for coverage measurement" OFF)
-option(KXINFO_TESTS "Build the tests" ON)
+option(KXINFO_TESTS "Build the tests, which need more packages than the rest" OFF)
 option(KXINFO_BENCH "Build the benchmarks" OFF)
 option(KXINFO_FUZZ "Build the fuzz targets, with clang and for coverage by libFuzzer" OFF)
 

@@ -5,12 +5,14 @@
 add_library(kxinfo-platform INTERFACE)
 add_library(kxinfo::platform ALIAS kxinfo-platform)
 
+# kxinfo looks for cameras by it on either platform.
+add_subdirectory(${PROJECT_SOURCE_DIR}/gvcp ${PROJECT_BINARY_DIR}/gvcp)
+
 if(KXINFO_PLATFORM STREQUAL "open")
   # The interface alone, for implementations of it.
   add_library(kxinfo-platform-headers INTERFACE)
   target_include_directories(kxinfo-platform-headers INTERFACE ${PROJECT_SOURCE_DIR}/platform/include)
 
-  add_subdirectory(${PROJECT_SOURCE_DIR}/gvcp ${PROJECT_BINARY_DIR}/gvcp)
   add_subdirectory(${PROJECT_SOURCE_DIR}/platform ${PROJECT_BINARY_DIR}/platform)
   target_link_libraries(kxinfo-platform INTERFACE kxinfo-platform-headers GevApi)
   # A folder of its own beside the plug-in, where no other program looks for the maker's library.

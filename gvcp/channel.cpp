@@ -43,10 +43,6 @@ Error unreachable(uint32_t camera, int error) {
                                          : outside);
 }
 
-Error controlledBy(const Controller &controller) {
-    return Error(Cause::Controlled, textOf(controller));
-}
-
 bool isDenial(const Error &error) {
     return error.cause() == Cause::Refused && error.status() == kAccessDenied;
 }
@@ -114,7 +110,7 @@ Channel::Channel(const Place &place, Access access, const Waits &waits)
         giveControlBack();
         // All that a camera under exclusive control tells others is that.
         if (isDenial(error))
-            throw controlledBy(Controller{});
+            throw Controlled(Controller{});
         throw;
     } catch (...) {
         giveControlBack();
@@ -144,7 +140,7 @@ void Channel::open() {
     const uint32_t hindrance =
         access_ == Access::Monitor ? kExclusiveAccess : (kExclusiveAccess | kControlAccess);
     if (present.privilege & hindrance)
-        throw controlledBy(present);
+        throw Controlled(present);
     if (access_ != Access::Monitor)
         takeControl();
 }
@@ -167,7 +163,7 @@ void Channel::takeControl() {
         if (!isDenial(error))
             throw; // given back: some cameras say no and mean yes
         self_.reset();
-        throw controlledBy(readController());
+        throw Controlled(readController());
     }
     // Some cameras say yes and mean no.
     const Controller now = readController();

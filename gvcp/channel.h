@@ -47,6 +47,17 @@ struct Controller {
 /** "another program controls it (192.168.0.5, port 40123)" */
 std::string textOf(const Controller &controller);
 
+/** Cause::Controlled, and who does. */
+class Controlled : public Error {
+public:
+    explicit Controlled(const Controller &by) : Error(Cause::Controlled, textOf(by)), by_(by) {}
+
+    const Controller &by() const { return by_; }
+
+private:
+    Controller by_;
+};
+
 /**
  * An open channel. With control, a thread of its own keeps it while the caller is elsewhere, and
  * notices its loss; the thread ends with the channel.
@@ -62,7 +73,7 @@ public:
      * Opens a channel; with control, only if the camera gives it. Until openingEnds() all
      * operations together take at most Waits::longestOpening.
      *
-     * \throw Error  Controlled with who does, Silent, Unreachable, Refused, Stopped
+     * \throw Error  Controlled, Silent, Unreachable, Refused, Stopped
      * \throw std::system_error when this computer lacks a socket or a thread
      */
     Channel(const Place &place, Access access, const Waits &waits = Waits());

@@ -9,7 +9,6 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <ctime>
 #include <memory>
@@ -259,46 +258,7 @@ bool mayWrite(uint64_t size) {
            (limit.rlim_cur == RLIM_INFINITY || size <= limit.rlim_cur);
 }
 
-const char *environment(const char *name) {
-    const char *text = secure_getenv(name);
-    return text ? text : "";
-}
-
-bool isAbsolute(const std::string &path) {
-    return path.compare(0, 1, "/") == 0;
-}
-
-std::optional<CachePlace> defaultPlace() {
-    constexpr char kOurs[] = "kxinfo-dalsa";
-    constexpr char kDescriptions[] = "descriptions";
-    const std::string cacheHome = environment("XDG_CACHE_HOME");
-    if (isAbsolute(cacheHome))
-        return CachePlace{cacheHome, true, {kOurs, kDescriptions}};
-    const std::string home = environment("HOME");
-    if (isAbsolute(home))
-        return CachePlace{home, false, {".cache", kOurs, kDescriptions}};
-    return std::nullopt;
-}
-
 } // namespace
-
-std::optional<CachePlace> cachePlace() {
-    std::string wanted = environment("KXGIGE_CACHE");
-    if (wanted == "off")
-        return std::nullopt;
-    if (!isAbsolute(wanted)) {
-        if (!wanted.empty())
-            fprintf(stderr,
-                    "KXGIGE_CACHE: '%s' is neither 'off' nor an absolute path; descriptions are "
-                    "kept where they are without it\n",
-                    wanted.c_str());
-        return defaultPlace();
-    }
-    // Of "/" the last part is empty, which opens nothing.
-    wanted.resize(std::max<size_t>(wanted.find_last_not_of('/') + 1, 1));
-    const size_t last = wanted.rfind('/') + 1;
-    return CachePlace{wanted.substr(0, last), false, {wanted.substr(last)}};
-}
 
 DescriptionCache::DescriptionCache(CachePlace place, CacheBounds bounds)
     : place_(std::move(place)), bounds_(bounds) {}

@@ -36,14 +36,6 @@ struct CacheBounds {
 };
 
 /**
- * The place that the environment names: none with KXGIGE_CACHE=off, its folder when that is an
- * absolute path; else kxinfo-dalsa/descriptions below XDG_CACHE_HOME (when that is an absolute
- * path), or below HOME's .cache. Another KXGIGE_CACHE is told in a line on standard error. A
- * program with more rights than its user has no place.
- */
-std::optional<CachePlace> cachePlace();
-
-/**
  * Descriptions as cameras have them, archives or texts, each under the camera and URL that it is
  * from.
  *
@@ -60,7 +52,7 @@ std::optional<CachePlace> cachePlace();
  *
  * Nothing that a folder does is an error: without it, or with one that others own or can write to,
  * that lies behind a symbolic link, is full or damaged, it is as without cache. Only the base is
- * followed through links; see cachePlace() for whose word it is.
+ * followed through links; see cachePlace() in environment.h for whose word it is.
  *
  * Several threads and processes may use one folder at the same time; an object has no state.
  */

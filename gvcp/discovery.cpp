@@ -84,7 +84,8 @@ public:
 
     void add(const Found &camera) {
         const Identity &identity = camera.identity;
-        if (!search_.serial.empty() && identity.serial == search_.serial && !wanted_)
+        const bool hasSerial = !search_.serial.empty() && identity.serial == search_.serial;
+        if (!wanted_ && (hasSerial || search_.mac == macOf(identity)))
             wanted_ = camera;
         const Key key{identity.address, identity.macHigh, identity.macLow};
         if (cameras_.size() < kMostCameras && known_.insert(key).second)
@@ -146,18 +147,6 @@ std::vector<Line> ask(const Search &search, uint16_t requestId) {
     if (lines.empty() && error)
         throw std::system_error(error, std::generic_category(), "ask for cameras");
     return lines;
-}
-
-// The address that this computer has towards a camera that was asked directly.
-uint32_t hostTowards(uint32_t camera) {
-    const Descriptor socket(::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0));
-    sockaddr_in address = socketAddress(camera, kPort);
-    socklen_t length = sizeof address;
-    if (!socket ||
-        connect(socket.get(), reinterpret_cast<sockaddr *>(&address), sizeof address) != 0 ||
-        getsockname(socket.get(), reinterpret_cast<sockaddr *>(&address), &length) != 0)
-        return 0;
-    return ntohl(address.sin_addr.s_addr);
 }
 
 // Takes one packet, if there is one; false when the line is dead.
@@ -222,7 +211,7 @@ std::vector<Found> discover(Search search) {
         waits.push_back({line.socket.get(), POLLIN, 0});
 
     Cameras cameras(search);
-    for (int lateRounds = 0; lateRounds <= kMostLateRounds;) {
+    for (int lateRounds = 0; lateRounds < kMostLateRounds;) {
         if (stopAsked())
             throw Error(Cause::Stopped, "stopped while looking for cameras");
         const auto left = std::chrono::ceil<std::chrono::milliseconds>(

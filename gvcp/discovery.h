@@ -4,6 +4,7 @@
 
 #include <chrono>
 #include <cstddef>
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
@@ -21,6 +22,8 @@ struct Search {
     std::optional<size_t> expected;
     /** Unless empty: waiting ends once a camera with exactly this serial number has answered. */
     std::string serial;
+    /** The same with its MAC address, in the low 48 bits. */
+    std::optional<uint64_t> mac;
     /** Where a broadcast is sent, each network interface once. */
     std::vector<Interface> interfaces;
     /** Cameras that are asked directly. If only these are asked, waiting ends with their answers. */
@@ -39,7 +42,7 @@ struct Found {
  * when it comes from the address that it claims and from the protocol's port; each sender counts
  * once on each interface, and a camera that is found through several interfaces once.
  *
- * \return the cameras by IPv4 address; with Search::serial, only the one that ended the search
+ * \return the cameras by IPv4 address; when one that was wanted ended the search, this one alone
  * \throw Error              Stopped
  * \throw std::system_error  nothing could be asked
  */

@@ -3,6 +3,7 @@
 #include <arpa/inet.h>
 #include <ifaddrs.h>
 #include <net/if.h>
+#include <sys/socket.h>
 
 #include <atomic>
 #include <bitset>
@@ -10,6 +11,9 @@
 #include <cstring>
 #include <memory>
 #include <system_error>
+
+#include "gvcp/descriptor.h"
+#include "gvcp/packets.h"
 
 namespace gvcp {
 namespace {
@@ -63,11 +67,29 @@ std::string whyOutside(uint32_t camera) {
            (networks.empty() ? "no network interface has an address" : networks) + ")";
 }
 
+uint32_t hostTowards(uint32_t camera) {
+    const Descriptor socket(::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0));
+    sockaddr_in address = socketAddress(camera, kPort);
+    socklen_t length = sizeof address;
+    if (!socket ||
+        connect(socket.get(), reinterpret_cast<sockaddr *>(&address), sizeof address) != 0 ||
+        getsockname(socket.get(), reinterpret_cast<sockaddr *>(&address), &length) != 0)
+        return 0;
+    return ntohl(address.sin_addr.s_addr);
+}
+
 std::string dotted(uint32_t address) {
     const in_addr inet{htonl(address)};
     char text[INET_ADDRSTRLEN];
     inet_ntop(AF_INET, &inet, text, sizeof text);
     return text;
+}
+
+std::optional<uint32_t> addressFrom(const std::string &text) {
+    in_addr address;
+    if (inet_pton(AF_INET, text.c_str(), &address) != 1)
+        return std::nullopt;
+    return ntohl(address.s_addr);
 }
 
 sockaddr_in socketAddress(uint32_t address, uint16_t port) {

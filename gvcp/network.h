@@ -6,6 +6,7 @@
 #include <signal.h>
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -32,8 +33,12 @@ std::vector<Interface> interfacesUp();
  */
 std::string whyOutside(uint32_t camera);
 
-/** "192.168.0.2" */
+/** The address that this computer sends from to a camera; 0: it has no way there. Sends nothing. */
+uint32_t hostTowards(uint32_t camera);
+
+/** "192.168.0.2", and back. */
 std::string dotted(uint32_t address);
+std::optional<uint32_t> addressFrom(const std::string &text);
 
 sockaddr_in socketAddress(uint32_t address, uint16_t port);
 

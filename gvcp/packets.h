@@ -96,6 +96,11 @@ struct Identity {
     std::string manufacturer, model, version, serial, userName; /**< as sent, without the NUL */
 };
 
+/** Its MAC address, in the low 48 bits. */
+inline uint64_t macOf(const Identity &identity) {
+    return uint64_t{identity.macHigh & 0xffff} << 32 | identity.macLow;
+}
+
 /** \return nothing when \p answer is none to a discovery command */
 std::optional<Identity> parseIdentity(const Answer &answer);
 

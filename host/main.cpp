@@ -1,94 +1,198 @@
-// kxinfo: loads the plug-in as any host would, runs it, and shows what it published.
+// kxinfo-host: loads a plug-in as any host would, runs it, and shows what it published.
+//
+// The plug-in tells its reasons in its log alone. So unless the user sees that, it logs to standard
+// output all the same; the lines are collected in memory, and reasons are taken from them.
 
-#include <cstdio>
+#include <unistd.h>
+
+#include <algorithm>
 #include <cstdlib>
-#include <exception>
+#include <memory>
 #include <new>
-#include <string>
-#include <variant>
+#include <optional>
 
-#include "command_line.h"
-#include "list.h"
-#include "messages.h"
+#include "cli/host_options.h"
+#include "parameters.h"
 #include "plugin.h"
-#include "probe.h"
-#include "probe_all.h"
-#include "standard_output.h"
 
 namespace kxinfo {
 
 namespace {
 
-// The open camera platform's search ends as soon as the camera with exactly this serial number has
-// answered, and finds that one alone; when there is none, it finds all as ever.
-void searchFor(const std::string &serial) {
-    if (!serial.empty())
-        (void)setenv("KXGIGE_SERIAL", serial.c_str(), 1);
-}
+constexpr const char *kNoDalsaLine = "no any Dalsa devices found\n";
 
-struct Serve {
-    int operator()(const ListRequest &request) const {
-        return list(Plugin::load(request.plugin), request);
-    }
-    int operator()(const ProbeRequest &request) const {
-        const Plugin plugin = Plugin::load(request.plugin);
-        searchFor(request.serial);
-        return request.all ? probeAll(plugin, request) : probe(plugin, request);
-    }
-    int operator()(const CameraCommand &command) const {
-        const RunCameraCommand run = loadCameraCommands();
-        std::visit([](const auto &request) { searchFor(request.serial); }, command);
-        return run(command);
-    }
+struct ProbeRun {
+    bool noCamera;
+    std::string log;   ///< what was collected; empty when the user sees it
+    std::string cause; ///< as of Plugin::cause()
 };
 
-int serve(const Request &request) {
-    try {
-        return std::visit(Serve{}, request);
-    } catch (const PluginError &error) {
-        tell(error.what(), error.list());
-        return kWrongUsage;
-    }
+int sinksOf(const HostOptions &options) {
+    const bool syslog = options.sink == "syslog" || options.sink == "both";
+    return (options.showsLog() ? KX_LOG_MODE_STDOUT : 0) | (syslog ? KX_LOG_MODE_SYSLOG : 0);
 }
 
-struct Answer {
-    int operator()(const Request &request) const { return serve(request); }
-    int operator()(const Information &information) const {
-        writeOut(information.text);
-        return kDone;
-    }
-    int operator()(const UsageError &error) const {
-        tell(error.text);
-        return kWrongUsage;
-    }
-};
-
-int run(int argc, char **argv) {
-    prepareStandardStreams();
-    const int status = std::visit(Answer{}, readCommandLine(argc, argv));
-    if (!finishStandardOutput()) {
-        tell("standard output did not take all that was written to it. Check that its disk is not "
-             "full and that its reader still reads.");
-        return kFailed;
-    }
-    return status;
+int levelOf(const HostOptions &options) {
+    const Words names{"error", "warning", "info", "debug"};
+    const auto name = std::find(names.begin(), names.end(), options.level);
+    return name == names.end() ? KX_LOG_LEVEL_INFO
+                               : KX_LOG_LEVEL_ERROR + static_cast<int>(name - names.begin());
 }
+
+ProbeRun runProbe(const Plugin &plugin, const HostOptions &options) {
+    const MemoryFile log;
+    std::optional<StandardOutputTo> elsewhere;
+    if (!options.showsLog())
+        elsewhere.emplace(log.descriptor());
+    else if (options.json)
+        elsewhere.emplace(STDERR_FILENO);
+    // The level counts for both sinks: the system log must not get more than was asked for.
+    const int sinks = sinksOf(options);
+    const int level = sinks ? levelOf(options) : KX_LOG_LEVEL_DEBUG;
+    const int code = plugin.run(options.serial->c_str(), sinks | KX_LOG_MODE_STDOUT, level);
+    elsewhere.reset(); // hands on what is left of the log
+    return {code == 1, log.text(), plugin.cause()};
+}
+
+// Why the plug-in opened no camera.
+std::string whyNoCamera(const ProbeRun &run, const HostOptions &options) {
+    const std::string &serial = *options.serial;
+    const auto logged = [&run](const char *text) { return run.log.find(text) != run.log.npos; };
+    if (logged(kNoDalsaLine))
+        return kNoDalsaCamera;
+    if (logged("Configured device with SerialID "))
+        return "no camera has a serial number that begins with \"" + serial +
+               "\". Run 'kxinfo list' to see the cameras that answer.";
+    if (!run.cause.empty() || logged("[CIPROC:w]: Can't connect to device with SerialID "))
+        return (serial.empty() ? "the first camera"
+                               : "the camera whose serial number begins with \"" + serial + "\"") +
+               " cannot be opened" +
+               (run.cause.empty() ? ". Probably another program controls it: end that program, or "
+                                    "wait some seconds if it crashed, and try again."
+                                  : ": " + run.cause + ". Once that is mended, try again.");
+    return "no camera was probed: no Dalsa camera answered, none has a serial number that begins "
+           "with \"" +
+           serial + "\", or it could not be opened. Run 'kxinfo list' to see the cameras; " +
+           (options.showsLog() ? "the log says the reason at level info."
+                               : "add '--log stdout --level info' for the reason.");
+}
+
+// The error of the camera that, by the log, has ended an activity of the plug-in; empty: none.
+std::string errorIn(const std::string &log, const std::string &activity) {
+    const std::string mark = " Origin " + activity + " - ";
+    const size_t at = log.find(mark);
+    if (at == log.npos)
+        return {};
+    const std::string line = log.substr(at, log.find('\n', at) - at);
+    const size_t library = line.find(": ", mark.size()); // its name stands in front
+    const size_t begin = library == line.npos ? mark.size() : library + 2;
+    // Some of these lines have no end, and the log's next one follows.
+    std::string error = line.substr(begin, line.find("[KX_TD_PROC:d]: ", begin) - begin);
+    error.erase(error.find_last_not_of(" .") + 1);
+    return cleaned(error);
+}
+
+// Tells what is not as it should be; what has not been published is put at the end, with why.
+void complete(std::vector<Published> &published, const std::string &log) {
+    const std::string error = errorIn(log, "check config");
+    const std::string ended = "n error of the camera ended the probe: " + error;
+    const std::string gammaError = errorIn(log, "check gamma config");
+    const size_t count = published.size();
+    Words missing;
+    for (const Parameter &parameter : kParameters) {
+        auto it = std::find_if(published.begin(), published.end(),
+                               [&](const Published &p) { return p.parameter == &parameter; });
+        if (it == published.end()) {
+            missing.emplace_back(parameter.name);
+            it = published.insert(it, Published{&parameter});
+            it->problem = error.empty() ? "the plug-in did not publish it" : "a" + ended;
+        }
+        if (parameter.id == KxScParamGamma && !gammaError.empty())
+            it->problem = "gamma could not be read: " + gammaError;
+    }
+    if (!missing.empty())
+        tell("the plug-in published " + std::to_string(count) + " of " +
+             std::to_string(kParameters.size()) + " settings; missing: " + joined(missing, ", ") +
+             (error.empty() ? ". An error of the camera may have cut the probe short: add '--log "
+                              "stdout --level debug' to see it."
+                            : ". A" + ended + "."));
+    if (!gammaError.empty())
+        tell("KxScParamGamma: gamma could not be read: " + gammaError + ".");
+}
+
+void tellIgnored(const std::set<KxScParamId> &identifiers) {
+    Words ignored;
+    for (const KxScParamId id : identifiers)
+        ignored.push_back(std::to_string(id));
+    if (!ignored.empty())
+        tell("the plug-in published settings that kxinfo does not know, which are left out: "
+             "identifier " +
+             joined(ignored, ", ") + ".");
+}
+
+int probe(const Plugin &plugin, const HostOptions &options) {
+    // The open platform's search ends as soon as the camera with exactly this serial number has
+    // answered; when there is none, it finds all as ever.
+    if (!options.serial->empty())
+        (void)setenv("KXGIGE_SERIAL", options.serial->c_str(), 0);
+    ProbeRun run = runProbe(plugin, options);
+    // One of another maker may have the serial number too and have answered first: then all are
+    // asked.
+    if (getenv("KXGIGE_SERIAL") && run.log.find(kNoDalsaLine) != run.log.npos) {
+        (void)unsetenv("KXGIGE_SERIAL");
+        run = runProbe(plugin, options);
+    }
+    const Publication publication = takePublication();
+
+    if (run.noCamera)
+        throw Error(kNoCamera, whyNoCamera(run, options));
+    if (publication.outOfMemory)
+        throw std::bad_alloc();
+    if (!publication.exported)
+        throw Error(kFailed, "the plug-in reported success, but exported no settings; there is "
+                             "nothing to show. Check that --plugin names a plug-in that fits this "
+                             "kxinfo.");
+
+    tellIgnored(publication.ignored);
+    std::vector<Published> all = *publication.exported;
+    complete(all, run.log);
+    if (options.json)
+        writeOut(asJson(*options.serial, all));
+    else
+        writeOut((options.showsLog() ? "\n" : "") +
+                 asTable(*options.serial, *publication.exported));
+    return kDone;
+}
+
+// The plug-in's list is made of its log lines of level info.
+int list(const Plugin &plugin, const HostOptions &options) {
+    if (plugin.run(nullptr, sinksOf(options) | KX_LOG_MODE_STDOUT,
+                   std::max<int>(levelOf(options), KX_LOG_LEVEL_INFO)) == 1)
+        throw Error(kNoCamera, kNoDalsaCamera);
+    return kDone;
+}
+
+Run declareHost(CLI::App &command) {
+    const auto options = std::make_shared<HostOptions>();
+    addHostOptions(command, *options, "SERIAL");
+    return [options] {
+        options->check();
+        const Plugin plugin(options->plugin);
+        return options->serial ? probe(plugin, *options) : list(plugin, *options);
+    };
+}
+
+const Program kProgram = {"kxinfo-host",
+                          "kxinfo-host runs the plug-in as a host does, and shows the settings "
+                          "that it publishes. 'kxinfo probe' runs it.",
+                          "Example:\n  kxinfo-host S1234567 --log stdout --level debug\n\n"
+                          "Exit status: as of kxinfo, which see.",
+                          {{"", "", declareHost}}};
 
 } // namespace
 
 } // namespace kxinfo
 
 int main(int argc, char **argv) {
-    try {
-        return kxinfo::run(argc, argv);
-    } catch (const std::bad_alloc &) {
-        (void)fprintf(stderr, "kxinfo: there is not enough memory. End other programs, or allow "
-                              "this one more, and try again.\n");
-    } catch (const std::exception &error) {
-        (void)fprintf(stderr, "kxinfo: this computer does not let kxinfo do its work: %s.\n",
-                      error.what());
-    } catch (...) {
-        (void)fprintf(stderr, "kxinfo: something went wrong that kxinfo has no words for.\n");
-    }
-    return kxinfo::kFailed;
+    return kxinfo::runProgram(kxinfo::kProgram, argc, argv);
 }

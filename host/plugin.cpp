@@ -2,9 +2,12 @@
 
 #include <dlfcn.h>
 
+#include <exception>
 #include <filesystem>
 #include <system_error>
-#include <vector>
+#include <type_traits>
+
+#include "cli/host_options.h"
 
 namespace kxinfo {
 
@@ -12,92 +15,67 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// Where the plug-in's folder is, seen from the folder of this program: in the build tree, and
-// installed.
-const char *const kPlaces[] = {
-    "../lib/",
-    "../lib/kxinfo/",
-#ifdef KXINFO_ARCHITECTURE
-    "../lib/" KXINFO_ARCHITECTURE "/kxinfo/",
-    "../lib/" KXINFO_ARCHITECTURE "/",
-#endif
-};
-
-// A library that kxinfo comes with.
-std::string findOwn(const std::string &library, const std::string &complaint) {
+std::string ownFile() {
     const fs::path folder = fs::read_symlink("/proc/self/exe").parent_path();
-    std::vector<std::string> looked;
-    for (const char *place : kPlaces) {
-        std::string file = (folder / (place + library)).lexically_normal();
-        std::error_code ignored;
-        if (fs::exists(file, ignored))
-            return file;
-        looked.push_back(std::move(file));
-    }
-    throw PluginError(complaint + " kxinfo looked for:", looked);
-}
-
-std::string findOwnPlugin() {
-    return findOwn("libkxinfo-dalsa.so", "the plug-in is not where kxinfo looks for it; name its "
-                                         "file with --plugin.");
-}
-
-std::string checkedFile(const std::string &file) {
-    std::error_code ignored;
-    if (!fs::exists(file, ignored))
-        throw PluginError("the plug-in \"" + file +
-                          "\" does not exist. Name a plug-in's library file with --plugin, or "
-                          "leave --plugin out to use the one that kxinfo comes with.");
-    // The loader searches its own folders for a name without a slash.
-    return file.find('/') == file.npos ? "./" + file : file;
+    std::string file = folder / "libkxinfo-dalsa.so";
+    if (std::error_code ignored; !fs::exists(file, ignored))
+        throw Error(kWrongUsage, "the plug-in is not where kxinfo looks for it, at " + file +
+                                     ". Install it there, or name its file with --plugin.");
+    return file;
 }
 
 } // namespace
 
-Plugin Plugin::load(const std::optional<std::string> &file) {
-    const std::string path = file ? checkedFile(*file) : findOwnPlugin();
-
+Plugin::Plugin(const std::optional<std::string> &file) {
+    std::string path = file ? *file : ownFile();
+    if (path.find('/') == path.npos)
+        path = "./" + path; // otherwise the loader searches its own folders
     void *library = dlopen(path.c_str(), RTLD_LAZY);
     if (!library)
-        throw PluginError("the plug-in cannot be loaded: " + std::string(dlerror()) +
-                          ". Expected is a plug-in's shared library, built for this computer, and "
-                          "the libraries that it needs.");
-
-    const auto entry = reinterpret_cast<Entry>(dlsym(library, "Vendor__Proc"));
-    if (!entry)
-        throw PluginError("\"" + path +
-                          "\" is a library, but no plug-in: it has no function Vendor__Proc. Name "
-                          "a plug-in's library file with --plugin, or leave --plugin out to use "
-                          "the one that kxinfo comes with.");
+        throw Error(kWrongUsage, "the plug-in cannot be loaded: " + std::string(dlerror()) +
+                                     ". Expected is a plug-in's shared library, built for this "
+                                     "computer, and the libraries that it needs.");
     // Also looked for in the libraries that the plug-in needs.
-    return {entry, reinterpret_cast<Cause>(dlsym(library, "KxGigeCause"))};
+    const auto find = [library](auto &function, const char *name) {
+        function =
+            reinterpret_cast<std::remove_reference_t<decltype(function)>>(dlsym(library, name));
+    };
+    void (*stopWhen)(const volatile std::sig_atomic_t *);
+    find(entry_, "Vendor__Proc");
+    find(cause_, "KxGigeCause");
+    find(stopWhen, "KxGigeStopWhen");
+    if (!entry_)
+        throw Error(kWrongUsage,
+                    "\"" + path +
+                        "\" is a library, but no plug-in: it has no function "
+                        "Vendor__Proc. Name a plug-in's library file with --plugin, or "
+                        "leave --plugin out to use the one that kxinfo comes with.");
+    if (stopWhen)
+        stopWhen(stopOnSignals());
 }
 
-RunCameraCommand loadCameraCommands() {
-    const std::string path =
-        findOwn("kxinfo-camera.so", "the library with the commands on a camera is not where kxinfo "
-                                    "looks for it. Install kxinfo and its plug-in together.");
-    void *library = dlopen(path.c_str(), RTLD_LAZY);
-    if (!library)
-        throw PluginError("the library with the commands on a camera cannot be loaded: " +
-                          std::string(dlerror()) +
-                          ". Expected beside it are the plug-in and the camera platform.");
-    const auto run = reinterpret_cast<RunCameraCommand>(dlsym(library, kRunCameraCommand));
-    if (!run)
-        throw PluginError("\"" + path + "\" does not fit this kxinfo. Install both anew.");
-    return run;
-}
-
-Outcome Plugin::run(const char *serial, int logMode, int logLevel) const {
-    Outcome outcome;
+int Plugin::run(const char *serial, int logMode, int logLevel) const {
+    int code = 0;
+    std::string failure;
     try {
-        outcome.code = entry_(serial, logMode, logLevel);
+        code = entry_(serial, logMode, logLevel);
     } catch (const std::exception &e) {
-        outcome.exception = e.what();
+        failure = std::string(" with an exception: ") + e.what();
     } catch (...) {
-        outcome.exception = "an exception without a message";
+        failure = " with an exception: an exception without a message";
     }
-    return outcome;
+    if (stopSignal())
+        throw Error(kFailed, "stopped, as asked for. What a probe has switched on the camera for "
+                             "the moment may have stayed.");
+    if (code < 0)
+        failure = ": it returned " + std::to_string(code);
+    if (!failure.empty())
+        throw Error(kFailed, "the plug-in failed" + failure + ". " + kHintOfLog);
+    if (code > 1)
+        throw Error(kNoCamera, "the plug-in returned " + std::to_string(code) +
+                                   ", expected was 0, 1 or a negative number; taken as: no camera. "
+                                   "Check that --plugin names a plug-in that fits this kxinfo.");
+    return code;
 }
 
 } // namespace kxinfo

@@ -1,87 +1,65 @@
 // The table rounds numbers to what a person reads; the JSON document has the published ones, with
 // the fewest digits from which the same float is read back.
 
-#include "report.h"
+#include "parameters.h"
 
-#include "json.h"
-#include "table.h"
+#include "cli/host_options.h"
 
 namespace kxinfo {
 
 namespace {
 
-struct ToText {
-    std::string operator()(std::monostate) const { return kNone; }
-    std::string operator()(float value) const { return numberText(value); }
-    std::string operator()(int32_t value) const { return std::to_string(value); }
-    std::string operator()(const std::string &value) const { return value; }
-};
+std::string textOf(const Json &value) {
+    if (value.is_number_float())
+        return numberText(value.get<float>()); // all that it has been published with
+    if (value.is_string())
+        return cleaned(value.get<std::string>());
+    return value.is_null() ? kNone : value.dump();
+}
 
-struct ToJson {
-    Json operator()(std::monostate) const { return nullptr; }
-    Json operator()(float value) const { return jsonNumber(value); }
-    Json operator()(int32_t value) const { return value; }
-    Json operator()(const std::string &value) const { return value; }
-};
-
-const char *nameOfType(ValueType type) {
-    switch (type) {
-    case ValueType::Float:
-        return "float";
-    case ValueType::Integer:
-        return "integer";
-    case ValueType::Text:
-        break;
-    }
-    return "text";
+const char *nameOf(ValueType type) {
+    return type == ValueType::Float ? "float" : type == ValueType::Integer ? "integer" : "text";
 }
 
 // Setting, current, minimum, maximum, step, unit. A text has its choices in the place of the last
 // four.
-Row rowOf(const PublishedSetting &s) {
-    const ToText text;
-    if (s.setting->type == ValueType::Text)
-        return {{s.setting->title, std::visit(text, s.current), choicesText(s.choices)}};
-    return {{s.setting->title, std::visit(text, s.current), std::visit(text, s.minimum),
-             std::visit(text, s.maximum), std::visit(text, s.increment),
-             s.setting->unit ? s.setting->unit : kNone}};
+Row rowOf(const Published &p) {
+    const Parameter &parameter = *p.parameter;
+    if (parameter.type == ValueType::Text)
+        return {{parameter.title, textOf(p.current), cleaned(choicesText(p.choices))}};
+    return {{parameter.title, textOf(p.current), textOf(p.minimum), textOf(p.maximum),
+             textOf(p.increment), parameter.unit ? parameter.unit : kNone}};
 }
 
 } // namespace
 
-std::string headingOf(const std::string &serial) {
-    if (serial.empty())
-        return "First camera found";
-    return "Camera whose serial number begins with \"" + serial + "\"";
-}
-
-std::string asTable(const std::string &serial, const std::vector<PublishedSetting> &settings) {
+std::string asTable(const std::string &serial, const std::vector<Published> &published) {
     const std::string text = headingOf(serial) + "\n\n";
-    if (settings.empty())
+    if (published.empty())
         return text + "No settings were published.\n";
 
     std::vector<Row> rows{{{"Setting", "Current", "Minimum", "Maximum", "Step", "Unit"}}};
-    for (const auto &setting : settings)
-        rows.push_back(rowOf(setting));
+    for (const Published &each : published)
+        rows.push_back(rowOf(each));
     return text + tableText(rows);
 }
 
-std::string asJson(const std::string &serial, const std::vector<PublishedSetting> &settings) {
+std::string asJson(const std::string &serial, const std::vector<Published> &published) {
     Json parameters = Json::array();
-    for (const auto &s : settings) {
-        const ToJson json;
-        Json parameter = {
-            {"id", s.setting->id},
-            {"name", s.setting->name},
-            {"type", nameOfType(s.setting->type)},
-            {"unit", s.setting->unit ? Json(s.setting->unit) : Json(nullptr)},
-            {"current", std::visit(json, s.current)},
-            {"minimum", std::visit(json, s.minimum)},
-            {"maximum", std::visit(json, s.maximum)},
-            {"increment", std::visit(json, s.increment)},
-        };
-        if (s.setting->type == ValueType::Text)
-            parameter["choices"] = s.choices;
+    for (const Published &p : published) {
+        const Parameter &known = *p.parameter;
+        Json parameter = {{"id", known.id},
+                          {"name", known.name},
+                          {"type", nameOf(known.type)},
+                          {"unit", known.unit ? Json(known.unit) : Json(nullptr)},
+                          {"current", p.current},
+                          {"minimum", p.minimum},
+                          {"maximum", p.maximum},
+                          {"increment", p.increment}};
+        if (known.type == ValueType::Text)
+            parameter["choices"] = p.choices;
+        if (!p.problem.empty())
+            parameter["problem"] = p.problem;
         parameters.push_back(std::move(parameter));
     }
     return jsonText({{"version", 1}, {"serial", serial}, {"parameters", parameters}});

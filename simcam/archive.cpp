@@ -76,15 +76,20 @@ Bytes zip(const std::string &fileName, const Bytes &content) {
     return bytes;
 }
 
-Bytes unzip(const Bytes &archive, std::size_t maxSize) {
+Bytes unzip(const Bytes &archive, size_t maxSize) {
     const Source source = bufferSource(archive);
     const Archive opened = openArchive(source.get(), ZIP_RDONLY);
+    const zip_int64_t members = zip_get_num_entries(opened.get(), 0);
+    if (members > kMaxMembers)
+        throw std::runtime_error("zip archive: it holds " + std::to_string(members) +
+                                 " files, expected at most " + std::to_string(kMaxMembers));
     zip_stat_t stat;
     if (zip_stat_index(opened.get(), 0, 0, &stat) != 0)
         throw std::runtime_error("zip archive: it holds no file");
     if (stat.size > maxSize)
         throw std::runtime_error("zip archive: its file is too large, " +
-                                 std::to_string(stat.size) + " bytes");
+                                 std::to_string(stat.size) + " bytes, expected at most " +
+                                 std::to_string(maxSize));
     const File file(zip_fopen_index(opened.get(), 0, 0));
     if (!file)
         fail(*zip_get_error(opened.get()));

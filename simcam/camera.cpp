@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <map>
 
 namespace simcam {
 
@@ -17,22 +18,22 @@ namespace simcam {
 namespace {
 
 // Where the two forms of the description lie. Registers of a camera description stay below.
-constexpr std::uint32_t kZippedAddress = 0xE0000000;
-constexpr std::uint32_t kPlainAddress = 0xF0000000;
+constexpr uint32_t kZippedAddress = 0xE0000000;
+constexpr uint32_t kPlainAddress = 0xF0000000;
 
-constexpr std::uint32_t kDefaultHeartbeatMs = 3000;
-constexpr std::uint32_t kShortestHeartbeatMs = 500;
+constexpr uint32_t kDefaultHeartbeatMs = 3000;
+constexpr uint32_t kShortestHeartbeatMs = 500;
 
-std::string localUrl(const std::string &file, std::uint32_t address, std::size_t size) {
+std::string localUrl(const std::string &file, uint32_t address, size_t size) {
     char place[32];
     std::snprintf(place, sizeof place, ";%X;%zX", address, size);
     return "Local:" + file + place;
 }
 
-Bytes indexOf(std::size_t done) {
+Bytes indexOf(size_t done) {
     Bytes payload;
     append16(payload, 0);
-    append16(payload, static_cast<std::uint16_t>(done));
+    append16(payload, static_cast<uint16_t>(done));
     return payload;
 }
 
@@ -67,28 +68,36 @@ Camera::Camera(Identity identity, std::shared_ptr<const Description> description
 }
 
 // Neither clients nor the user can put anything there.
-void Camera::unmap(std::uint32_t address, std::uint32_t size) {
+void Camera::unmap(uint32_t address, uint32_t size) {
     memory_.unmap(address, size);
-    for (std::uint32_t at = address; at < address + size; at += 4)
+    for (uint32_t at = address; at < address + size; at += 4)
         kept_.insert(at);
 }
 
-bool Camera::can(std::uint32_t capability) const {
+bool Camera::can(uint32_t capability) const {
     return memory_.peek32(bootstrap::kCommandCapability) & capability;
 }
 
 void Camera::mapBootstrap(const Quirks &quirks) {
     using namespace bootstrap;
-    const auto number = [&](std::uint32_t address, std::uint32_t value, Memory::Access access) {
+    const auto number = [&](uint32_t address, uint32_t value, Memory::Access access) {
         memory_.map(address, 4, access);
         memory_.poke32(address, value);
     };
-    const auto text = [&](std::uint32_t address, std::uint32_t size, const std::string &value,
+    const auto text = [&](uint32_t address, uint32_t size, const std::string &value,
                           Memory::Access access) {
         memory_.map(address, size, access);
         memory_.pokeText(address, size, value);
     };
 
+    for (const uint32_t address :
+         {kCurrentGateway, kMessageChannelCount, kActionSignalCount, kStreamCapability,
+          kMessageCapability, kTickFrequencyHigh, kTimestampHigh, kTimestampLow,
+          kPrimaryApplicationPort, kPrimaryApplicationIp, kStreamSourcePort})
+        number(address, 0, Memory::kRead);
+    for (const uint32_t address : {kPersistentGateway, kControlPrivilege, kStreamHostPort,
+                                   kStreamPacketDelay, kStreamDestination})
+        number(address, 0, Memory::kReadWrite);
     number(kVersion, 0x00010002, Memory::kRead);
     // The highest bit says that it is big-endian, the lowest that texts are UTF-8.
     number(kDeviceMode, quirks.isLittleEndian ? 0x00000001 : 0x80000001, Memory::kRead);
@@ -98,7 +107,6 @@ void Camera::mapBootstrap(const Quirks &quirks) {
     number(kCurrentIpConfiguration, 0x00000005, Memory::kRead);
     number(kCurrentIp, identity_.address, Memory::kRead);
     number(kCurrentSubnet, 0xFF000000, Memory::kRead);
-    number(kCurrentGateway, 0, Memory::kRead);
     text(kManufacturerName, 32, identity_.vendor, Memory::kRead);
     text(kModelName, 32, identity_.model, Memory::kRead);
     text(kDeviceVersion, 32, "1.0", Memory::kRead);
@@ -110,35 +118,20 @@ void Camera::mapBootstrap(const Quirks &quirks) {
     number(kInterfaceCount, 1, Memory::kRead);
     number(kPersistentIp, identity_.address, Memory::kReadWrite);
     number(kPersistentSubnet, 0xFF000000, Memory::kReadWrite);
-    number(kPersistentGateway, 0, Memory::kReadWrite);
-    number(kMessageChannelCount, 0, Memory::kRead);
     number(kStreamChannelCount, 1, Memory::kRead);
-    number(kActionSignalCount, 0, Memory::kRead);
-    number(kStreamCapability, 0, Memory::kRead);
-    number(kMessageCapability, 0, Memory::kRead);
     number(kCommandCapability,
            (capability::kUserDefinedName | capability::kSerialNumber |
             capability::kPrimaryApplication | capability::kWriteMem | capability::kConcatenation) &
                ~quirks.missing,
            Memory::kRead);
     number(kHeartbeatTimeout, kDefaultHeartbeatMs, Memory::kReadWrite);
-    number(kTickFrequencyHigh, 0, Memory::kRead);
     number(kTickFrequencyLow, 1'000'000'000, Memory::kRead);
     number(kTimestampControl, 0, Memory::kWrite);
-    number(kTimestampHigh, 0, Memory::kRead);
-    number(kTimestampLow, 0, Memory::kRead);
-    number(kControlPrivilege, 0, Memory::kReadWrite);
-    number(kPrimaryApplicationPort, 0, Memory::kRead);
-    number(kPrimaryApplicationIp, 0, Memory::kRead);
-    number(kStreamHostPort, 0, Memory::kReadWrite);
     number(kStreamPacketSize, 1500, Memory::kReadWrite);
-    number(kStreamPacketDelay, 0, Memory::kReadWrite);
-    number(kStreamDestination, 0, Memory::kReadWrite);
-    number(kStreamSourcePort, 0, Memory::kRead);
 }
 
-void Camera::mapFile(std::uint32_t address, const Bytes &file) {
-    const auto size = static_cast<std::uint32_t>(file.size());
+void Camera::mapFile(uint32_t address, const Bytes &file) {
+    const auto size = static_cast<uint32_t>(file.size());
     memory_.map(address, size, Memory::kRead);
     memory_.poke(address, file.data(), size);
 }
@@ -149,8 +142,8 @@ void Camera::mapFile(std::uint32_t address, const Bytes &file) {
 void Camera::mapRegisters(const Quirks &quirks) {
     const Memory own = memory_;
     for (const Register &reg : description_->registers) {
-        for (std::uint32_t cell = 0; cell < reg.cellCount; ++cell) {
-            const std::uint32_t address = reg.address + cell * reg.stride;
+        for (uint32_t cell = 0; cell < reg.cellCount; ++cell) {
+            const uint32_t address = reg.address + cell * reg.stride;
             if (own.isMapped(address)) {
                 const bool mayBeSet = own.canRead(address, reg.length) == Status::Success &&
                                       own.canWrite(address, reg.length) == Status::Success &&
@@ -167,22 +160,22 @@ void Camera::mapRegisters(const Quirks &quirks) {
             if (cell >= reg.initial.size())
                 continue;
             Bytes bytes = memory_.peek(address, reg.length);
-            for (std::uint32_t i = 0; i < reg.length; ++i)
-                bytes[i] = static_cast<std::uint8_t>(bytes[i] | reg.initial[cell][i]);
+            for (uint32_t i = 0; i < reg.length; ++i)
+                bytes[i] = static_cast<uint8_t>(bytes[i] | reg.initial[cell][i]);
             memory_.poke(address, bytes.data(), reg.length);
         }
     }
     std::sort(turned_.begin(), turned_.end());
 }
 
-void Camera::turnWords(std::uint32_t address, Bytes &block) const {
-    for (std::uint32_t at = 0; at + 4 <= block.size(); at += 4) {
+void Camera::turnWords(uint32_t address, Bytes &block) const {
+    for (uint32_t at = 0; at + 4 <= block.size(); at += 4) {
         if (std::binary_search(turned_.begin(), turned_.end(), address + at))
             std::reverse(block.begin() + at, block.begin() + at + 4);
     }
 }
 
-void Camera::misbehave(const Faults &faults, std::uint64_t seed) {
+void Camera::misbehave(const Faults &faults, uint64_t seed) {
     plan_ = FaultPlan(faults, seed, identity_.serial);
     if (!faults.pending.isNone())
         memory_.poke32(bootstrap::kCommandCapability,
@@ -201,7 +194,7 @@ bool Camera::isSilent() const {
     return isGone() || (faults().silentAfter && counts_.answered() >= *faults().silentAfter);
 }
 
-Outcome Camera::receive(const std::uint8_t *packet, std::size_t size, const Endpoint &sender,
+Outcome Camera::receive(const uint8_t *packet, size_t size, const Endpoint &sender,
                         Delivery delivery, Clock::time_point now) {
     now_ = now;
     expireControl();
@@ -215,7 +208,7 @@ Outcome Camera::receive(const std::uint8_t *packet, std::size_t size, const Endp
 
     const bool acknowledge = packet[1] & kAcknowledgeRequired;
     const Request request{load16(packet + 2), packet + kHeaderSize, load16(packet + 4), sender};
-    const std::uint16_t id = load16(packet + 6);
+    const uint16_t id = load16(packet + 6);
     const Bytes bytes(packet, packet + size);
 
     // A camera has to be found before it can misbehave.
@@ -242,11 +235,11 @@ Outcome Camera::receive(const std::uint8_t *packet, std::size_t size, const Endp
         return outcome;
     };
 
-    const Answered *last = lastWrites_.find(sender, now);
-    if (delivery == Delivery::Unicast && last && last->command == bytes) {
+    const Bytes *const before = lastWrites_.answerTo(sender, bytes, now);
+    if (delivery == Delivery::Unicast && before) {
         ++counts_.repeated;
         outcome.isRepeated = true;
-        return done(last->answer);
+        return done(*before);
     }
 
     std::optional<Reply> reply;
@@ -263,15 +256,15 @@ Outcome Camera::receive(const std::uint8_t *packet, std::size_t size, const Endp
         return outcome;
 
     Bytes answer;
-    append16(answer, static_cast<std::uint16_t>(reply->status));
-    append16(answer, static_cast<std::uint16_t>(request.command | 1));
-    append16(answer, static_cast<std::uint16_t>(reply->payload.size()));
+    append16(answer, static_cast<uint16_t>(reply->status));
+    append16(answer, static_cast<uint16_t>(request.command | 1));
+    append16(answer, static_cast<uint16_t>(reply->payload.size()));
     append16(answer, id);
     answer.insert(answer.end(), reply->payload.begin(), reply->payload.end());
 
     const auto command = static_cast<Command>(request.command);
     if (command == Command::WriteReg || command == Command::WriteMem)
-        lastWrites_.keep(sender, {bytes, answer}, now);
+        lastWrites_.keep(sender, bytes, answer, now);
     else
         lastWrites_.forget(sender); // a client repeats only its latest command
     return done(answer);
@@ -320,7 +313,7 @@ std::optional<Camera::Reply> Camera::forceIp(const Request &request) const {
         return std::nullopt;
     if (controller_)
         return Reply{Status::AccessDenied, {}};
-    const std::uint32_t address = load32(request.payload + 20);
+    const uint32_t address = load32(request.payload + 20);
     if (address != 0 && address != identity_.address)
         return Reply{Status::NotImplemented, {}};
     return Reply{};
@@ -331,8 +324,8 @@ Camera::Reply Camera::readRegisters(const Request &request) const {
         (request.size > 4 && !can(capability::kConcatenation)))
         return {Status::InvalidParameter, {}};
     Reply reply;
-    for (std::size_t at = 0; at < request.size; at += 4) {
-        const std::uint32_t address = load32(request.payload + at);
+    for (size_t at = 0; at < request.size; at += 4) {
+        const uint32_t address = load32(request.payload + at);
         reply.status = mayRead(address, 4, request.sender);
         if (reply.status != Status::Success)
             break; // the values read so far are part of the answer
@@ -345,10 +338,10 @@ Camera::Reply Camera::writeRegisters(const Request &request) {
     if (request.size == 0 || request.size % 8 != 0 || request.size > kMaxPayload ||
         (request.size > 8 && !can(capability::kConcatenation)))
         return {Status::InvalidParameter, {}};
-    std::size_t done = 0;
+    size_t done = 0;
     Status status = Status::Success;
-    for (std::size_t at = 0; at < request.size; at += 8) {
-        const std::uint8_t *pair = request.payload + at;
+    for (size_t at = 0; at < request.size; at += 8) {
+        const uint8_t *pair = request.payload + at;
         status = write(load32(pair), pair + 4, 4, request.sender);
         if (status != Status::Success)
             break; // the writes before it stay done
@@ -360,8 +353,8 @@ Camera::Reply Camera::writeRegisters(const Request &request) {
 Camera::Reply Camera::readMemory(const Request &request) const {
     if (request.size != 8)
         return {Status::InvalidParameter, {}};
-    const std::uint32_t address = load32(request.payload);
-    const std::uint32_t size = load16(request.payload + 6);
+    const uint32_t address = load32(request.payload);
+    const uint32_t size = load16(request.payload + 6);
     if (size == 0 || size > kMaxMemoryBlock)
         return {Status::InvalidParameter, {}};
     const Status status = mayRead(address, size, request.sender);
@@ -380,8 +373,8 @@ Camera::Reply Camera::writeMemory(const Request &request) {
         return {Status::NotImplemented, {}};
     if (request.size < 8 || request.size > 4 + kMaxMemoryBlock)
         return {Status::InvalidParameter, {}};
-    const auto size = static_cast<std::uint32_t>(request.size - 4);
-    const std::uint32_t address = load32(request.payload);
+    const auto size = static_cast<uint32_t>(request.size - 4);
+    const uint32_t address = load32(request.payload);
     Bytes bytes(request.payload + 4, request.payload + request.size);
     turnWords(address, bytes);
     const Status status = write(address, bytes.data(), size, request.sender);
@@ -390,7 +383,7 @@ Camera::Reply Camera::writeMemory(const Request &request) {
 
 // Everybody may see who controls the camera; the rest is the controller's alone while it has
 // exclusive access.
-Status Camera::mayRead(std::uint32_t address, std::uint32_t size, const Endpoint &sender) const {
+Status Camera::mayRead(uint32_t address, uint32_t size, const Endpoint &sender) const {
     if (address % 4 != 0 || size % 4 != 0)
         return Status::BadAlignment;
     const bool exclusive = memory_.peek32(bootstrap::kControlPrivilege) & kExclusiveAccess;
@@ -401,7 +394,7 @@ Status Camera::mayRead(std::uint32_t address, std::uint32_t size, const Endpoint
 }
 
 // All of it or nothing.
-Status Camera::write(std::uint32_t address, const std::uint8_t *bytes, std::uint32_t size,
+Status Camera::write(uint32_t address, const uint8_t *bytes, uint32_t size,
                      const Endpoint &sender) {
     if (address % 4 != 0 || size % 4 != 0)
         return Status::BadAlignment;
@@ -421,7 +414,7 @@ Status Camera::write(std::uint32_t address, const std::uint8_t *bytes, std::uint
     return Status::Success;
 }
 
-Status Camera::writeControlPrivilege(std::uint32_t value, const Endpoint &sender) {
+Status Camera::writeControlPrivilege(uint32_t value, const Endpoint &sender) {
     if (controller_ && !(sender == controller_))
         return Status::AccessDenied;
     if (value & ~(kExclusiveAccess | kControlAccess))
@@ -440,14 +433,14 @@ Status Camera::writeControlPrivilege(std::uint32_t value, const Endpoint &sender
     return Status::Success;
 }
 
-void Camera::writeTimestampControl(std::uint32_t value) {
-    constexpr std::uint32_t kReset = 0x1;
-    constexpr std::uint32_t kLatch = 0x2;
+void Camera::writeTimestampControl(uint32_t value) {
+    constexpr uint32_t kReset = 0x1;
+    constexpr uint32_t kLatch = 0x2;
     if (value & kLatch) {
-        const auto ticks = static_cast<std::uint64_t>(
+        const auto ticks = static_cast<uint64_t>(
             std::chrono::duration_cast<std::chrono::nanoseconds>(now_ - timestampStart_).count());
-        memory_.poke32(bootstrap::kTimestampHigh, static_cast<std::uint32_t>(ticks >> 32));
-        memory_.poke32(bootstrap::kTimestampLow, static_cast<std::uint32_t>(ticks & 0xFFFFFFFF));
+        memory_.poke32(bootstrap::kTimestampHigh, static_cast<uint32_t>(ticks >> 32));
+        memory_.poke32(bootstrap::kTimestampLow, static_cast<uint32_t>(ticks & 0xFFFFFFFF));
     }
     if (value & kReset)
         timestampStart_ = now_;
@@ -466,34 +459,20 @@ void Camera::expireControl() {
 // Streaming ends with the control.
 void Camera::releaseControl() {
     controller_.reset();
-    for (const std::uint32_t address :
-         {bootstrap::kControlPrivilege, bootstrap::kPrimaryApplicationIp,
-          bootstrap::kPrimaryApplicationPort, bootstrap::kStreamHostPort})
+    for (const uint32_t address : {bootstrap::kControlPrivilege, bootstrap::kPrimaryApplicationIp,
+                                   bootstrap::kPrimaryApplicationPort, bootstrap::kStreamHostPort})
         memory_.poke32(address, 0);
 }
 
-void Camera::count(std::uint16_t command, Status status) {
-    std::uint64_t *kind = &counts_.other;
-    switch (static_cast<Command>(command)) {
-    case Command::Discovery:
-        kind = &counts_.discovery;
-        break;
-    case Command::ReadReg:
-        kind = &counts_.readreg;
-        break;
-    case Command::WriteReg:
-        kind = &counts_.writereg;
-        break;
-    case Command::ReadMem:
-        kind = &counts_.readmem;
-        break;
-    case Command::WriteMem:
-        kind = &counts_.writemem;
-        break;
-    case Command::ForceIp:
-        break;
-    }
-    ++*kind;
+void Camera::count(uint16_t command, Status status) {
+    static const std::map<Command, uint64_t Counts::*> kinds{
+        {Command::Discovery, &Counts::discovery},
+        {Command::ReadReg, &Counts::readreg},
+        {Command::WriteReg, &Counts::writereg},
+        {Command::ReadMem, &Counts::readmem},
+        {Command::WriteMem, &Counts::writemem}};
+    const auto kind = kinds.find(static_cast<Command>(command));
+    ++(counts_.*(kind != kinds.end() ? kind->second : &Counts::other));
     if (status != Status::Success)
         ++counts_.refused;
 }

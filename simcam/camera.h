@@ -1,4 +1,5 @@
-#pragma once
+#ifndef KXINFO_SIMCAM_CAMERA_H
+#define KXINFO_SIMCAM_CAMERA_H
 
 #include "description.h"
 #include "faults.h"
@@ -15,57 +16,59 @@
 
 namespace simcam {
 
-/// What sets one camera apart from another of its model.
+/** What sets one camera apart from another of its model. */
 struct Identity {
     std::string serial;
-    std::uint32_t address = 0; // IPv4, host byte order
+    uint32_t address = 0; // IPv4, host byte order
     std::string vendor;
     std::string model;
 };
 
-/// Which form of the description the first URL names; the second URL names the other.
+/** Which form of the description the first URL names; the second URL names the other. */
 enum class FirstUrl { Zipped, Plain };
 
-/// What a camera does otherwise than most.
+/** What a camera does otherwise than most. */
 struct Quirks {
-    /// Whether READMEM and WRITEMEM have the words of its description's registers in little-endian
-    /// byte order. READREG and WRITEREG have their numbers all the same.
+    /**
+     * Whether READMEM and WRITEMEM have the words of its description's registers in little-endian
+     * byte order. READREG and WRITEREG have their numbers all the same.
+     */
     bool isLittleEndian = false;
 
-    std::uint32_t missing = 0; // bits of its capability register that are off
+    uint32_t missing = 0; // bits of its capability register that are off
 
     std::optional<std::string> firstUrl; // in place of those that name its description
     std::optional<std::string> secondUrl;
 };
 
-/// How a command came: broadcasts are answered only where the standard asks for it.
+/** How a command came: broadcasts are answered only where the standard asks for it. */
 enum class Delivery { Unicast, Broadcast };
 
-/// Commands that a camera has answered or, where no acknowledge was asked for, carried out.
+/** Commands that a camera has answered or, where no acknowledge was asked for, carried out. */
 struct Counts {
-    std::uint64_t discovery = 0;
-    std::uint64_t readreg = 0;
-    std::uint64_t writereg = 0;
-    std::uint64_t readmem = 0;
-    std::uint64_t writemem = 0;
-    std::uint64_t other = 0;
-    std::uint64_t refused = 0;  // of these, how many ended with an error status
-    std::uint64_t repeated = 0; // of these, how many were retransmissions answered from memory
-    std::uint64_t dropped = 0;  // beside these, how many were lost on purpose
-    std::uint64_t nacked = 0;   // of these, how many were refused on purpose
-    std::uint64_t delayed = 0;  // of these, how many were answered late on purpose
-    std::uint64_t pending = 0;  // ... had a PENDING_ACK first, or nothing but that
-    std::uint64_t cut = 0;      // ... got only a part of their answer
-    std::uint64_t doubled = 0;  // ... got it twice
-    std::uint64_t wrong = 0;    // ... got wrong ones before it
+    uint64_t discovery = 0;
+    uint64_t readreg = 0;
+    uint64_t writereg = 0;
+    uint64_t readmem = 0;
+    uint64_t writemem = 0;
+    uint64_t other = 0;
+    uint64_t refused = 0;  // of these, how many ended with an error status
+    uint64_t repeated = 0; // of these, how many were retransmissions answered from memory
+    uint64_t dropped = 0;  // beside these, how many were lost on purpose
+    uint64_t nacked = 0;   // of these, how many were refused on purpose
+    uint64_t delayed = 0;  // of these, how many were answered late on purpose
+    uint64_t pending = 0;  // ... had a PENDING_ACK first, or nothing but that
+    uint64_t cut = 0;      // ... got only a part of their answer
+    uint64_t doubled = 0;  // ... got it twice
+    uint64_t wrong = 0;    // ... got wrong ones before it
 
-    /// How many commands the camera has answered or carried out.
-    std::uint64_t answered() const {
+    /** How many commands the camera has answered or carried out. */
+    uint64_t answered() const {
         return discovery + readreg + writereg + readmem + writemem + other;
     }
 };
 
-/// What became of a packet that arrived at a camera.
+/** What became of a packet that arrived at a camera. */
 struct Outcome {
     enum class Kind {
         Ignored, // it is no command, or not for this camera
@@ -94,33 +97,41 @@ public:
 
     const Faults &faults() const { return plan_.faults(); }
 
-    /// From here on the camera misbehaves like this. What is left to chance follows from the seed
-    /// and the serial number.
-    void misbehave(const Faults &faults, std::uint64_t seed);
+    /**
+     * From here on the camera misbehaves like this. What is left to chance follows from the seed
+     * and the serial number.
+     */
+    void misbehave(const Faults &faults, uint64_t seed);
 
-    /// Gives a feature a value, as setFeature() does. Throws WrongValue. The standard's registers
-    /// take one where clients may write them, but for the control privilege.
+    /**
+     * Gives a feature a value, as setFeature() does. Throws WrongValue. The standard's registers
+     * take one where clients may write them, but for the control privilege.
+     */
     void set(const std::string &feature, const std::string &value);
 
-    /// The one way in.
-    Outcome receive(const std::uint8_t *packet, std::size_t size, const Endpoint &sender,
-                    Delivery delivery, Clock::time_point now);
+    /** The one way in. */
+    Outcome receive(const uint8_t *packet, size_t size, const Endpoint &sender, Delivery delivery,
+                    Clock::time_point now);
 
-    /// Whether the camera has died and left the network: nobody must listen at its address.
+    /** Whether the camera has died and left the network: nobody must listen at its address. */
     bool isGone() const;
 
-    /// Whether the camera is dead: it says nothing any more.
+    /** Whether the camera is dead: it says nothing any more. */
     bool isSilent() const;
 
     const Description &description() const { return *description_; }
 
-    /// Turns a block of bytes from what READMEM and WRITEMEM have into what READREG and WRITEREG
-    /// have of the same words, or back.
-    void turnWords(std::uint32_t address, Bytes &block) const;
+    /**
+     * Turns a block of bytes from what READMEM and WRITEMEM have into what READREG and WRITEREG
+     * have of the same words, or back.
+     */
+    void turnWords(uint32_t address, Bytes &block) const;
 
-    /// All registers of the description as users see them: one "Name = value" a line, sorted.
-    /// Write-only registers and entries of long tables (more than 16 cells) that are zero are left
-    /// out.
+    /**
+     * All registers of the description as users see them: one "Name = value" a line, sorted.
+     * Write-only registers and entries of long tables (more than 16 cells) that are zero are left
+     * out.
+     */
     std::string snapshot(Clock::time_point now);
 
 private:
@@ -129,23 +140,19 @@ private:
         Bytes payload;
     };
     struct Request {
-        std::uint16_t command;
-        const std::uint8_t *payload;
-        std::size_t size;
+        uint16_t command;
+        const uint8_t *payload;
+        size_t size;
         Endpoint sender;
-    };
-    struct Answered {
-        Bytes command;
-        Bytes answer;
     };
 
     void mapBootstrap(const Quirks &quirks);
-    void mapFile(std::uint32_t address, const Bytes &file);
+    void mapFile(uint32_t address, const Bytes &file);
     void mapRegisters(const Quirks &quirks);
-    void unmap(std::uint32_t address, std::uint32_t size);
+    void unmap(uint32_t address, uint32_t size);
 
     std::optional<Reply> carryOut(const Request &request, Delivery delivery);
-    bool can(std::uint32_t capability) const;
+    bool can(uint32_t capability) const;
     static Reply nack(const Request &request);
     Reply discover() const;
     std::optional<Reply> forceIp(const Request &request) const;
@@ -154,15 +161,14 @@ private:
     Reply readMemory(const Request &request) const;
     Reply writeMemory(const Request &request);
 
-    Status mayRead(std::uint32_t address, std::uint32_t size, const Endpoint &sender) const;
-    Status write(std::uint32_t address, const std::uint8_t *bytes, std::uint32_t size,
-                 const Endpoint &sender);
-    Status writeControlPrivilege(std::uint32_t value, const Endpoint &sender);
-    void writeTimestampControl(std::uint32_t value);
+    Status mayRead(uint32_t address, uint32_t size, const Endpoint &sender) const;
+    Status write(uint32_t address, const uint8_t *bytes, uint32_t size, const Endpoint &sender);
+    Status writeControlPrivilege(uint32_t value, const Endpoint &sender);
+    void writeTimestampControl(uint32_t value);
 
     void expireControl();
     void releaseControl();
-    void count(std::uint16_t command, Status status);
+    void count(uint16_t command, Status status);
     void count(const AnswerFaults &befallen);
 
     Identity identity_;
@@ -170,8 +176,8 @@ private:
     Memory memory_;
     Counts counts_;
     FaultPlan plan_;
-    std::set<std::uint32_t> kept_;      // registers of the description that are the camera's own
-    std::vector<std::uint32_t> turned_; // words that READMEM has in little-endian order, sorted
+    std::set<uint32_t> kept_;      // registers of the description that are the camera's own
+    std::vector<uint32_t> turned_; // words that READMEM has in little-endian order, sorted
 
     Clock::time_point now_; // of the packet being handled
     Clock::time_point timestampStart_;
@@ -179,7 +185,9 @@ private:
     std::optional<Endpoint> controller_;
     Clock::time_point lastHeartbeat_;
 
-    LastSaid<Answered> lastWrites_; // to answer a retransmission
+    LastPackets lastWrites_; // to answer a retransmission
 };
 
 } // namespace simcam
+
+#endif

@@ -1,16 +1,18 @@
 #include "description.h"
 
 #include "archive.h"
+#include "descriptor.h"
 #include "values.h"
 
 #include <pugixml.hpp>
 
+#include <fcntl.h>
 #include <sys/stat.h>
 
 #include <algorithm>
 #include <cctype>
+#include <cerrno>
 #include <cstring>
-#include <fstream>
 #include <iterator>
 #include <optional>
 #include <stdexcept>
@@ -19,7 +21,7 @@ namespace simcam {
 
 // Made by the build from dalsa-1936x1216.xml.
 extern const unsigned char kBuiltInDescription[];
-extern const std::size_t kBuiltInDescriptionSize;
+extern const size_t kBuiltInDescriptionSize;
 
 namespace {
 
@@ -28,12 +30,22 @@ namespace {
 // and their entries to the registers that their <pValue> names. Those nodes become Features beside.
 
 // More than any camera has; a file that asks for more is a mistake, not a reason to fill memory.
-constexpr std::uint64_t kMaxRegisterBytes = 4u << 20;
+constexpr int64_t kMaxRegisterBytes = 4 << 20;
 
-// A description is some hundred kilobytes; what is far larger is none.
-constexpr std::size_t kMaxFileSize = 64u << 20;
+// A description is some hundred kilobytes, the largest known 1.3 MB; what is far larger is none.
+constexpr size_t kMaxFileSize = 16u << 20;
+
+// The largest descriptions known have some thousand nodes. Each takes up to a page of memory.
+constexpr size_t kMaxNodes = 65536;
+
+// Real groups lie side by side. Each takes a little of the stack.
+constexpr int kDeepestGroup = 16;
+
+// Selectors of one register; real ones have two or three. Each is part of every cell's name.
+constexpr size_t kMaxIndexes = 16;
 
 using NodesByName = std::map<std::string, pugi::xml_node>;
+using EntriesByName = std::map<std::string, std::shared_ptr<const Entries>>;
 
 const char *const kRegisterNodes[] = {"IntReg",    "MaskedIntReg", "FloatReg",
                                       "StringReg", "Register",     "StructReg"};
@@ -51,18 +63,21 @@ std::string textOf(const pugi::xml_node &node) {
     return std::string(begin, end.base());
 }
 
-// Integers of a register node that must be plain numbers.
-std::int64_t numberOf(const pugi::xml_node &node) {
-    const std::optional<std::int64_t> value = toInteger(textOf(node));
-    if (!value)
-        throw std::runtime_error("register '" +
-                                 std::string(node.parent().attribute("Name").value()) + "': <" +
-                                 node.name() + "> is '" + textOf(node) + "', expected a number");
-    return *value;
+// Integers of a register node that must be plain numbers, and such that can be added up.
+int64_t numberOf(const pugi::xml_node &node) {
+    constexpr int64_t kLimit = int64_t{1} << 32;
+    const std::optional<int64_t> value = toInteger(textOf(node));
+    if (value && *value >= -kLimit && *value <= kLimit)
+        return *value;
+    const pugi::xml_node parent = node.parent();
+    const pugi::xml_node reg = parent.attribute("Name") ? parent : parent.parent();
+    throw std::runtime_error("register '" + std::string(reg.attribute("Name").value()) + "': <" +
+                             node.name() + "> is '" + textOf(node) +
+                             "', expected a number of 32 bits");
 }
 
-std::map<std::int64_t, std::string> entriesOf(const pugi::xml_node &enumeration) {
-    std::map<std::int64_t, std::string> entries;
+Entries entriesOf(const pugi::xml_node &enumeration) {
+    Entries entries;
     for (const pugi::xml_node &entry : enumeration.children("EnumEntry")) {
         if (const auto value = toInteger(textOf(entry.child("Value"))))
             entries[*value] = entry.attribute("Name").value();
@@ -103,7 +118,7 @@ Bytes encode(const Register &reg, const std::string &text) {
 
 // <LSB>, <MSB> and <Bit> count from the most significant bit in big-endian registers.
 void setField(Register &reg, const pugi::xml_node &node) {
-    const unsigned bits = 8 * std::min<std::uint32_t>(reg.length, 8);
+    const unsigned bits = 8 * std::min<uint32_t>(reg.length, 8);
     reg.width = bits;
     pugi::xml_node low = node.child("LSB");
     pugi::xml_node high = node.child("MSB");
@@ -111,8 +126,8 @@ void setField(Register &reg, const pugi::xml_node &node) {
         low = high = node.child("Bit");
     if (!low)
         return;
-    std::int64_t first = numberOf(low);
-    std::int64_t last = numberOf(high);
+    int64_t first = numberOf(low);
+    int64_t last = numberOf(high);
     if (!reg.littleEndian) {
         first = bits - 1 - first;
         last = bits - 1 - last;
@@ -141,20 +156,30 @@ Memory::Access accessOf(const pugi::xml_node &node) {
     return mode == "WO" ? Memory::kWrite : Memory::kRead;
 }
 
+std::runtime_error tooLarge(const Register &reg) {
+    return std::runtime_error("register '" + reg.name + "': more than " +
+                              std::to_string(kMaxRegisterBytes) + " bytes");
+}
+
+// What is larger than the step to the next one overlaps it.
+int64_t cellSize(const Register &reg) {
+    return std::max(reg.stride, reg.length);
+}
+
 void setCells(Register &reg, const pugi::xml_node &extension) {
-    for (const pugi::xml_node &value : extension.children("Initial"))
-        reg.initial.push_back(encode(reg, textOf(value)));
-    std::int64_t count = std::max<std::int64_t>(1, static_cast<std::int64_t>(reg.initial.size()));
+    const auto values = extension.children("Initial");
+    int64_t count = std::max<int64_t>(1, std::distance(values.begin(), values.end()));
     if (const pugi::xml_node cells = extension.child("Cells"))
         count = std::max(count, numberOf(cells));
-    if (static_cast<std::uint64_t>(count) * reg.stride > kMaxRegisterBytes)
-        throw std::runtime_error("register '" + reg.name + "': more than " +
-                                 std::to_string(kMaxRegisterBytes) + " bytes");
-    reg.cellCount = static_cast<std::uint32_t>(count);
+    if (count > kMaxRegisterBytes / cellSize(reg))
+        throw tooLarge(reg);
+    reg.cellCount = static_cast<uint32_t>(count);
+    for (const pugi::xml_node &value : values)
+        reg.initial.push_back(encode(reg, textOf(value)));
 }
 
 // Nothing for a register whose place or length is computed.
-std::optional<Register> toRegister(const pugi::xml_node &node, const NodesByName &selectors) {
+std::optional<Register> toRegister(const pugi::xml_node &node, const EntriesByName &selectors) {
     if (!node.child("Address") || node.child("pAddress") || node.child("IntSwissKnife") ||
         node.child("pLength"))
         return std::nullopt;
@@ -169,74 +194,82 @@ std::optional<Register> toRegister(const pugi::xml_node &node, const NodesByName
     reg.littleEndian = endianness == "LittleEndian";
     reg.isSigned = textOf(node.child("Sign")) == "Signed";
 
-    std::int64_t address = 0;
+    int64_t address = 0;
     for (const pugi::xml_node &part : node.children("Address"))
         address += numberOf(part);
-    const std::int64_t length = node.child("Length") ? numberOf(node.child("Length")) : 4;
-    if (length <= 0 || static_cast<std::uint64_t>(length) > kMaxRegisterBytes)
+    const int64_t length = node.child("Length") ? numberOf(node.child("Length")) : 4;
+    if (length <= 0 || length > kMaxRegisterBytes)
         throw std::runtime_error("register '" + reg.name + "': its length is " +
                                  std::to_string(length) + " bytes");
     if (reg.kind == Register::Kind::Float && length != 4 && length != 8)
         throw std::runtime_error("register '" + reg.name + "': a float has 4 or 8 bytes, not " +
                                  std::to_string(length));
-    reg.length = static_cast<std::uint32_t>(length);
+    reg.length = static_cast<uint32_t>(length);
     reg.stride = reg.length;
     if (reg.kind == Register::Kind::Integer)
         setField(reg, node);
 
     for (const pugi::xml_node &index : node.children("pIndex")) {
-        const auto stride = toInteger(index.attribute("Offset").value());
-        Register::Index step{textOf(index),
-                             stride && *stride > 0 ? static_cast<std::uint32_t>(*stride)
-                                                   : reg.length,
-                             {}};
-        const auto selector = selectors.find(step.selector);
-        if (selector != selectors.end())
-            step.entries = entriesOf(selector->second);
-        reg.indexes.push_back(step);
+        const int64_t stride = toInteger(index.attribute("Offset").value()).value_or(0);
+        if (stride > kMaxRegisterBytes)
+            throw tooLarge(reg);
+        const auto selector = selectors.find(textOf(index));
+        reg.indexes.push_back({textOf(index),
+                               stride > 0 ? static_cast<uint32_t>(stride) : reg.length,
+                               selector != selectors.end() ? selector->second : nullptr});
     }
+    if (reg.indexes.size() > kMaxIndexes)
+        throw std::runtime_error("register '" + reg.name + "': it has " +
+                                 std::to_string(reg.indexes.size()) +
+                                 " <pIndex>, expected at most " + std::to_string(kMaxIndexes));
     std::sort(reg.indexes.begin(), reg.indexes.end(),
               [](const auto &a, const auto &b) { return a.stride > b.stride; });
     if (!reg.indexes.empty())
         reg.stride = reg.indexes.back().stride;
     setCells(reg, node.child("Extension"));
 
-    const std::int64_t size = static_cast<std::int64_t>(reg.stride) * (reg.cellCount - 1) + length;
-    if (address < 0 || address + size > std::int64_t{1} << 32)
+    const int64_t size = static_cast<int64_t>(reg.stride) * (reg.cellCount - 1) + length;
+    if (address < 0 || address + size > int64_t{1} << 32)
         throw std::runtime_error("register '" + reg.name + "': it lies outside of the 32-bit " +
                                  "address space");
-    reg.address = static_cast<std::uint32_t>(address);
+    reg.address = static_cast<uint32_t>(address);
     return reg;
 }
 
-void collect(const pugi::xml_node &parent, NodesByName &nodes) {
+void collect(const pugi::xml_node &parent, NodesByName &nodes, int depth = 0) {
+    if (depth > kDeepestGroup)
+        throw std::runtime_error("groups lie in groups more than " + std::to_string(kDeepestGroup) +
+                                 " deep");
     for (const pugi::xml_node &node : parent.children()) {
         if (std::strcmp(node.name(), "Group") == 0)
-            collect(node, nodes);
+            collect(node, nodes, depth + 1);
         else if (node.attribute("Name"))
             nodes[node.attribute("Name").value()] = node;
+        if (nodes.size() > kMaxNodes)
+            throw std::runtime_error("it has more than " + std::to_string(kMaxNodes) + " nodes");
     }
 }
 
 // Each enumeration by its own name and by that of the register that it keeps its entry in.
-NodesByName selectorsOf(const NodesByName &nodes) {
-    NodesByName selectors;
+EntriesByName selectorsOf(const NodesByName &nodes) {
+    EntriesByName selectors;
     for (const auto &[name, node] : nodes) {
         if (std::strcmp(node.name(), "Enumeration") == 0)
-            selectors[name] = selectors[textOf(node.child("pValue"))] = node;
+            selectors[name] = selectors[textOf(node.child("pValue"))] =
+                std::make_shared<const Entries>(entriesOf(node));
     }
     return selectors;
 }
 
 std::vector<Register> registersOf(const NodesByName &nodes) {
     std::vector<Register> registers;
-    const NodesByName selectors = selectorsOf(nodes);
-    std::uint64_t total = 0;
+    const EntriesByName selectors = selectorsOf(nodes);
+    int64_t total = 0;
     for (const auto &[name, node] : nodes) {
         if (!isRegister(node))
             continue;
         if (auto reg = toRegister(node, selectors)) {
-            total += std::uint64_t{reg->stride} * reg->cellCount;
+            total += cellSize(*reg) * reg->cellCount;
             registers.push_back(std::move(*reg));
         }
     }
@@ -276,15 +309,13 @@ Feature toFeature(const pugi::xml_node &node) {
         feature.obstacle = obstacle->second;
         return feature;
     }
-    const std::string kind = node.name();
-    if (kind == "Float")
-        feature.kind = Feature::Kind::Float;
-    else if (kind == "Boolean")
-        feature.kind = Feature::Kind::Boolean;
-    else if (kind == "Enumeration")
-        feature.kind = Feature::Kind::Enumeration;
-    else if (kind == "String")
-        feature.kind = Feature::Kind::Text;
+    static const std::map<std::string, Feature::Kind> kinds{
+        {"Float", Feature::Kind::Float},
+        {"Boolean", Feature::Kind::Boolean},
+        {"Enumeration", Feature::Kind::Enumeration},
+        {"String", Feature::Kind::Text}};
+    if (const auto kind = kinds.find(node.name()); kind != kinds.end())
+        feature.kind = kind->second;
 
     for (const char *const way : {"pValue", "pValueCopy"}) {
         for (const pugi::xml_node &holder : node.children(way))
@@ -339,26 +370,26 @@ void readModel(Description &description) {
 
 // A pipe might keep the program waiting, and a device never end.
 Bytes readFile(const std::string &path) {
+    const Descriptor file(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
     struct stat found {};
-    if (stat(path.c_str(), &found) != 0)
-        throw std::runtime_error("it cannot be read");
+    if (file.get() < 0 || fstat(file.get(), &found) != 0)
+        throw std::runtime_error(std::string("it cannot be read: ") + strerror(errno));
     if (!S_ISREG(found.st_mode))
         throw std::runtime_error("it is no regular file, expected a GenICam file, XML or zip");
-    const auto size = static_cast<std::uint64_t>(found.st_size);
+    const auto size = static_cast<size_t>(found.st_size);
     if (size > kMaxFileSize)
         throw std::runtime_error("it is too large, " + std::to_string(size) +
                                  " bytes, expected at most " + std::to_string(kMaxFileSize));
     Bytes content(size);
-    std::ifstream file(path, std::ios::binary);
-    if (!file.read(reinterpret_cast<char *>(content.data()), static_cast<std::streamsize>(size)))
-        throw std::runtime_error("it cannot be read");
+    if (read(file.get(), content.data(), size) != found.st_size)
+        throw std::runtime_error("it cannot be read to its end");
     return content;
 }
 
 // A name that stands in "Local:NAME.zip;ADDRESS;LENGTH".
 std::string urlName(const std::string &path) {
     std::string name = path.substr(path.find_last_of('/') + 1);
-    name = name.substr(0, std::min(name.find_last_of('.'), std::size_t{64}));
+    name = name.substr(0, std::min(name.find_last_of('.'), size_t{64}));
     for (char &c : name) {
         if (!std::isalnum(static_cast<unsigned char>(c)) && !std::strchr("-_.", c))
             c = '_';

@@ -1,4 +1,5 @@
-#pragma once
+#ifndef KXINFO_SIMCAM_DESCRIPTION_H
+#define KXINFO_SIMCAM_DESCRIPTION_H
 
 #include "memory.h"
 
@@ -12,32 +13,37 @@
 
 namespace simcam {
 
-/// One register node of a camera description: where it lies and what it holds in a fresh camera.
+/** The names that an enumeration has for its numbers. */
+using Entries = std::map<int64_t, std::string>;
+
+/** One register node of a camera description: where it lies and what it holds in a fresh camera. */
 struct Register {
     enum class Kind { Integer, Float, Text, Block };
 
-    /// One <pIndex>: a step of one in the selecting register moves the address by `stride` bytes.
+    /**
+     * One <pIndex>: a step of one in the selecting register moves the address by `stride` bytes.
+     */
     struct Index {
         std::string selector; // the node that says how many steps
-        std::uint32_t stride;
-        std::map<std::int64_t, std::string> entries; // the selector's entries, empty for a number
+        uint32_t stride;
+        std::shared_ptr<const Entries> entries; // the selector's; null for a number
     };
 
     std::string name;    // of the register node
     std::string feature; // of the node that users see it through; its own name if there is none
     Kind kind = Kind::Block;
-    std::uint32_t address = 0;
-    std::uint32_t length = 0;    // bytes of one cell
-    std::uint32_t cellCount = 1; // cells follow each other, `stride` bytes apart
-    std::uint32_t stride = 0;
+    uint32_t address = 0;
+    uint32_t length = 0;    // bytes of one cell
+    uint32_t cellCount = 1; // cells follow each other, `stride` bytes apart
+    uint32_t stride = 0;
     Memory::Access access = Memory::kRead;
     bool littleEndian = false;
     bool isSigned = false;
     unsigned shift = 0; // least significant bit and width of a field within an integer
     unsigned width = 64;
-    std::vector<Index> indexes;                  // widest stride first
-    std::map<std::int64_t, std::string> entries; // of the enumeration kept here
-    std::vector<Bytes> initial;                  // first cells; the others start as zero
+    std::vector<Index> indexes; // widest stride first
+    Entries entries;            // of the enumeration kept here
+    std::vector<Bytes> initial; // first cells; the others start as zero
 };
 
 /**
@@ -53,13 +59,13 @@ struct Feature {
 
     // <pValueIndexed>: which node holds the value depends on that of another.
     std::string index;
-    std::map<std::int64_t, std::string> indexed;
+    std::map<int64_t, std::string> indexed;
     std::string otherwise;
 
     std::string min, max; // as the description writes them; empty where computed or without limit
-    std::int64_t on = 1, off = 0;
-    std::vector<std::pair<std::string, std::int64_t>> entries;
-    std::optional<std::int64_t> constant; // <Value> of an Integer
+    int64_t on = 1, off = 0;
+    std::vector<std::pair<std::string, int64_t>> entries;
+    std::optional<int64_t> constant; // <Value> of an Integer
 };
 
 /**
@@ -83,12 +89,16 @@ struct Description {
     std::map<std::string, Feature> features;
     std::vector<std::string> featureNames; // what the categories list
 
-    /// The model that comes with the program.
+    /** The model that comes with the program. */
     static std::shared_ptr<const Description> builtIn();
 
-    /// Any GenICam file, plain or zipped. Throws std::runtime_error with a sentence that names the
-    /// file when it cannot be read or is no description.
+    /**
+     * Any GenICam file, plain or zipped. Throws std::runtime_error with a sentence that names the
+     * file when it cannot be read or is no description.
+     */
     static std::shared_ptr<const Description> load(const std::string &path);
 };
 
 } // namespace simcam
+
+#endif

@@ -6,9 +6,8 @@ namespace simcam {
 
 namespace {
 
-std::mt19937_64 engine(std::uint64_t seed, const std::string &serial) {
-    std::vector<std::uint32_t> parts{static_cast<std::uint32_t>(seed >> 32),
-                                     static_cast<std::uint32_t>(seed)};
+std::mt19937_64 engine(uint64_t seed, const std::string &serial) {
+    std::vector<uint32_t> parts{static_cast<uint32_t>(seed >> 32), static_cast<uint32_t>(seed)};
     for (const char c : serial)
         parts.push_back(static_cast<unsigned char>(c));
     std::seed_seq sequence(parts.begin(), parts.end());
@@ -17,11 +16,11 @@ std::mt19937_64 engine(std::uint64_t seed, const std::string &serial) {
 
 } // namespace
 
-FaultPlan::FaultPlan(const Faults &faults, std::uint64_t seed, const std::string &serial)
+FaultPlan::FaultPlan(const Faults &faults, uint64_t seed, const std::string &serial)
     : faults_(faults), random_(engine(seed, serial)) {}
 
-AnswerFaults FaultPlan::befallAnswer(std::size_t size) {
-    const std::uint64_t answer = answers_++;
+AnswerFaults FaultPlan::befallAnswer(size_t size) {
+    const uint64_t answer = answers_++;
     AnswerFaults befallen;
     if (befalls(faults_.delay, answer))
         befallen.delay = faults_.delayTime;
@@ -30,7 +29,7 @@ AnswerFaults FaultPlan::befallAnswer(std::size_t size) {
         befallen.isNeverSent = faults_.isPendingForever;
     }
     if (befalls(faults_.cut, answer))
-        befallen.cutTo = static_cast<std::size_t>(random_() % size);
+        befallen.cutTo = static_cast<size_t>(random_() % size);
     befallen.isTwice = befalls(faults_.twice, answer);
     befallen.isAfterWrongOnes = befalls(faults_.wrong, answer);
     if (!befallen.isNeverSent)
@@ -41,8 +40,8 @@ AnswerFaults FaultPlan::befallAnswer(std::size_t size) {
 }
 
 // The standard's engines give the same numbers everywhere, its distributions do not.
-bool FaultPlan::befalls(const Share &share, std::uint64_t before) {
-    const std::uint64_t number = before + 1;
+bool FaultPlan::befalls(const Share &share, uint64_t before) {
+    const uint64_t number = before + 1;
     if (number <= share.first || number == share.at ||
         (share.every > 0 && number % share.every == 0))
         return true;

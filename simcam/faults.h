@@ -1,4 +1,5 @@
-#pragma once
+#ifndef KXINFO_SIMCAM_FAULTS_H
+#define KXINFO_SIMCAM_FAULTS_H
 
 #include <chrono>
 #include <cstddef>
@@ -9,18 +10,18 @@
 
 namespace simcam {
 
-/// Which of some commands, or answers, a fault befalls.
+/** Which of some commands, or answers, a fault befalls. */
 struct Share {
-    std::uint64_t first = 0; // the first so many
-    double chance = 0;       // of the others each by this chance, 0 to 1
-    std::uint64_t every = 0; // each one whose number, from 1, is a multiple of this; 0: none
-    std::uint64_t at = 0;    // the one of this number; 0: none
+    uint64_t first = 0; // the first so many
+    double chance = 0;  // of the others each by this chance, 0 to 1
+    uint64_t every = 0; // each one whose number, from 1, is a multiple of this; 0: none
+    uint64_t at = 0;    // the one of this number; 0: none
 
     bool isNone() const { return first == 0 && chance <= 0 && every == 0 && at == 0; }
     bool isAll() const { return chance >= 1 || every == 1; }
 };
 
-/// How a camera misbehaves. A fresh one behaves.
+/** How a camera misbehaves. A fresh one behaves. */
 struct Faults {
     Share drop;
     Share nack;
@@ -33,25 +34,27 @@ struct Faults {
     Share twice;
     Share wrong;
     bool refuseControl = false;
-    std::optional<std::uint64_t> silentAfter; // answered commands
-    std::optional<std::uint64_t> dieAfter;
+    std::optional<uint64_t> silentAfter; // answered commands
+    std::optional<uint64_t> dieAfter;
 
-    /// Whether there is anything that befalls some commands, or their answers as a whole, and
-    /// spares others.
+    /**
+     * Whether there is anything that befalls some commands, or their answers as a whole, and
+     * spares others.
+     */
     bool befallCommands() const { return !drop.isNone() || !nack.isNone() || !delay.isNone(); }
 
-    /// Whether there is anything that makes other packets of some answers.
+    /** Whether there is anything that makes other packets of some answers. */
     bool befallPackets() const {
         return !pending.isNone() || !cut.isNone() || !twice.isNone() || !wrong.isNone();
     }
 };
 
-/// What befalls one answer.
+/** What befalls one answer. */
 struct AnswerFaults {
     std::chrono::milliseconds delay{0};   // how late it is
     std::chrono::milliseconds pending{0}; // announced by a PENDING_ACK, and comes as much later
     bool isNeverSent = false;             // a PENDING_ACK again and again in its place
-    std::optional<std::size_t> cutTo;     // only so many bytes of it
+    std::optional<size_t> cutTo;          // only so many bytes of it
     bool isTwice = false;
     bool isAfterWrongOnes = false;
 };
@@ -63,28 +66,30 @@ struct AnswerFaults {
 class FaultPlan {
 public:
     FaultPlan() : FaultPlan({}, 0, "") {} // nothing ever goes wrong
-    FaultPlan(const Faults &faults, std::uint64_t seed, const std::string &serial);
+    FaultPlan(const Faults &faults, uint64_t seed, const std::string &serial);
 
     const Faults &faults() const { return faults_; }
 
-    /// Asked once for each command that arrives.
+    /** Asked once for each command that arrives. */
     bool drops() { return befalls(faults_.drop, commands_++); }
 
-    /// Asked once for each command that was not dropped and would be carried out.
+    /** Asked once for each command that was not dropped and would be carried out. */
     bool nacks() { return befalls(faults_.nack, carriedOut_++); }
 
-    /// Asked once for each answer, of so many bytes.
-    AnswerFaults befallAnswer(std::size_t size);
+    /** Asked once for each answer, of so many bytes. */
+    AnswerFaults befallAnswer(size_t size);
 
 private:
-    /// Whether a share befalls the command, or the answer, that has so many before it.
-    bool befalls(const Share &share, std::uint64_t before);
+    /** Whether a share befalls the command, or the answer, that has so many before it. */
+    bool befalls(const Share &share, uint64_t before);
 
     Faults faults_;
     std::mt19937_64 random_;
-    std::uint64_t commands_ = 0; // how often was asked
-    std::uint64_t carriedOut_ = 0;
-    std::uint64_t answers_ = 0;
+    uint64_t commands_ = 0; // how often was asked
+    uint64_t carriedOut_ = 0;
+    uint64_t answers_ = 0;
 };
 
 } // namespace simcam
+
+#endif

@@ -1,15 +1,14 @@
 #include "camera.h"
+#include "folder.h"
 #include "options.h"
 #include "server.h"
 #include "settings.h"
+#include "text.h"
 #include "values.h"
 
-#include <cerrno>
 #include <cinttypes>
 #include <cstdio>
-#include <cstring>
 #include <exception>
-#include <fstream>
 #include <map>
 #include <stdexcept>
 
@@ -73,27 +72,23 @@ void sayCounts(const std::vector<Camera> &cameras) {
     std::fflush(stdout);
 }
 
-// Whoever waits for a snapshot sees the whole file or none.
-void writeSnapshots(std::vector<Camera> &cameras, const std::string &folder) {
-    for (Camera &camera : cameras) {
-        const std::string path = folder + "/" + camera.identity().serial + ".txt";
-        const std::string unfinished = path + ".tmp";
-        std::ofstream file(unfinished, std::ios::binary | std::ios::trunc);
-        file << camera.snapshot(Clock::now());
-        file.close();
-        if (!file || std::rename(unfinished.c_str(), path.c_str()) != 0)
-            throw std::runtime_error("snapshot '" + path + "': it cannot be written");
-    }
+void writeSnapshots(std::vector<Camera> &cameras, const Folder &folder) {
+    for (Camera &camera : cameras)
+        folder.put(camera.identity().serial + ".txt", camera.snapshot(Clock::now()));
 }
 
 int serve(const Options &options) {
+    std::optional<Folder> snapshots;
+    if (options.snapshotFolder && !snapshots.emplace(*options.snapshotFolder).exists())
+        throw WrongUsage{"--snapshot is '" + *options.snapshotFolder +
+                         "', expected a folder that exists."};
     std::vector<Camera> cameras = makeCameras(options);
     Server server(cameras, options.isWatched);
     sayReady(cameras);
     for (;;) {
         const int signal = server.run();
-        if (!options.snapshotFolder.empty())
-            writeSnapshots(cameras, options.snapshotFolder);
+        if (snapshots)
+            writeSnapshots(cameras, *snapshots);
         if (signal != SIGUSR1)
             break;
     }
@@ -109,10 +104,10 @@ int main(int argc, char **argv) {
         return options ? serve(*options) : 0;
     } catch (const WrongUsage &wrong) {
         std::fprintf(stderr, "kxinfo-simcam: %s\nTry 'kxinfo-simcam --help'.\n",
-                     wrong.sentence.c_str());
+                     printable(wrong.sentence).c_str());
         return 2;
     } catch (const std::exception &error) {
-        std::fprintf(stderr, "kxinfo-simcam: %s\n", error.what());
+        std::fprintf(stderr, "kxinfo-simcam: %s\n", printable(error.what()).c_str());
         return 1;
     }
 }

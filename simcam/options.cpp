@@ -1,9 +1,10 @@
 #include "options.h"
 
+#include "text.h"
+
 #include <CLI/CLI.hpp>
 
 #include <arpa/inet.h>
-#include <sys/stat.h>
 
 #include <map>
 #include <set>
@@ -12,8 +13,12 @@ namespace simcam {
 
 namespace {
 
-constexpr std::size_t kMaxSerial = 15; // registers hold these and a NUL
-constexpr std::size_t kMaxName = 31;
+constexpr size_t kMaxSerial = 15; // registers hold these and a NUL
+constexpr size_t kMaxName = 31;
+
+// Each takes two sockets, and a process has 1024 unless told otherwise, and a copy of its registers
+// and of its description.
+constexpr size_t kMaxCameras = 256;
 
 const char *const kAbout =
     "Serves virtual GigE Vision cameras on UDP port 3956 until it is told to stop (SIGTERM, "
@@ -95,20 +100,6 @@ void check(bool right, const std::string &sentence) {
         throw WrongUsage{sentence};
 }
 
-void checkUrl(const char *option, const std::string &url) {
-    constexpr std::size_t kMaxUrl = bootstrap::kUrlSize - 1;
-    check(url.size() <= kMaxUrl, std::string(option) + " has " + std::to_string(url.size()) +
-                                     " bytes, expected at most " + std::to_string(kMaxUrl) +
-                                     ": a camera's register holds no more.");
-}
-
-void checkName(const char *option, const std::string &name) {
-    check(!name.empty() && name.size() <= kMaxName,
-          std::string(option) + " is '" + name + "' (" + std::to_string(name.size()) +
-              " bytes), expected 1 to " + std::to_string(kMaxName) +
-              ": a camera's register holds no more.");
-}
-
 // Serial numbers name snapshot files and stand between blanks in printed lines.
 bool isSerial(const std::string &text) {
     return !text.empty() && text.size() <= kMaxSerial && text.front() != '.' &&
@@ -117,21 +108,20 @@ bool isSerial(const std::string &text) {
 }
 
 // An address that one camera can have: neither 0.x.x.x nor multicast, reserved or broadcast.
-std::optional<std::uint32_t> toAddress(const std::string &text) {
+std::optional<uint32_t> toAddress(const std::string &text) {
     in_addr address{};
     if (inet_pton(AF_INET, text.c_str(), &address) != 1)
         return std::nullopt;
-    const std::uint32_t value = ntohl(address.s_addr);
+    const uint32_t value = ntohl(address.s_addr);
     if (value >> 24 == 0 || value >> 24 >= 224)
         return std::nullopt;
     return value;
 }
 
-Identity toIdentity(const std::string &text) {
-    const std::size_t at = text.find('@');
+void readCamera(const std::string &text, Identity &identity) {
+    const size_t at = text.find('@');
     check(at != std::string::npos,
           "--camera is '" + text + "', expected SERIAL@ADDRESS, for example S1234@127.0.0.2.");
-    Identity identity;
     identity.serial = text.substr(0, at);
     check(isSerial(identity.serial),
           "--camera " + text + ": the serial number is '" + identity.serial + "', expected 1 to " +
@@ -143,17 +133,27 @@ Identity toIdentity(const std::string &text) {
                                  "', expected the IPv4 address of one host, for example "
                                  "127.0.0.2.");
     identity.address = *value;
-    return identity;
+}
+
+void checkUnique(const Identity &identity, const std::vector<CameraOptions> &others) {
+    for (const CameraOptions &other : others) {
+        check(other.identity.address != identity.address,
+              "--camera " + identity.serial + ": camera " + other.identity.serial +
+                  " has this address already, give each camera one of its own.");
+        check(other.identity.serial != identity.serial,
+              "--camera " + identity.serial +
+                  ": another camera has this serial number, give each one of its own.");
+    }
 }
 
 bool isNumber(const std::string &text) {
-    constexpr std::size_t kMaxDigits = 18; // 64 bits hold more
+    constexpr size_t kMaxDigits = 18; // 64 bits hold more
     return !text.empty() && text.size() <= kMaxDigits &&
            text.find_first_not_of("0123456789") == std::string::npos;
 }
 
-std::optional<std::uint64_t> toCount(const std::string &text) {
-    return isNumber(text) ? std::optional<std::uint64_t>(std::stoull(text)) : std::nullopt;
+std::optional<uint64_t> toCount(const std::string &text) {
+    return isNumber(text) ? std::optional<uint64_t>(std::stoull(text)) : std::nullopt;
 }
 
 template <typename To>
@@ -185,7 +185,7 @@ std::optional<Share> toShare(const std::string &text) {
         return std::nullopt;
     std::string digits = text.substr(0, text.size() - 1);
     const std::string percent = digits;
-    if (const std::size_t point = digits.find('.'); point != std::string::npos && point > 0)
+    if (const size_t point = digits.find('.'); point != std::string::npos && point > 0)
         digits.erase(point, 1);
     if (!isNumber(digits) || percent.back() == '.' || std::stod(percent) > 100)
         return std::nullopt;
@@ -200,7 +200,7 @@ struct Timed {
 };
 
 Timed toTimed(const std::string &text) {
-    const std::size_t comma = text.find(',');
+    const size_t comma = text.find(',');
     Share all;
     all.chance = 1;
     return {text.substr(0, comma),
@@ -212,14 +212,14 @@ bool readShare(const std::string &text, CameraOptions &camera) {
     return take(toShare(text), camera.faults.*share);
 }
 
-template <std::optional<std::uint64_t> Faults::*count>
+template <std::optional<uint64_t> Faults::*count>
 bool readCount(const std::string &text, CameraOptions &camera) {
     return take(toCount(text), camera.faults.*count);
 }
 
 // "50", "50,5%" or "50,3".
 bool readDelay(const std::string &text, CameraOptions &camera) {
-    constexpr std::uint64_t kLongest = 3'600'000; // an hour
+    constexpr uint64_t kLongest = 3'600'000; // an hour
     const Timed timed = toTimed(text);
     const auto time = toCount(timed.time);
     if (!time || *time > kLongest || !timed.share)
@@ -231,7 +231,7 @@ bool readDelay(const std::string &text, CameraOptions &camera) {
 
 // As a delay, or "forever".
 bool readPending(const std::string &text, CameraOptions &camera) {
-    constexpr std::uint64_t kLongest = 0xFFFF; // what a PENDING_ACK can say
+    constexpr uint64_t kLongest = 0xFFFF; // what a PENDING_ACK can say
     const Timed timed = toTimed(text);
     const bool isForever = timed.time == "forever";
     const auto time = isForever ? 0 : toCount(timed.time);
@@ -245,13 +245,13 @@ bool readPending(const std::string &text, CameraOptions &camera) {
 
 // "concatenation,writemem". The serial number is none of them: cameras are found by it.
 bool readMissing(const std::string &text, CameraOptions &camera) {
-    const std::map<std::string, std::uint32_t> capabilities{
+    const std::map<std::string, uint32_t> capabilities{
         {"concatenation", capability::kConcatenation},
         {"writemem", capability::kWriteMem},
         {"primary-application", capability::kPrimaryApplication},
         {"user-defined-name", capability::kUserDefinedName}};
     camera.quirks.missing = 0;
-    for (std::size_t at = 0, comma = 0; comma != std::string::npos; at = comma + 1) {
+    for (size_t at = 0, comma = 0; comma != std::string::npos; at = comma + 1) {
         comma = text.find(',', at);
         const auto found = capabilities.find(text.substr(at, comma - at));
         if (found == capabilities.end())
@@ -261,12 +261,55 @@ bool readMissing(const std::string &text, CameraOptions &camera) {
     return true;
 }
 
-// One of the options that take [SERIAL:]VALUE.
-struct AimedOption {
+// One of the options that hold for the cameras that follow.
+struct FollowingOption {
     const char *name;
     const char *type;
     const char *help;
-    const char *expected;
+    void (*read)(const std::string &option, const std::string &value, CameraOptions &camera);
+};
+
+template <std::string Identity::*name>
+void readName(const std::string &option, const std::string &value, CameraOptions &camera) {
+    check(!value.empty() && value.size() <= kMaxName,
+          option + " is '" + value + "' (" + std::to_string(value.size()) +
+              " bytes), expected 1 to " + std::to_string(kMaxName) +
+              ": a camera's register holds no more.");
+    camera.identity.*name = value;
+}
+
+template <std::optional<std::string> Quirks::*url>
+void readUrl(const std::string &option, const std::string &value, CameraOptions &camera) {
+    constexpr size_t kMaxUrl = bootstrap::kUrlSize - 1;
+    check(value.size() <= kMaxUrl, option + " has " + std::to_string(value.size()) +
+                                       " bytes, expected at most " + std::to_string(kMaxUrl) +
+                                       ": a camera's register holds no more.");
+    camera.quirks.*url = value;
+}
+
+void readDescription(const std::string &option, const std::string &value, CameraOptions &camera) {
+    check(!value.empty(), option + " is '', expected a GenICam file, XML or zip.");
+    camera.description = value;
+}
+
+const FollowingOption kFollowingOptions[] = {
+    {"--vendor", "TEXT", "Manufacturer's name [Dalsa], at most 31 bytes",
+     readName<&Identity::vendor>},
+    {"--model", "TEXT", "Model name [C1936], at most 31 bytes", readName<&Identity::model>},
+    {"--description", "FILE", "GenICam description [the built-in 1936 x 1216 model]",
+     readDescription},
+    {"--first-url", "TEXT", "What the first URL is instead, at most 511 bytes",
+     readUrl<&Quirks::firstUrl>},
+    {"--second-url", "TEXT", "What the second URL is instead, at most 511 bytes",
+     readUrl<&Quirks::secondUrl>},
+};
+
+// One of the options that take [SERIAL:]VALUE, or [SERIAL] where nothing else is expected.
+struct PerCameraOption {
+    const char *name;
+    const char *type;
+    const char *help;
+    const char *expected;                                          // empty: no value
     bool (*read)(const std::string &value, CameraOptions &camera); // false: it is wrong
 };
 
@@ -275,7 +318,7 @@ const char *const kShareRule =
     "1/3, @17 or S1:5%.";
 const char *const kCountRule = "a number of commands, for example 100 or S1:100.";
 
-const AimedOption kAimedOptions[] = {
+const PerCameraOption kPerCameraOptions[] = {
     {"--drop", "[SERIAL:]SHARE", "Commands are lost on their way", kShareRule,
      readShare<&Faults::drop>},
     {"--nack", "[SERIAL:]SHARE", "Commands are refused as BUSY", kShareRule,
@@ -301,25 +344,28 @@ const AimedOption kAimedOptions[] = {
      "concatenation, writemem, primary-application or user-defined-name, or several of them, for "
      "example writemem,concatenation or S1:writemem.",
      readMissing},
+    {"--little-endian", "[SERIAL]", "READMEM and WRITEMEM have numbers in little-endian order", "",
+     [](const std::string &, CameraOptions &camera) {
+         return camera.quirks.isLittleEndian = true;
+     }},
+    {"--refuse-control", "[SERIAL]", "Nobody gets control", "",
+     [](const std::string &, CameraOptions &camera) { return camera.faults.refuseControl = true; }},
 };
 
-std::string names(const std::vector<CameraOptions> &cameras) {
-    std::string text;
-    for (std::size_t i = 0; i < cameras.size(); ++i)
-        text += (i == 0                    ? ""
-                 : i + 1 == cameras.size() ? " or "
-                                           : ", ") +
-                cameras[i].identity.serial;
-    return text;
+std::vector<std::string> serialsOf(const std::vector<CameraOptions> &cameras) {
+    std::vector<std::string> serials;
+    for (const CameraOptions &camera : cameras)
+        serials.push_back(camera.identity.serial);
+    return serials;
 }
 
 // What stands before a colon is a serial number; without one an option holds for all cameras.
-struct Aimed {
+struct Addressed {
     std::string serial;
     std::string value;
 };
 
-Aimed toAimed(const std::string &text, std::size_t colon) {
+Addressed addressedTo(const std::string &text, size_t colon) {
     if (colon == std::string::npos || colon == 0)
         return {"", text};
     return {text.substr(0, colon), text.substr(colon + 1)};
@@ -327,8 +373,8 @@ Aimed toAimed(const std::string &text, std::size_t colon) {
 
 // Calls apply(camera) for each camera that is meant.
 template <typename Apply>
-void aim(std::vector<CameraOptions> &cameras, const std::string &option, const std::string &text,
-         const std::string &serial, const Apply &apply) {
+void forMeant(std::vector<CameraOptions> &cameras, const std::string &option,
+              const std::string &text, const std::string &serial, const Apply &apply) {
     bool isMet = false;
     for (CameraOptions &camera : cameras) {
         if (!serial.empty() && serial != camera.identity.serial)
@@ -337,36 +383,42 @@ void aim(std::vector<CameraOptions> &cameras, const std::string &option, const s
         isMet = true;
     }
     check(isMet, option + " is '" + text + "', but there is no camera " + serial + ", expected " +
-                     names(cameras) + ".");
+                     oneOf(serialsOf(cameras)) + ".");
 }
 
 // For all cameras first, so that what is said of one camera wins wherever it stands.
-void readAimed(std::vector<CameraOptions> &cameras, const AimedOption &aimedOption,
-               const std::vector<std::string> &texts) {
-    const std::string option = aimedOption.name;
+void readPerCamera(std::vector<CameraOptions> &cameras, const PerCameraOption &perCamera,
+                   const std::vector<std::string> &texts) {
+    const std::string option = perCamera.name;
     const auto twice = [&](const std::string &serial) {
         return option + " is given twice for " +
                (serial.empty() ? "all cameras" : "camera " + serial) + ", give it once.";
     };
     const auto wrong = [&](const std::string &text) {
-        return option + " is '" + text + "', expected " + aimedOption.expected;
+        return option + " is '" + text + "', expected " + perCamera.expected;
     };
+    const bool hasValue = *perCamera.expected;
     std::set<std::string> seen;
     for (const bool isForAll : {true, false}) {
         for (const std::string &text : texts) {
-            const Aimed aimed = toAimed(text, text.find(':'));
-            if (aimed.serial.empty() != isForAll)
+            const Addressed addressed =
+                hasValue ? addressedTo(text, text.find(':')) : Addressed{text, ""};
+            if (addressed.serial.empty() != isForAll)
                 continue;
-            check(seen.insert(aimed.serial).second, twice(aimed.serial));
-            aim(cameras, option, text, aimed.serial, [&](CameraOptions &camera) {
-                check(aimedOption.read(aimed.value, camera), wrong(text));
+            check(seen.insert(addressed.serial).second, twice(addressed.serial));
+            forMeant(cameras, option, text, addressed.serial, [&](CameraOptions &camera) {
+                check(perCamera.read(addressed.value, camera), wrong(text));
             });
         }
     }
+    // A value for all holds for those that have none of their own.
+    check(seen.count("") == 0 || seen.size() <= (hasValue ? cameras.size() : 1),
+          option + " is given for " + (hasValue ? "each camera" : "some camera") +
+              " and for all, give it without a camera or with each that is meant.");
 }
 
 // What never comes cannot be late or cut, too.
-void checkAimedOptions(const CameraOptions &camera) {
+void checkPerCameraOptions(const CameraOptions &camera) {
     const Faults &faults = camera.faults;
     if (!faults.isPendingForever || !faults.pending.isAll())
         return;
@@ -382,16 +434,16 @@ void checkAimedOptions(const CameraOptions &camera) {
 }
 
 void readSetting(std::vector<CameraOptions> &cameras, const std::string &text) {
-    const std::size_t equals = text.find('=');
-    const std::size_t colon = text.substr(0, equals).find(':');
-    const Aimed aimed = toAimed(text, colon);
-    const std::size_t split = aimed.value.find('=');
+    const size_t equals = text.find('=');
+    const size_t colon = text.substr(0, equals).find(':');
+    const Addressed addressed = addressedTo(text, colon);
+    const size_t split = addressed.value.find('=');
     check(split != std::string::npos && split > 0 && colon != 0,
           "--set is '" + text +
               "', expected FEATURE=VALUE, for example Gain=4.0 or S1:ReverseX=true.");
-    aim(cameras, "--set", text, aimed.serial, [&](CameraOptions &camera) {
+    forMeant(cameras, "--set", text, addressed.serial, [&](CameraOptions &camera) {
         camera.settings.push_back(
-            {text, aimed.value.substr(0, split), aimed.value.substr(split + 1)});
+            {text, addressed.value.substr(0, split), addressed.value.substr(split + 1)});
     });
 }
 
@@ -404,133 +456,111 @@ std::optional<Options> parseOptions(int argc, char **argv) {
     app.set_version_flag("--version", "kxinfo-simcam " KXINFO_VERSION);
     app.get_formatter()->column_width(32);
 
-    std::vector<std::string> cameras, vendors, models, descriptions;
-    std::vector<std::string> firstUrls, secondUrls;
-    std::vector<std::string> settings, refusals, littleEndians;
-    std::map<const AimedOption *, std::vector<std::string>> aimedOptions;
-    std::string seed;
-    Options options;
-    const auto repeatable = [&](const char *name, std::vector<std::string> &values,
-                                const char *type, const std::string &help) {
-        return app.add_option(name, values, help)
+    std::map<std::string, std::vector<std::string>> values; // by option
+    const auto option = [&](const char *name, const char *type, const std::string &help) {
+        return app.add_option(name, values[name], help)
             ->type_name(type)
             ->allow_extra_args(false)
-            ->expected(1)
+            ->expected(std::string(type) == "[SERIAL]" ? 0 : 1, 1)
             ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
     };
-    CLI::Option *camera =
-        repeatable("--camera", cameras, "SERIAL@ADDRESS", "Serve a camera (at least one)");
-    CLI::Option *vendor =
-        repeatable("--vendor", vendors, "TEXT", "Manufacturer's name [Dalsa], at most 31 bytes");
-    CLI::Option *model =
-        repeatable("--model", models, "TEXT", "Model name [C1936], at most 31 bytes");
-    CLI::Option *description = repeatable("--description", descriptions, "FILE",
-                                          "GenICam description [the built-in 1936 x 1216 model]");
-    CLI::Option *zip =
-        app.add_flag("--zip", "The first URL names the zipped description (default)");
-    CLI::Option *plain = app.add_flag("--plain", "The first URL names the plain description");
-    CLI::Option *firstUrl = repeatable("--first-url", firstUrls, "TEXT",
-                                       "What the first URL is instead, at most 511 bytes");
-    CLI::Option *secondUrl = repeatable("--second-url", secondUrls, "TEXT",
-                                        "What the second URL is instead, at most 511 bytes");
-    repeatable("--little-endian", littleEndians, "[SERIAL]",
-               "READMEM and WRITEMEM have numbers in little-endian order")
-        ->expected(0, 1);
-    repeatable("--set", settings, "[SERIAL:]FEATURE=VALUE", "Starting value of a feature");
-    for (const AimedOption &aimed : kAimedOptions)
-        repeatable(aimed.name, aimedOptions[&aimed], aimed.type, aimed.help);
-    repeatable("--refuse-control", refusals, "[SERIAL]", "Nobody gets control")->expected(0, 1);
-    CLI::Option *seeded =
-        app.add_option("--seed", seed, "Where chance starts from [1]")->type_name("N");
-    app.add_flag("--watch", options.isWatched, "Print each command as it comes");
-    app.add_option("--snapshot", options.snapshotFolder,
-                   "Write DIR/SERIAL.txt, all registers as 'Name = value' lines, on SIGUSR1 and "
-                   "when told to stop")
-        ->type_name("DIR");
+    option("--camera", "SERIAL@ADDRESS", "Serve a camera (at least one)");
+    for (const FollowingOption &following : kFollowingOptions)
+        option(following.name, following.type, following.help);
+    app.add_flag("--zip", "The first URL names the zipped description (default)");
+    app.add_flag("--plain", "The first URL names the plain description");
+    option("--set", "[SERIAL:]FEATURE=VALUE", "Starting value of a feature");
+    for (const PerCameraOption &perCamera : kPerCameraOptions)
+        option(perCamera.name, perCamera.type, perCamera.help);
+    option("--seed", "N", "Where chance starts from [1]");
+    app.add_flag("--watch", "Print each command as it comes");
+    option("--snapshot", "DIR",
+           "Write DIR/SERIAL.txt, all registers as 'Name = value' lines, on SIGUSR1 and when told "
+           "to stop");
+
+    // Last one first, as CLI11 takes them. It would take the one behind "--name=" for the value.
+    std::vector<std::string> arguments;
+    for (int i = argc - 1; i > 0; --i) {
+        const std::string text = argv[i];
+        const bool isValueEmpty = text.rfind("--", 0) == 0 && text.find('=') == text.size() - 1;
+        if (isValueEmpty)
+            arguments.emplace_back();
+        arguments.push_back(text.substr(0, text.size() - isValueEmpty));
+    }
 
     try {
-        app.parse(argc, argv);
+        app.parse(std::move(arguments));
     } catch (const CLI::Success &success) { // --help, --version
         app.exit(success);
         return std::nullopt;
     } catch (const CLI::ParseError &error) {
-        throw WrongUsage{error.what()};
+        throw WrongUsage{std::string(error.what()) + "."};
     }
 
-    check(app.remaining().empty(), "there is no argument '" +
-                                       (app.remaining().empty() ? "" : app.remaining().front()) +
-                                       "'.");
-    check(zip->count() == 0 || plain->count() == 0,
+    for (const std::string &unknown : app.remaining()) {
+        const bool isOption = unknown.rfind("--", 0) == 0;
+        const std::string name = isOption ? unknown.substr(0, unknown.find('=')) : unknown;
+        std::vector<std::string> known;
+        for (const CLI::Option *each : app.get_options())
+            known.push_back("--" + each->get_lnames().front());
+        throw WrongUsage{"there is no argument '" + name + "'" + didYouMean(name, known)};
+    }
+    Options options;
+    for (const char *const name : {"--zip", "--plain", "--seed", "--watch", "--snapshot"})
+        check(app.count(name) <= 1, std::string(name) + " is given twice, give it once.");
+    for (const char *const name : {"--zip", "--plain", "--watch"}) {
+        for (const std::string &value : app[name]->results())
+            check(value == "true", std::string(name) + " is '" + value + "', expected no value.");
+    }
+    check(app.count("--zip") == 0 || app.count("--plain") == 0,
           "--zip and --plain exclude each other: one description comes first.");
-    if (plain->count() > 0)
+    if (app.count("--plain") > 0)
         options.firstUrl = FirstUrl::Plain;
-    if (seeded->count() > 0)
+    options.isWatched = app.count("--watch") > 0;
+    for (const std::string &seed : values["--seed"])
         check(take(toCount(seed), options.seed),
               "--seed is '" + seed + "', expected a number of up to 18 digits, for example 7.");
-    if (!options.snapshotFolder.empty()) {
-        struct stat folder {};
-        check(stat(options.snapshotFolder.c_str(), &folder) == 0 && S_ISDIR(folder.st_mode),
-              "--snapshot is '" + options.snapshotFolder + "', expected a folder that exists.");
-    }
+    for (const std::string &folder : values["--snapshot"])
+        options.snapshotFolder = folder;
 
     // As typed, from left to right.
-    std::string currentVendor = "Dalsa", currentModel = "C1936", currentDescription;
-    Quirks currentQuirks;
-    std::string idle; // an option that no camera has followed yet
-    std::map<const CLI::Option *, std::size_t> used;
-    for (const CLI::Option *option : app.parse_order()) {
-        const auto next = [&](const std::vector<std::string> &values) {
-            return values.at(used[option]++);
-        };
-        if (option == vendor) {
-            currentVendor = next(vendors);
-            checkName("--vendor", currentVendor);
-        } else if (option == model) {
-            currentModel = next(models);
-            checkName("--model", currentModel);
-        } else if (option == description) {
-            currentDescription = next(descriptions);
-        } else if (option == firstUrl) {
-            currentQuirks.firstUrl = next(firstUrls);
-            checkUrl("--first-url", *currentQuirks.firstUrl);
-            idle = "--first-url";
-        } else if (option == secondUrl) {
-            currentQuirks.secondUrl = next(secondUrls);
-            checkUrl("--second-url", *currentQuirks.secondUrl);
-            idle = "--second-url";
-        } else if (option == camera) {
-            idle.clear();
-            Identity identity = toIdentity(next(cameras));
-            identity.vendor = currentVendor;
-            identity.model = currentModel;
-            for (const CameraOptions &other : options.cameras) {
-                check(other.identity.address != identity.address,
-                      "--camera " + identity.serial + ": camera " + other.identity.serial +
-                          " has this address already, give each camera one of its own.");
-                check(other.identity.serial != identity.serial,
-                      "--camera " + identity.serial +
-                          ": another camera has this serial number, give each one of its own.");
-            }
-            options.cameras.push_back({identity, currentDescription, currentQuirks, {}, {}});
+    CameraOptions next; // the camera that follows
+    next.identity.vendor = "Dalsa";
+    next.identity.model = "C1936";
+    std::set<std::string> idle; // options that no camera has followed yet
+    std::map<std::string, size_t> used;
+    for (const CLI::Option *typed : app.parse_order()) {
+        const std::string name = typed->get_name();
+        const auto value = [&] { return values[name].at(used[name]++); };
+        for (const FollowingOption &following : kFollowingOptions) {
+            if (following.name != name)
+                continue;
+            check(idle.insert(name).second,
+                  name + " is given twice before the next --camera, give it once.");
+            following.read(name, value(), next);
         }
+        if (name != "--camera")
+            continue;
+        idle.clear();
+        const std::string text = value();
+        check(options.cameras.size() < kMaxCameras,
+              "--camera " + text + ": there are " + std::to_string(kMaxCameras) +
+                  " already, expected no more, serve others by another kxinfo-simcam.");
+        readCamera(text, next.identity);
+        checkUnique(next.identity, options.cameras);
+        options.cameras.push_back(next);
     }
     check(!options.cameras.empty(),
           "no camera to serve, give at least one: --camera SERIAL@ADDRESS.");
+    check(idle.empty(), (idle.empty() ? "" : *idle.begin()) +
+                            " holds for the cameras that follow it, and none does, give it before "
+                            "--camera.");
 
-    check(idle.empty(), idle + " holds for the cameras that follow it, and none does, give it " +
-                            "before --camera.");
-
-    for (const AimedOption &aimed : kAimedOptions)
-        readAimed(options.cameras, aimed, aimedOptions[&aimed]);
-    for (const std::string &serial : refusals)
-        aim(options.cameras, "--refuse-control", serial, serial,
-            [](CameraOptions &refusing) { refusing.faults.refuseControl = true; });
-    for (const std::string &serial : littleEndians)
-        aim(options.cameras, "--little-endian", serial, serial,
-            [](CameraOptions &turned) { turned.quirks.isLittleEndian = true; });
+    for (const PerCameraOption &perCamera : kPerCameraOptions)
+        readPerCamera(options.cameras, perCamera, values[perCamera.name]);
     for (const CameraOptions &serving : options.cameras)
-        checkAimedOptions(serving);
-    for (const std::string &setting : settings)
+        checkPerCameraOptions(serving);
+    for (const std::string &setting : values["--set"])
         readSetting(options.cameras, setting);
     return options;
 }

@@ -1,4 +1,5 @@
-#pragma once
+#ifndef KXINFO_SIMCAM_OPTIONS_H
+#define KXINFO_SIMCAM_OPTIONS_H
 
 #include "camera.h"
 
@@ -9,7 +10,7 @@
 
 namespace simcam {
 
-/// A starting value: --set FEATURE=VALUE.
+/** A starting value: --set FEATURE=VALUE. */
 struct Setting {
     std::string option; // as typed, for messages
     std::string feature;
@@ -27,18 +28,22 @@ struct CameraOptions {
 struct Options {
     std::vector<CameraOptions> cameras;
     FirstUrl firstUrl = FirstUrl::Zipped;
-    std::string snapshotFolder; // empty: no snapshots
-    std::uint64_t seed = 1;
+    std::optional<std::string> snapshotFolder;
+    uint64_t seed = 1;
     bool isWatched = false;
 };
 
-/// What is wrong with a command line, as one sentence for the person who typed it.
+/** What is wrong with a command line, as one sentence for the person who typed it. */
 struct WrongUsage {
     std::string sentence;
 };
 
-/// Reads the command line. Prints what --help and --version ask for and returns nothing then.
-/// Throws WrongUsage.
+/**
+ * Reads the command line. Prints what --help and --version ask for and returns nothing then.
+ * Throws WrongUsage.
+ */
 std::optional<Options> parseOptions(int argc, char **argv);
 
 } // namespace simcam
+
+#endif

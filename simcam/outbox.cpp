@@ -5,7 +5,7 @@
 
 namespace simcam {
 
-void Outbox::add(std::size_t camera, const Endpoint &to, std::vector<Dispatch> packets,
+void Outbox::add(size_t camera, const Endpoint &to, std::vector<Dispatch> packets,
                  Clock::time_point now) {
     for (Dispatch &what : packets) {
         const auto delay = what.delay;
@@ -31,19 +31,19 @@ void Outbox::eraseIf(const Condition &condition) {
         it = condition(it->second) ? packets_.erase(it) : ++it;
 }
 
-void Outbox::endPending(std::size_t camera, const Endpoint &client) {
+void Outbox::endPending(size_t camera, const Endpoint &client) {
     eraseIf([&](const Packet &packet) {
         return packet.what.isPendingAgain && packet.camera == camera && packet.to == client;
     });
 }
 
-void Outbox::endPending(std::size_t camera) {
+void Outbox::endPending(size_t camera) {
     eraseIf([&](const Packet &packet) {
         return packet.what.isPendingAgain && packet.camera == camera;
     });
 }
 
-bool Outbox::isDoneFor(std::size_t camera) const {
+bool Outbox::isDoneFor(size_t camera) const {
     return std::none_of(packets_.begin(), packets_.end(), [camera](const auto &packet) {
         return packet.second.camera == camera && !packet.second.what.isPendingAgain;
     });

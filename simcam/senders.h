@@ -1,4 +1,7 @@
-#pragma once
+#ifndef KXINFO_SIMCAM_SENDERS_H
+#define KXINFO_SIMCAM_SENDERS_H
+
+#include "protocol.h"
 
 #include <algorithm>
 #include <chrono>
@@ -11,17 +14,19 @@ namespace simcam {
 
 using Clock = std::chrono::steady_clock;
 
-/// A client gives a command up long before; what comes later with the same number is a new one.
+/** A client gives a command up long before; what comes later with the same number is a new one. */
 constexpr std::chrono::seconds kRetransmissionWindow{5};
 
-/// Far more clients than ask one camera within that time. A packet may have 64 KiB, so what is kept
-/// of so many takes 16 MiB at most.
-constexpr std::size_t kMaxSenders = 256;
+/**
+ * Far more clients than ask one camera within that time. A command and its answer have kMaxPacket
+ * bytes each at most, so what is kept of so many takes 300 KiB.
+ */
+constexpr size_t kMaxSenders = 256;
 
-/// A client's address and port, in host byte order.
+/** A client's address and port, in host byte order. */
 struct Endpoint {
-    std::uint32_t address = 0;
-    std::uint16_t port = 0;
+    uint32_t address = 0;
+    uint16_t port = 0;
 
     bool operator==(const Endpoint &other) const {
         return address == other.address && port == other.port;
@@ -32,23 +37,30 @@ struct Endpoint {
 };
 
 /**
- * What each sender has said last, as long as it may be said once more: for kRetransmissionWindow.
- * Of more than kMaxSenders the one that has said nothing for the longest time is forgotten.
+ * What each sender has sent last and was answered, as long as it may be sent once more: for
+ * kRetransmissionWindow. Of more than kMaxSenders the one that has sent nothing for the longest time
+ * is forgotten. What is larger than a command may be is refused each time anew, and not kept.
  */
-template <typename Said>
-class LastSaid {
+class LastPackets {
 public:
-    /// Null when there is nothing, or nothing any more.
-    const Said *find(const Endpoint &sender, Clock::time_point now) const {
+    /** The answer to this packet if it is the last of its sender; null otherwise. */
+    const Bytes *answerTo(const Endpoint &sender, const Bytes &packet,
+                          Clock::time_point now) const {
         const auto found = entries_.find(sender);
-        return found != entries_.end() && !isOver(found->second, now) ? &found->second.said
-                                                                      : nullptr;
+        return found != entries_.end() && !isOver(found->second, now) &&
+                       found->second.packet == packet
+                   ? &found->second.answer
+                   : nullptr;
     }
 
-    void keep(const Endpoint &sender, Said said, Clock::time_point now) {
+    void keep(const Endpoint &sender, const Bytes &packet, const Bytes &answer,
+              Clock::time_point now) {
+        forget(sender);
         for (auto it = entries_.begin(); it != entries_.end();)
             it = isOver(it->second, now) ? entries_.erase(it) : ++it;
-        entries_[sender] = {std::move(said), now};
+        if (packet.size() > kMaxPacket)
+            return;
+        entries_[sender] = {packet, answer, now};
         if (entries_.size() > kMaxSenders)
             entries_.erase(std::min_element(
                 entries_.begin(), entries_.end(),
@@ -59,7 +71,8 @@ public:
 
 private:
     struct Entry {
-        Said said;
+        Bytes packet;
+        Bytes answer;
         Clock::time_point when;
     };
 
@@ -71,3 +84,5 @@ private:
 };
 
 } // namespace simcam
+
+#endif

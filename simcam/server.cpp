@@ -23,9 +23,9 @@ namespace {
 constexpr int kMaxBurst = 64;
 
 // Any port that is free.
-constexpr std::uint16_t kAnyPort = 0;
+constexpr uint16_t kAnyPort = 0;
 
-sockaddr_in toSocketAddress(std::uint32_t address, std::uint16_t port) {
+sockaddr_in toSocketAddress(uint32_t address, uint16_t port) {
     sockaddr_in to{};
     to.sin_family = AF_INET;
     to.sin_addr.s_addr = htonl(address);
@@ -45,8 +45,7 @@ Descriptor openSignals() {
     return descriptor;
 }
 
-Descriptor openSocket(std::uint32_t address, std::uint16_t port, bool shared,
-                      const std::string &purpose) {
+Descriptor openSocket(uint32_t address, uint16_t port, bool shared, const std::string &purpose) {
     Descriptor descriptor(socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
     const int yes = 1;
     const sockaddr_in at = toSocketAddress(address, port);
@@ -66,48 +65,32 @@ Descriptor openSocket(std::uint32_t address, std::uint16_t port, bool shared,
     throw std::runtime_error(purpose + ": " + where + ": " + strerror(errno));
 }
 
-Descriptor openSocket(const Camera &camera, std::uint16_t port) {
-    return openSocket(camera.identity().address, port, false,
-                      "camera " + camera.identity().serial + " cannot be served");
-}
-
-std::vector<Descriptor> openSockets(const std::vector<Camera> &cameras) {
+// Sockets at the cameras' addresses, none where a camera needs none.
+template <typename IsNeeded>
+std::vector<Descriptor> openSockets(const std::vector<Camera> &cameras, uint16_t port,
+                                    const IsNeeded &isNeeded) {
     std::vector<Descriptor> sockets;
     sockets.reserve(cameras.size());
     for (const Camera &camera : cameras)
-        sockets.push_back(openSocket(camera, kPort));
-    return sockets;
-}
-
-std::vector<Descriptor> openOtherPorts(const std::vector<Camera> &cameras) {
-    std::vector<Descriptor> sockets;
-    sockets.reserve(cameras.size());
-    for (const Camera &camera : cameras)
-        sockets.push_back(camera.faults().wrong.isNone() ? Descriptor(-1)
-                                                         : openSocket(camera, kAnyPort));
+        sockets.push_back(isNeeded(camera) ? openSocket(camera.identity().address, port, false,
+                                                        "camera " + camera.identity().serial +
+                                                            " cannot be served")
+                                           : Descriptor(-1));
     return sockets;
 }
 
 } // namespace
-
-Descriptor::~Descriptor() {
-    close();
-}
-
-void Descriptor::close() {
-    if (fd_ >= 0)
-        ::close(fd_);
-    fd_ = -1;
-}
 
 Server::Server(std::vector<Camera> &cameras, bool isWatched)
     : cameras_(cameras),
       isWatched_(isWatched),
       signals_(openSignals()),
       broadcasts_(openSocket(INADDR_BROADCAST, kPort, true, "broadcasts cannot be heard")),
-      sockets_(openSockets(cameras)),
-      otherPorts_(openOtherPorts(cameras)) {
-    for (std::size_t i = 0; i < cameras.size(); ++i)
+      sockets_(openSockets(cameras, kPort, [](const Camera &) { return true; })),
+      otherPorts_(openSockets(cameras, kAnyPort, [](const Camera &camera) {
+          return !camera.faults().wrong.isNone();
+      })) {
+    for (size_t i = 0; i < cameras.size(); ++i)
         closeIfLeaving(i);
 }
 
@@ -127,16 +110,15 @@ int Server::run() {
         }
         if (polled[1].revents)
             readFrom(broadcasts_, 0, cameras_.size(), Delivery::Broadcast);
-        for (std::size_t i = 0; i < sockets_.size(); ++i) {
+        for (size_t i = 0; i < sockets_.size(); ++i) {
             if (polled[i + 2].revents)
                 readFrom(sockets_[i], i, i + 1, Delivery::Unicast);
         }
     }
 }
 
-void Server::readFrom(const Descriptor &socket, std::size_t first, std::size_t last,
-                      Delivery delivery) {
-    std::uint8_t packet[65536];
+void Server::readFrom(const Descriptor &socket, size_t first, size_t last, Delivery delivery) {
+    uint8_t packet[65536];
     for (int i = 0; i < kMaxBurst; ++i) {
         sockaddr_in from{};
         socklen_t length = sizeof from;
@@ -145,13 +127,13 @@ void Server::readFrom(const Descriptor &socket, std::size_t first, std::size_t l
         if (size < 0)
             return;
         const Endpoint sender{ntohl(from.sin_addr.s_addr), ntohs(from.sin_port)};
-        for (std::size_t camera = first; camera < last; ++camera)
-            receive(camera, packet, static_cast<std::size_t>(size), sender, delivery);
+        for (size_t camera = first; camera < last; ++camera)
+            receive(camera, packet, static_cast<size_t>(size), sender, delivery);
     }
 }
 
-void Server::receive(std::size_t camera, const std::uint8_t *packet, std::size_t size,
-                     const Endpoint &sender, Delivery delivery) {
+void Server::receive(size_t camera, const uint8_t *packet, size_t size, const Endpoint &sender,
+                     Delivery delivery) {
     if (cameras_[camera].isGone())
         return; // nobody is there
     const auto now = Clock::now();
@@ -196,11 +178,11 @@ void Server::send(const Outbox::Packet &packet) {
            reinterpret_cast<const sockaddr *>(&address), sizeof address);
 }
 
-bool Server::isLeaving(std::size_t camera) const {
+bool Server::isLeaving(size_t camera) const {
     return cameras_[camera].isGone() && outbox_.isDoneFor(camera);
 }
 
-void Server::closeIfLeaving(std::size_t camera) {
+void Server::closeIfLeaving(size_t camera) {
     if (!isLeaving(camera))
         return;
     sockets_[camera].close();
@@ -212,7 +194,7 @@ int Server::untilNextDue() const {
     if (!due)
         return -1;
     const auto left = std::chrono::ceil<std::chrono::milliseconds>(*due - Clock::now());
-    return static_cast<int>(std::max<std::int64_t>(left.count(), 0));
+    return static_cast<int>(std::max<int64_t>(left.count(), 0));
 }
 
 } // namespace simcam

@@ -1,6 +1,8 @@
-#pragma once
+#ifndef KXINFO_SIMCAM_SERVER_H
+#define KXINFO_SIMCAM_SERVER_H
 
 #include "camera.h"
+#include "descriptor.h"
 #include "outbox.h"
 #include "watch.h"
 
@@ -10,53 +12,40 @@
 
 namespace simcam {
 
-/// A file descriptor that is closed with its owner.
-class Descriptor {
-public:
-    explicit Descriptor(int fd) : fd_(fd) {}
-    ~Descriptor();
-    Descriptor(Descriptor &&other) noexcept : fd_(other.fd_) { other.fd_ = -1; }
-    Descriptor(const Descriptor &) = delete;
-    Descriptor &operator=(const Descriptor &) = delete;
-    Descriptor &operator=(Descriptor &&) = delete;
-
-    int get() const { return fd_; }
-    void close(); // get() is -1 from here on
-
-private:
-    int fd_;
-};
-
 /**
  * The sockets of some cameras: one for each camera at its own address, one for all that hears
  * broadcasts. Several servers on one host share the broadcasts; an address serves one camera.
  */
 class Server {
 public:
-    /// Opens the sockets and takes SIGTERM, SIGINT and SIGUSR1 over from here on. The cameras
-    /// outlive the server. Whoever watches is told each packet in a line of standard output.
-    /// Throws std::runtime_error with a sentence that says what is in the way.
+    /**
+     * Opens the sockets and takes SIGTERM, SIGINT and SIGUSR1 over from here on. The cameras
+     * outlive the server. Whoever watches is told each packet in a line of standard output.
+     * Throws std::runtime_error with a sentence that says what is in the way.
+     */
     Server(std::vector<Camera> &cameras, bool isWatched);
 
-    /// Serves until SIGTERM or SIGINT, or until SIGUSR1. Returns the signal's number.
+    /** Serves until SIGTERM or SIGINT, or until SIGUSR1. Returns the signal's number. */
     int run();
 
 private:
-    /// Reads what has arrived at a socket and hands it to the cameras [first, last).
-    void readFrom(const Descriptor &socket, std::size_t first, std::size_t last, Delivery delivery);
-    void receive(std::size_t camera, const std::uint8_t *packet, std::size_t size,
-                 const Endpoint &sender, Delivery delivery);
+    /** Reads what has arrived at a socket and hands it to the cameras [first, last). */
+    void readFrom(const Descriptor &socket, size_t first, size_t last, Delivery delivery);
+    void receive(size_t camera, const uint8_t *packet, size_t size, const Endpoint &sender,
+                 Delivery delivery);
 
-    /// Sends the packets whose time has come.
+    /** Sends the packets whose time has come. */
     void sendDue();
     void send(const Outbox::Packet &packet);
 
-    /// Whether a camera has died and has said all that it had begun to say. Its socket is closed
-    /// then, and hosts are told that nobody listens at its address.
-    bool isLeaving(std::size_t camera) const;
-    void closeIfLeaving(std::size_t camera);
+    /**
+     * Whether a camera has died and has said all that it had begun to say. Its socket is closed
+     * then, and hosts are told that nobody listens at its address.
+     */
+    bool isLeaving(size_t camera) const;
+    void closeIfLeaving(size_t camera);
 
-    /// Milliseconds until the next late packet is due, -1 if none waits.
+    /** Milliseconds until the next late packet is due, -1 if none waits. */
     int untilNextDue() const;
 
     std::vector<Camera> &cameras_;
@@ -70,3 +59,5 @@ private:
 };
 
 } // namespace simcam
+
+#endif

@@ -1,12 +1,11 @@
 #include "settings.h"
 
+#include "text.h"
 #include "values.h"
 
 #include <algorithm>
-#include <cctype>
 #include <cmath>
 #include <limits>
-#include <numeric>
 #include <variant>
 #include <vector>
 
@@ -14,54 +13,11 @@ namespace simcam {
 
 namespace {
 
-using Value = std::variant<std::int64_t, double, std::string>;
+using Value = std::variant<int64_t, double, std::string>;
 
-// Nodes between a feature and its register. A description that has more goes round in circles.
-constexpr int kMaxSteps = 16;
-
-// How many letters have to be changed, added or left out to make one name of the other, whatever
-// their case.
-std::size_t distance(const std::string &left, const std::string &right) {
-    std::vector<std::size_t> row(right.size() + 1);
-    std::iota(row.begin(), row.end(), std::size_t{0});
-    const auto same = [](unsigned char a, unsigned char b) {
-        return std::tolower(a) == std::tolower(b);
-    };
-    for (std::size_t i = 0; i < left.size(); ++i) {
-        std::size_t diagonal = row[0];
-        row[0] = i + 1;
-        for (std::size_t j = 0; j < right.size(); ++j) {
-            const std::size_t changed = diagonal + (same(static_cast<unsigned char>(left[i]),
-                                                         static_cast<unsigned char>(right[j]))
-                                                        ? 0
-                                                        : 1);
-            diagonal = row[j + 1];
-            row[j + 1] = std::min({changed, row[j] + 1, row[j + 1] + 1});
-        }
-    }
-    return row.back();
-}
-
-// "Off", "Off or Active", "Red, Green or Blue".
-std::string oneOf(const std::vector<std::string> &names) {
-    std::string text;
-    for (std::size_t i = 0; i < names.size(); ++i) {
-        if (i > 0)
-            text += i + 1 == names.size() ? " or " : ", ";
-        text += names[i];
-    }
-    return text;
-}
-
-std::string nearest(const Description &description, const std::string &name) {
-    constexpr std::size_t kShown = 3;
-    std::vector<std::string> names = description.featureNames;
-    std::stable_sort(names.begin(), names.end(), [&](const auto &left, const auto &right) {
-        return distance(name, left) < distance(name, right);
-    });
-    names.resize(std::min(names.size(), kShown));
-    return names.empty() ? "." : ", did you mean " + oneOf(names) + "?";
-}
+// Nodes between a feature and all its registers. A description that has more goes round in circles,
+// or branches again and again.
+constexpr int kMaxSteps = 256;
 
 // "a number from 1.0 to 8.0"
 std::string withLimits(const std::string &kind, const Feature &feature) {
@@ -132,7 +88,7 @@ Value parse(const Feature &feature, const std::string &text) {
 // Negative below the limit, positive above, 0 at it or where there is none.
 int compare(const Value &value, const std::string &limit) {
     const auto order = [](auto left, auto right) { return left < right ? -1 : left > right; };
-    const auto *integer = std::get_if<std::int64_t>(&value);
+    const auto *integer = std::get_if<int64_t>(&value);
     if (const auto whole = toInteger(limit); integer && whole)
         return order(*integer, *whole);
     const auto bound = toFloat(limit);
@@ -148,14 +104,14 @@ void checkLimits(const Value &value, const Feature &feature) {
 }
 
 Bytes encodeInteger(const Value &value, const Register &reg, Bytes bytes) {
-    std::int64_t integer = 0;
+    int64_t integer = 0;
     if (const auto *number = std::get_if<double>(&value)) {
         constexpr double kLimit = 9.2e18; // what 64 bits hold
         if (*number != std::floor(*number) || std::fabs(*number) > kLimit)
             throw expected("a whole number: its register " + reg.name + " holds no other");
-        integer = static_cast<std::int64_t>(*number);
+        integer = static_cast<int64_t>(*number);
     } else {
-        integer = std::get<std::int64_t>(value);
+        integer = std::get<int64_t>(value);
     }
     if (!fits(integer, reg))
         throw expected("an integer that " + std::to_string(reg.width) + " bits hold, " +
@@ -165,7 +121,7 @@ Bytes encodeInteger(const Value &value, const Register &reg, Bytes bytes) {
 }
 
 Bytes encodeNumber(const Value &value, const Register &reg) {
-    const auto *integer = std::get_if<std::int64_t>(&value);
+    const auto *integer = std::get_if<int64_t>(&value);
     const double number = integer ? static_cast<double>(*integer) : std::get<double>(value);
     if (reg.length == 4 && std::fabs(number) > std::numeric_limits<float>::max())
         throw expected("a number that 32 bits hold");
@@ -193,7 +149,7 @@ Bytes encode(const Value &value, const Register &reg, const Bytes &bytes) {
 // Follows <pValue> from a feature to its registers.
 class Setter {
 public:
-    Setter(const Description &description, const std::set<std::uint32_t> &kept, Memory &memory)
+    Setter(const Description &description, const std::set<uint32_t> &kept, Memory &memory)
         : description_(description), kept_(kept), memory_(memory) {}
 
     void set(const std::string &name, const std::string &text) {
@@ -204,26 +160,27 @@ public:
         const auto found = description_.features.find(name);
         if (found == description_.features.end())
             throw WrongValue("the description has no feature '" + name + "'" +
-                             nearest(description_, name));
+                             didYouMean(name, description_.featureNames));
         if (!found->second.obstacle.empty())
             throw WrongValue("it cannot be set: " + name + " " + found->second.obstacle + ".");
-        store(name, parse(found->second, text), 0);
+        store(name, parse(found->second, text));
     }
 
 private:
-    void store(const std::string &node, const Value &value, int steps) {
+    void store(const std::string &node, const Value &value) {
+        countStep(node);
         if (const Register *reg = findRegister(node)) {
             store(*reg, value);
             return;
         }
-        const Feature &feature = featureAt(node, steps);
+        const Feature &feature = featureAt(node);
         checkLimits(value, feature);
-        for (const std::string &holder : holdersOf(node, feature, steps))
-            store(holder, value, steps + 1);
+        for (const std::string &holder : holdersOf(node, feature))
+            store(holder, value);
     }
 
     void store(const Register &reg, const Value &value) {
-        const std::uint32_t address = placeOf(reg, 0);
+        const uint32_t address = placeOf(reg);
         if (kept_.count(address))
             throw WrongValue("it cannot be set: the camera itself keeps its register " + reg.name +
                              ".");
@@ -232,12 +189,11 @@ private:
     }
 
     // A node on the way to a register.
-    const Feature &featureAt(const std::string &node, int steps) const {
+    const Feature &featureAt(const std::string &node) const {
         const auto found = description_.features.find(node);
         if (found == description_.features.end())
             throw WrongValue("it cannot be set: the camera has no register " + node +
                              ", its place or length is computed.");
-        checkSteps(node, steps);
         return found->second;
     }
 
@@ -249,20 +205,21 @@ private:
         return found != registers.end() ? &*found : nullptr;
     }
 
-    static void checkSteps(const std::string &node, int steps) {
-        if (steps > kMaxSteps)
-            throw WrongValue("it cannot be set: the description goes round in circles at " + node +
-                             ".");
+    void countStep(const std::string &node) {
+        if (++steps_ > kMaxSteps)
+            throw WrongValue("it cannot be set: after " + std::to_string(kMaxSteps) +
+                             " nodes, at " + node +
+                             ", not all registers are reached, expected a description "
+                             "that does not go round in circles.");
     }
 
     // The nodes that hold a feature's value at this moment, at least one.
-    std::vector<std::string> holdersOf(const std::string &node, const Feature &feature,
-                                       int steps) const {
+    std::vector<std::string> holdersOf(const std::string &node, const Feature &feature) {
         if (!feature.obstacle.empty())
             throw WrongValue("it cannot be set: " + node + " " + feature.obstacle + ".");
         std::vector<std::string> holders = feature.holders;
         if (!feature.index.empty()) {
-            const std::int64_t index = integerAt(feature.index, steps + 1);
+            const int64_t index = integerAt(feature.index);
             const auto held = feature.indexed.find(index);
             holders.push_back(held != feature.indexed.end() ? held->second : feature.otherwise);
             if (holders.back().empty())
@@ -273,12 +230,11 @@ private:
     }
 
     // Of the cell that is selected at this moment.
-    std::uint32_t placeOf(const Register &reg, int steps) const {
-        checkSteps(reg.name, steps);
-        const std::int64_t size = std::int64_t{reg.stride} * reg.cellCount;
-        std::int64_t offset = 0;
+    uint32_t placeOf(const Register &reg) {
+        const int64_t size = int64_t{reg.stride} * reg.cellCount;
+        int64_t offset = 0;
         for (const Register::Index &index : reg.indexes) {
-            const std::int64_t position = integerAt(index.selector, steps + 1);
+            const int64_t position = integerAt(index.selector);
             const bool isNear = position >= 0 && position < size;
             offset += isNear ? position * index.stride : size;
             if (offset >= size || offset % reg.stride != 0)
@@ -286,28 +242,30 @@ private:
                                  std::to_string(position) + ", which the register " + reg.name +
                                  " does not have.");
         }
-        return reg.address + static_cast<std::uint32_t>(offset);
+        return reg.address + static_cast<uint32_t>(offset);
     }
 
     // What a selector holds.
-    std::int64_t integerAt(const std::string &node, int steps) const {
+    int64_t integerAt(const std::string &node) {
+        countStep(node);
         if (const Register *reg = findRegister(node))
-            return loadInteger(*reg, memory_.peek(placeOf(*reg, steps), reg->length));
-        const Feature &feature = featureAt(node, steps);
+            return loadInteger(*reg, memory_.peek(placeOf(*reg), reg->length));
+        const Feature &feature = featureAt(node);
         if (feature.constant && feature.holders.empty() && feature.index.empty())
             return *feature.constant;
-        return integerAt(holdersOf(node, feature, steps).front(), steps + 1);
+        return integerAt(holdersOf(node, feature).front());
     }
 
     const Description &description_;
-    const std::set<std::uint32_t> &kept_;
+    const std::set<uint32_t> &kept_;
     Memory &memory_;
+    int steps_ = 0;
 };
 
 } // namespace
 
 void setFeature(const Description &description, const std::string &feature,
-                const std::string &value, const std::set<std::uint32_t> &kept, Memory &memory) {
+                const std::string &value, const std::set<uint32_t> &kept, Memory &memory) {
     Setter(description, kept, memory).set(feature, value);
 }
 

@@ -1,4 +1,5 @@
-#pragma once
+#ifndef KXINFO_SIMCAM_SETTINGS_H
+#define KXINFO_SIMCAM_SETTINGS_H
 
 #include "description.h"
 #include "memory.h"
@@ -10,7 +11,7 @@
 
 namespace simcam {
 
-/// Why a feature cannot have that value: a sentence without its beginning ("--set Gain=9: ").
+/** Why a feature cannot have that value: a sentence without its beginning ("--set Gain=9: "). */
 struct WrongValue : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
@@ -24,6 +25,8 @@ struct WrongValue : std::runtime_error {
  * at. Registers at one of the addresses `kept` are the camera's own. Throws WrongValue.
  */
 void setFeature(const Description &description, const std::string &feature,
-                const std::string &value, const std::set<std::uint32_t> &kept, Memory &memory);
+                const std::string &value, const std::set<uint32_t> &kept, Memory &memory);
 
 } // namespace simcam
+
+#endif

@@ -1,5 +1,6 @@
 #include "snapshot.h"
 
+#include "text.h"
 #include "values.h"
 
 #include <algorithm>
@@ -8,7 +9,7 @@ namespace simcam {
 
 namespace {
 
-constexpr std::uint32_t kLongTable = 16;
+constexpr uint32_t kLongTable = 16;
 
 } // namespace
 
@@ -17,12 +18,12 @@ std::string describe(const std::vector<Register> &registers, const Memory &memor
     for (const Register &reg : registers) {
         if (reg.access == Memory::kWrite)
             continue;
-        for (std::uint32_t cell = 0; cell < reg.cellCount; ++cell) {
+        for (uint32_t cell = 0; cell < reg.cellCount; ++cell) {
             const Bytes bytes = memory.peek(reg.address + cell * reg.stride, reg.length);
             const bool isZero = std::all_of(bytes.begin(), bytes.end(), [](auto b) { return !b; });
             if (reg.cellCount > kLongTable && isZero)
                 continue;
-            lines.push_back(cellName(reg, cell) + " = " + valueText(reg, bytes) + "\n");
+            lines.push_back(printable(cellName(reg, cell) + " = " + valueText(reg, bytes)) + "\n");
         }
     }
     std::sort(lines.begin(), lines.end());

@@ -1,4 +1,5 @@
-#pragma once
+#ifndef KXINFO_SIMCAM_SNAPSHOT_H
+#define KXINFO_SIMCAM_SNAPSHOT_H
 
 #include "description.h"
 #include "memory.h"
@@ -21,3 +22,5 @@ namespace simcam {
 std::string describe(const std::vector<Register> &registers, const Memory &memory);
 
 } // namespace simcam
+
+#endif

@@ -1,4 +1,5 @@
-#pragma once
+#ifndef KXINFO_SIMCAM_VALUES_H
+#define KXINFO_SIMCAM_VALUES_H
 
 #include "description.h"
 #include "protocol.h"
@@ -7,37 +8,36 @@
 #include <optional>
 #include <string>
 
-/// Values as people write them, and as a register's bytes hold them.
+/** Values as people write them, and as a register's bytes hold them. */
 namespace simcam {
 
-/// Decimal or 0x...; the whole text must be the number. Hexadecimal uses all 64 bits.
-std::optional<std::int64_t> toInteger(const std::string &text);
+/** Decimal or 0x...; the whole text must be the number. Hexadecimal uses all 64 bits. */
+std::optional<int64_t> toInteger(const std::string &text);
 
-/// The whole text must be the number.
+/** The whole text must be the number. */
 std::optional<double> toFloat(const std::string &text);
 
-/// "127.0.0.2" for an address in host byte order.
-std::string dotted(std::uint32_t address);
+/** "127.0.0.2" for an address in host byte order. */
+std::string dotted(uint32_t address);
 
-/// The shortest text that reads back as the same number.
-std::string shortest(double value);
+/** Whether the bits of an integer register hold the value. */
+bool fits(int64_t value, const Register &reg);
 
-/// Whether the bits of an integer register hold the value.
-bool fits(std::int64_t value, const Register &reg);
+/** Puts an integer into the register's bytes; the bits beside a field stay as they are. */
+void storeInteger(int64_t value, const Register &reg, Bytes &bytes);
 
-/// Puts an integer into the register's bytes; the bits beside a field stay as they are.
-void storeInteger(std::int64_t value, const Register &reg, Bytes &bytes);
-
-/// The bytes of a float register, and of one that holds a text of at most its length.
+/** The bytes of a float register, and of one that holds a text of at most its length. */
 Bytes encodeFloat(double value, const Register &reg);
 Bytes encodeText(const std::string &text, const Register &reg);
 
-std::int64_t loadInteger(const Register &reg, const Bytes &bytes);
+int64_t loadInteger(const Register &reg, const Bytes &bytes);
 
-/// "1936", "0.45", "\"left door\"", an enumeration's entry, or a block's bytes in hexadecimal.
+/** "1936", "0.45", "\"left door\"", an enumeration's entry, or a block's bytes in hexadecimal. */
 std::string valueText(const Register &reg, const Bytes &bytes);
 
-/// "Width", "Gain[SensorAll]", "LUTValue[Red][17]": the feature, and how its cell is selected.
-std::string cellName(const Register &reg, std::uint32_t cell);
+/** "Width", "Gain[SensorAll]", "LUTValue[Red][17]": the feature, and how its cell is selected. */
+std::string cellName(const Register &reg, uint32_t cell);
 
 } // namespace simcam
+
+#endif

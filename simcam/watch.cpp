@@ -1,80 +1,60 @@
 #include "watch.h"
 
+#include "text.h"
 #include "values.h"
 
-#include <algorithm>
 #include <cstdio>
 
 namespace simcam {
 
 namespace {
 
-std::string hexadecimal(std::uint32_t value, int digits) {
+std::string hexadecimal(uint32_t value, int digits) {
     char text[16];
     std::snprintf(text, sizeof text, "0x%0*X", digits, value);
     return text;
 }
 
-std::string bytesText(std::size_t size) {
+std::string bytesText(size_t size) {
     return std::to_string(size) + " bytes";
 }
 
-std::string commandName(std::uint16_t command) {
-    switch (static_cast<Command>(command)) {
-    case Command::Discovery:
-        return "DISCOVERY";
-    case Command::ForceIp:
-        return "FORCEIP";
-    case Command::ReadReg:
-        return "READREG";
-    case Command::WriteReg:
-        return "WRITEREG";
-    case Command::ReadMem:
-        return "READMEM";
-    case Command::WriteMem:
-        return "WRITEMEM";
-    }
-    return hexadecimal(command, 4);
+std::string commandName(uint16_t command) {
+    static const std::map<Command, std::string> names{
+        {Command::Discovery, "DISCOVERY"}, {Command::ForceIp, "FORCEIP"},
+        {Command::ReadReg, "READREG"},     {Command::WriteReg, "WRITEREG"},
+        {Command::ReadMem, "READMEM"},     {Command::WriteMem, "WRITEMEM"}};
+    const auto name = names.find(static_cast<Command>(command));
+    return name != names.end() ? name->second : hexadecimal(command, 4);
 }
 
 std::string statusName(Status status) {
-    switch (status) {
-    case Status::Success:
-        return "ok";
-    case Status::NotImplemented:
-        return "NOT_IMPLEMENTED";
-    case Status::InvalidParameter:
-        return "INVALID_PARAMETER";
-    case Status::InvalidAddress:
-        return "INVALID_ADDRESS";
-    case Status::WriteProtect:
-        return "WRITE_PROTECT";
-    case Status::BadAlignment:
-        return "BAD_ALIGNMENT";
-    case Status::AccessDenied:
-        return "ACCESS_DENIED";
-    case Status::Busy:
-        return "BUSY";
-    case Status::InvalidHeader:
-        break;
-    }
-    return "INVALID_HEADER";
+    static const std::map<Status, std::string> names{
+        {Status::Success, "ok"},
+        {Status::NotImplemented, "NOT_IMPLEMENTED"},
+        {Status::InvalidParameter, "INVALID_PARAMETER"},
+        {Status::InvalidAddress, "INVALID_ADDRESS"},
+        {Status::WriteProtect, "WRITE_PROTECT"},
+        {Status::BadAlignment, "BAD_ALIGNMENT"},
+        {Status::AccessDenied, "ACCESS_DENIED"},
+        {Status::Busy, "BUSY"},
+        {Status::InvalidHeader, "INVALID_HEADER"}};
+    return names.at(status);
 }
 
 struct Cell {
     const Register *reg;
-    std::uint32_t number;
+    uint32_t number;
 };
 
 // The register that lies exactly here. Where several fields share the word, none is named.
-std::optional<Cell> cellAt(const Description &description, std::uint32_t address,
-                           std::size_t size) {
+std::optional<Cell> cellAt(const Description &description, uint32_t address, size_t size) {
     std::optional<Cell> found;
     for (const Register &reg : description.registers) {
         if (reg.length != size || address < reg.address)
             continue;
-        const std::uint32_t offset = address - reg.address;
-        const std::uint32_t number = reg.cellCount > 1 ? offset / reg.stride : 0;
+        const uint32_t offset = address - reg.address;
+        const uint32_t number = reg.cellCount > 1 ? offset / reg.stride : 0;
         if (number >= reg.cellCount || number * reg.stride != offset)
             continue;
         const bool isField = reg.kind == Register::Kind::Integer && reg.width < 8 * reg.length;
@@ -87,8 +67,7 @@ std::optional<Cell> cellAt(const Description &description, std::uint32_t address
 }
 
 // "Width=1936" or "Width" while the value is not known; the address where nothing is named.
-std::string wordText(const Description &description, std::uint32_t address,
-                     const std::uint8_t *value) {
+std::string wordText(const Description &description, uint32_t address, const uint8_t *value) {
     const auto cell = cellAt(description, address, 4);
     std::string text = cell ? cellName(*cell->reg, cell->number) : hexadecimal(address, 8);
     if (value)
@@ -97,8 +76,7 @@ std::string wordText(const Description &description, std::uint32_t address,
     return text;
 }
 
-std::string blockText(const Camera &camera, std::uint32_t address, std::size_t size,
-                      const std::uint8_t *bytes) {
+std::string blockText(const Camera &camera, uint32_t address, size_t size, const uint8_t *bytes) {
     const auto cell = cellAt(camera.description(), address, size);
     if (!cell)
         return hexadecimal(address, 8) + " " + bytesText(size);
@@ -111,25 +89,25 @@ std::string blockText(const Camera &camera, std::uint32_t address, std::size_t s
 }
 
 // What a command of the right shape is about; "" when there is nothing to say.
-std::string subject(const Camera &camera, std::uint16_t command, const std::uint8_t *payload,
-                    std::size_t size, const Bytes &answer) {
+std::string subject(const Camera &camera, uint16_t command, const uint8_t *payload, size_t size,
+                    const Bytes &answer) {
     std::string text;
     const auto add = [&](const std::string &word) { text += (text.empty() ? "" : " ") + word; };
     switch (static_cast<Command>(command)) {
     case Command::ReadReg:
-        for (std::size_t at = 0; size % 4 == 0 && at < size; at += 4) {
+        for (size_t at = 0; size % 4 == 0 && at < size; at += 4) {
             const bool isAnswered = kHeaderSize + at + 4 <= answer.size();
             add(wordText(camera.description(), load32(payload + at),
                          isAnswered ? answer.data() + kHeaderSize + at : nullptr));
         }
         break;
     case Command::WriteReg:
-        for (std::size_t at = 0; size % 8 == 0 && at < size; at += 8)
+        for (size_t at = 0; size % 8 == 0 && at < size; at += 8)
             add(wordText(camera.description(), load32(payload + at), payload + at + 4));
         break;
     case Command::ReadMem:
         if (size == 8) {
-            const std::size_t length = load16(payload + 6);
+            const size_t length = load16(payload + 6);
             const bool isAnswered = length > 0 && answer.size() == kHeaderSize + 4 + length;
             add(blockText(camera, load32(payload), length,
                           isAnswered ? answer.data() + kHeaderSize + 4 : nullptr));
@@ -185,16 +163,7 @@ std::string whatBefell(const AnswerFaults &befallen) {
 
 } // namespace
 
-bool Watcher::isRetransmission(const std::string &serial, const Endpoint &sender, Bytes packet,
-                               Clock::time_point now) {
-    LastSaid<Bytes> &last = last_[serial];
-    const Bytes *before = last.find(sender, now);
-    const bool isSame = before && *before == packet && !packet.empty();
-    last.keep(sender, std::move(packet), now);
-    return isSame;
-}
-
-std::string Watcher::line(const Camera &camera, const std::uint8_t *packet, std::size_t size,
+std::string Watcher::line(const Camera &camera, const uint8_t *packet, size_t size,
                           const Endpoint &sender, Delivery delivery, const Outcome &outcome,
                           Clock::time_point now) {
     const std::string &serial = camera.identity().serial;
@@ -206,7 +175,7 @@ std::string Watcher::line(const Camera &camera, const std::uint8_t *packet, std:
 
     std::string about = bytesText(size);
     if (isCommand) {
-        const std::size_t payload = size - kHeaderSize;
+        const size_t payload = size - kHeaderSize;
         const bool isShaped = load16(packet + 4) == payload;
         about = isShaped ? subject(camera, load16(packet + 2), packet + kHeaderSize, payload,
                                    outcome.answer.value_or(Bytes{}))
@@ -216,13 +185,14 @@ std::string Watcher::line(const Camera &camera, const std::uint8_t *packet, std:
         line += " " + about;
 
     line += " -> " + fate(outcome, isCommand && (packet[1] & kAcknowledgeRequired));
-    const bool isRetransmitted =
-        isRetransmission(serial, sender, Bytes(packet, packet + size), now);
+    const Bytes bytes(packet, packet + size);
+    LastPackets &last = last_[serial];
     if (outcome.isRepeated)
         line += ", repeated";
-    else if (isRetransmitted)
+    else if (size > 0 && last.answerTo(sender, bytes, now))
         line += ", retransmitted";
-    return line + whatBefell(outcome.befallen);
+    last.keep(sender, bytes, {}, now);
+    return printable(line + whatBefell(outcome.befallen));
 }
 
 } // namespace simcam

@@ -1,4 +1,5 @@
-#pragma once
+#ifndef KXINFO_SIMCAM_WATCH_H
+#define KXINFO_SIMCAM_WATCH_H
 
 #include "camera.h"
 
@@ -21,16 +22,15 @@ namespace simcam {
  */
 class Watcher {
 public:
-    /// Called for each packet, in their order; outcome is what the camera made of it.
-    std::string line(const Camera &camera, const std::uint8_t *packet, std::size_t size,
+    /** Called for each packet, in their order; outcome is what the camera made of it. */
+    std::string line(const Camera &camera, const uint8_t *packet, size_t size,
                      const Endpoint &sender, Delivery delivery, const Outcome &outcome,
                      Clock::time_point now);
 
 private:
-    bool isRetransmission(const std::string &serial, const Endpoint &sender, Bytes packet,
-                          Clock::time_point now);
-
-    std::map<std::string, LastSaid<Bytes>> last_; // to each camera, by serial number
+    std::map<std::string, LastPackets> last_; // to each camera, by serial number
 };
 
 } // namespace simcam
+
+#endif

@@ -34,7 +34,8 @@ foreach(name IN LISTS CPACK_COMPONENTS_ALL)
     file(WRITE ${file} "${text}")
   endforeach()
 
-  file(GLOB programs ${usr}/bin/* ${usr}/lib/kxinfo/*.so ${usr}/lib/kxinfo/platform/*)
+  file(GLOB programs ${usr}/bin/* ${usr}/lib/kxinfo/*.so ${usr}/lib/kxinfo/kxinfo-host
+    ${usr}/lib/kxinfo/platform/*)
   if(programs)
     run(${CPACK_KXINFO_STRIP} --strip-unneeded --remove-section=.comment --remove-section=.note
       ${programs})

@@ -6,8 +6,8 @@
 #include <memory>
 
 #include "GenApi/GenApi.h"
-#include "environment.h"
 #include "errors.h"
+#include "gvcp/environment.h"
 #include "kxgige.h"
 #include "session.h"
 
@@ -146,6 +146,25 @@ GEV_STATUS getValue(INode *node, int *type, size_t size, void *value) {
     return GEVLIB_OK;
 }
 
+GEV_STATUS openCamera(GEV_CAMERA_INFO *device, GevAccessMode mode, genapi::Use use,
+                      GEV_CAMERA_HANDLE *handle) {
+    if (!handle)
+        return GEVLIB_ERROR_NULL_PTR;
+    *handle = nullptr;
+    if (!device)
+        return GEVLIB_ERROR_NULL_PTR;
+    if (mode != GevMonitorMode && mode != GevControlMode && mode != GevExclusiveMode)
+        return GEVLIB_ERROR_ARG_INVALID;
+    return explained([&] {
+        auto session = std::make_unique<Session>(*device, mode, use);
+        GEV_CAMERA_HANDLE opened = session.get();
+        openSessions()[opened] = std::move(session);
+        device->mode = mode;
+        *handle = opened;
+        return GEVLIB_OK;
+    });
+}
+
 } // namespace
 
 GEV_STATUS GevGetCameraList(GEV_CAMERA_INFO *cameras, int maxCameras, int *numCameras) {
@@ -157,7 +176,7 @@ GEV_STATUS GevGetCameraList(GEV_CAMERA_INFO *cameras, int maxCameras, int *numCa
     if (maxCameras < 1)
         return GEVLIB_ERROR_ARG_INVALID;
     return explained([&] {
-        const auto found = gvcp::discover(gige::searchFromEnvironment());
+        const auto found = gvcp::discover(gvcp::searchFromEnvironment());
         const size_t count = std::min(found.size(), static_cast<size_t>(maxCameras));
         std::transform(found.begin(), found.begin() + static_cast<ptrdiff_t>(count), cameras,
                        recordOf);
@@ -167,21 +186,8 @@ GEV_STATUS GevGetCameraList(GEV_CAMERA_INFO *cameras, int maxCameras, int *numCa
 }
 
 GEV_STATUS GevOpenCamera(GEV_CAMERA_INFO *device, GevAccessMode mode, GEV_CAMERA_HANDLE *handle) {
-    if (!handle)
-        return GEVLIB_ERROR_NULL_PTR;
-    *handle = nullptr;
-    if (!device)
-        return GEVLIB_ERROR_NULL_PTR;
-    if (mode != GevMonitorMode && mode != GevControlMode && mode != GevExclusiveMode)
-        return GEVLIB_ERROR_ARG_INVALID;
-    return explained([&] {
-        auto session = std::make_unique<Session>(*device, mode);
-        GEV_CAMERA_HANDLE opened = session.get();
-        openSessions()[opened] = std::move(session);
-        device->mode = mode;
-        *handle = opened;
-        return GEVLIB_OK;
-    });
+    return openCamera(device, mode,
+                      mode == GevMonitorMode ? genapi::Use::Monitor : genapi::Use::Control, handle);
 }
 
 GEV_STATUS GevCloseCamera(GEV_CAMERA_HANDLE *handle) {
@@ -225,6 +231,10 @@ int _CloseSocketAPI(void) {
 
 const char *KxGigeCause(void) {
     return cause().c_str();
+}
+
+GEV_STATUS KxGigeLookAt(GEV_CAMERA_INFO *device, GEV_CAMERA_HANDLE *handle) {
+    return openCamera(device, GevMonitorMode, genapi::Use::Control, handle);
 }
 
 GEV_STATUS KxGigeGetController(GEV_CAMERA_HANDLE handle, int *isControlled, uint32_t *address,

@@ -1,6 +1,7 @@
 #include "session.h"
 
 #include "gvcp/description.h"
+#include "gvcp/environment.h"
 
 namespace gige {
 namespace {
@@ -36,11 +37,9 @@ std::string descriptionOf(gvcp::Channel &channel, const GEV_CAMERA_INFO &device)
 }
 
 // A record's description becomes a node map, or there is no use in opening the camera.
-std::unique_ptr<genapi::NodeMap> nodeMapOf(std::string document, Port &port, GevAccessMode mode) {
+std::unique_ptr<genapi::NodeMap> nodeMapOf(std::string document, Port &port, genapi::Use use) {
     try {
-        return std::make_unique<genapi::NodeMap>(std::move(document), port,
-                                                 mode == GevMonitorMode ? genapi::Use::Monitor
-                                                                        : genapi::Use::Control);
+        return std::make_unique<genapi::NodeMap>(std::move(document), port, use);
     } catch (const GenICam_3_0::GenericException &exception) {
         throw unusable(exception.GetDescription());
     }
@@ -49,10 +48,10 @@ std::unique_ptr<genapi::NodeMap> nodeMapOf(std::string document, Port &port, Gev
 } // namespace
 
 // A record that a broadcast made has the network interface that it came through.
-Session::Session(const GEV_CAMERA_INFO &device, GevAccessMode mode)
+Session::Session(const GEV_CAMERA_INFO &device, GevAccessMode mode, genapi::Use use)
     : channel_({device.ipAddr, device.hostIpAddr, device.hostIfIndex != 0}, accessOf(mode)),
       port_(channel_),
-      nodeMap_(nodeMapOf(descriptionOf(channel_, device), port_, mode)) {
+      nodeMap_(nodeMapOf(descriptionOf(channel_, device), port_, use)) {
     port_.setNodeMap(*nodeMap_);
     // Descriptions before schema 1.1 mean all registers of 4 bytes to be accessed by command.
     if (!nodeMap_->isForSchema(1, 1))

@@ -17,9 +17,10 @@ public:
      * Opens the camera at the record's address, from the address that it was found from, and loads
      * its description.
      *
+     * \param use  in monitor mode Control means: access modes as for who controls the camera
      * \throw gvcp::Error  when there is nothing to work with; control is given back then
      */
-    Session(const GEV_CAMERA_INFO &device, GevAccessMode mode);
+    Session(const GEV_CAMERA_INFO &device, GevAccessMode mode, genapi::Use use);
 
     genapi::NodeMap &nodeMap() { return *nodeMap_; }
     gvcp::Channel &channel() { return channel_; }

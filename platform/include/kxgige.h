@@ -24,6 +24,14 @@ extern "C" {
 KX_PLATFORM_API const char *KxGigeCause(void);
 
 /**
+ * Opens a camera to look at it for a moment: as in monitor mode nothing is written to it and another
+ * program may control it, but access modes are those that features have for who controls it, and what
+ * was read may be kept, as the description says. Writing raises an exception. Arguments and statuses
+ * are those of GevOpenCamera().
+ */
+KX_PLATFORM_API GEV_STATUS KxGigeLookAt(GEV_CAMERA_INFO *device, GEV_CAMERA_HANDLE *handle);
+
+/**
  * Who controls an opened camera now; it is asked. In monitor mode that may be another program.
  *
  * \param isControlled  receives whether anybody does

@@ -54,7 +54,7 @@ expect() {
 }
 
 # shellcheck source=/dev/null
-. "$sources/host/completion/kxinfo"
+. "$sources/camera/completion/kxinfo"
 [[ $(complete -p kxinfo) == "complete -F _kxinfo kxinfo" ]] || fail "kxinfo is not completed"
 COMP_WORDBREAKS=$' \t\n"\'><=;|&(:'
 
@@ -65,13 +65,14 @@ options_of() {
 
 # From the program: every command, and of every command every option and its fixed values.
 mapfile -t commands < <(kxinfo --help | sed -n '/^Commands:/,/^$/s/^  \([a-z]*\) .*/\1/p')
-((${#commands[@]} >= 9)) || fail "'kxinfo --help' lists ${#commands[@]} commands"
+((${#commands[@]} >= 10)) || fail "'kxinfo --help' lists ${#commands[@]} commands"
 expect "kxinfo " "${commands[@]}"
 mapfile -t options < <(options_of)
 expect "kxinfo -" "${options[@]}"
+total=0
 for command in "${commands[@]}"; do
     mapfile -t options < <(options_of "$command")
-    ((${#options[@]} >= 3)) || fail "'kxinfo $command --help' lists ${#options[@]} options"
+    ((total += ${#options[@]}))
     expect "kxinfo $command -" "${options[@]}"
     expect "kxinfo $command S1234567 --" "${options[@]}"
     while read -r option list; do
@@ -82,59 +83,81 @@ for command in "${commands[@]}"; do
         sed -nE 's/^  (--[a-z-]+) [A-Z]+:\{(.*)\}.*/\1 \2/p')
 done
 
-# The cameras that answer, where a serial number is expected.
-expect "kxinfo get " S1234567 S7654321
+((total >= 25)) || fail "the help of all commands lists $total options"
+
+# The cameras that answer, and what may stand in the camera's place when it is left out.
+touch curve.csv camera.json
+mkdir saved
 for command in "${commands[@]}"; do
-    [[ $command == list ]] && continue
-    expect "kxinfo $command S7" S7654321
-    expect "kxinfo $command --log stdout S7" S7654321
+    [[ $command == list ]] || expect "kxinfo $command S7" S7654321
 done
+expect "kxinfo probe --log stdout S7" S7654321
 expect "kxinfo list S7"
 expect "kxinfo probe S1234567 S7"
+answering=(S1234567 S7654321)
+mapfile -t features < <(kxinfo get S1234567 | awk '/^Feature/ { table = 1; next } table { print $1 }')
+((${#features[@]} >= 33)) || fail "'kxinfo get' shows ${#features[@]} features"
+expect "kxinfo get " "${answering[@]}" "${features[@]}" BalanceRatio
+expect "kxinfo set " "${answering[@]}" "${features[@]/%/=}"
+expect "kxinfo lut " "${answering[@]}" show off user gamma load save
+expect "kxinfo auto " "${answering[@]}" on off
+expect "kxinfo gamma " "${answering[@]}"
+expect "kxinfo probe " "${answering[@]}"
+for command in save restore diff; do
+    expect "kxinfo $command " "${answering[@]}" camera.json curve.csv saved
+done
+expect "kxinfo diff S1234567 " "${answering[@]}" camera.json curve.csv saved
+expect "kxinfo diff S1234567 camera.json "
 
 # A camera may tell anything as its serial number: it is offered quoted, and never run.
 cat >strange-kxinfo <<'END'
 #!/bin/sh
-[ "$1" = list ] && [ $# -eq 1 ] || exec kxinfo "$@"
-printf '  \tDeviceSerial     : %s\n' '$(touch pwned)' '`touch pwned`' 'S 1*'
+[ "$1" = list ] && [ "$2" = --json ] || exec kxinfo "$@"
+printf '      "serial": "%s",\n' '$(touch pwned)' '`touch pwned`' 'S 1*'
 END
 chmod +x strange-kxinfo
 # shellcheck disable=SC2016 # for whoever expands it
-expect "./strange-kxinfo get " '\$\(touch\ pwned\)' '\`touch\ pwned\`' 'S\ 1\*'
+expect "./strange-kxinfo gamma " '\$\(touch\ pwned\)' '\`touch\ pwned\`' 'S\ 1\*'
 rm strange-kxinfo
 [[ ! -e pwned ]] || fail "what a camera tells was run as a command"
 
-# Properties, as 'kxinfo get' shows them.
-mapfile -t properties < <(kxinfo get S1234567 | awk '/^Property/ { table = 1; next } table { print $1 }')
-((${#properties[@]} >= 22)) || fail "'kxinfo get' shows ${#properties[@]} properties"
-expect "kxinfo get S1234567 " "${properties[@]}" BalanceRatio
-expect "kxinfo set S1234567 " "${properties[@]/%/=}"
+# Features and values. What cannot be read without switching the camera is not offered.
+expect "kxinfo get S1234567 " "${features[@]}" BalanceRatio
+expect "kxinfo set S1234567 " "${features[@]/%/=}"
 expect "kxinfo get S1234567 Gain off" OffsetX OffsetY
-expect "kxinfo set S1234567 Gain=6 --log none balanceratio" "BalanceRatio[Red]=" "BalanceRatio[Blue]="
+expect "kxinfo get --json Gain off" OffsetX OffsetY
+expect "kxinfo set S1234567 Gain=6 balanceratio[" "BalanceRatio[Red]=" "BalanceRatio[Blue]="
+expect "kxinfo set Gain=6 reverse" ReverseX= ReverseY=
+expect "kxinfo set ReverseX=" true false
 expect "kxinfo set S1234567 ReverseX=" true false
-expect "kxinfo set S1234567 Gain=6 ExposureAuto=C" Continuous
+expect "kxinfo set S1234567 Gain=6 lutMode=A" Active
+KXINFO_CAMERA=S7 expect "kxinfo set Gain=6 lutMode=A" Active
+expect "kxinfo set S1234567 ExposureAuto="
 expect "kxinfo set S1234567 Gain="
 
-# Actions, states and files.
-touch curve.csv camera.json
-expect "kxinfo lut S1234567 " show off user gamma load
+# Actions, states, files and folders.
+expect "kxinfo lut S1234567 " show off user gamma load save
 expect "kxinfo lut S1234567 l" load
-expect "kxinfo lut S1234567 load " curve.csv camera.json
+expect "kxinfo lut S1234567 load " camera.json curve.csv saved
 expect "kxinfo lut S1234567 show "
+expect "kxinfo lut save c" camera.json curve.csv
+expect "kxinfo lut show "
 expect "kxinfo lut S1234567 load curve.csv --channel r" red
 expect "kxinfo auto S1234567 " on off
+expect "kxinfo auto on "
 expect "kxinfo auto S1234567 on --target "
 expect "kxinfo save S1234567 c" curve.csv camera.json
+expect "kxinfo save --all " saved
 expect "kxinfo restore S1234567 cam" camera.json
 expect "kxinfo restore S1234567 camera.json "
-expect "kxinfo list --plugin cu" curve.csv
+expect "kxinfo probe --plugin cu" curve.csv
 expect "kxinfo gamma S1234567 "
 expect "kxinfo frob "
 
 # Where '=' does not part words, the whole word is replaced.
 COMP_WORDBREAKS=$' \t\n"\'><;|&(:'
 expect "kxinfo set S1234567 ReverseX=t" ReverseX=true
-expect "kxinfo list --log=s" --log=stdout --log=syslog
+expect "kxinfo probe --log=s" --log=stdout --log=syslog
 
 if ((failures)); then
     echo "$failures expectations failed" >&2

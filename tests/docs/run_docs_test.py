@@ -102,7 +102,7 @@ class Scripts(RunDocs):
 
 
 class Cameras(RunDocs):
-    SERIALS = "```console\n$ kxinfo list 2>/dev/null | grep -o 'S[0-9].*'\n"
+    SERIALS = "```console\n$ kxinfo list 2>/dev/null | grep -o '^S[0-9][0-9]*'\n"
 
     def test_answer_from_the_comment_on(self):
         self.accepts("<!-- cameras: S1@127.0.0.2 S2@127.0.0.3 -->\n" + self.SERIALS +

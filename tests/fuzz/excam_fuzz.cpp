@@ -25,27 +25,18 @@ using scripted::camera;
 using scripted::framework;
 
 // Every feature that the plug-in may look for, each where its kind is the usual one.
-constexpr const char *kIntegers[] = {"WidthMax", "HeightMax", "Width",
-                                     "Height",   "OffsetX",   "OffsetY",
-                                     "LUTIndex", "LUTValue",  "autoBrightnessTarget"};
-constexpr const char *kFloats[] = {"Gain",
-                                   "ExposureTime",
-                                   "gammaCorrection",
-                                   "AcquisitionFrameRate",
-                                   "BalanceRatio",
-                                   "exposureAutoMinValue",
-                                   "exposureAutoMaxValue",
-                                   "gainAutoMinValue",
-                                   "gainAutoMaxValue",
-                                   "DeviceTemperature",
-                                   "balanceWhitePeriod"};
-constexpr const char *kBooleans[] = {"ReverseX", "ReverseY"};
+const auto kIntegers = split("WidthMax HeightMax Width Height OffsetX OffsetY LUTIndex LUTValue "
+                             "autoBrightnessTarget");
+const auto kFloats = split("Gain ExposureTime gammaCorrection AcquisitionFrameRate BalanceRatio "
+                           "exposureAutoMinValue exposureAutoMaxValue gainAutoMinValue "
+                           "gainAutoMaxValue DeviceTemperature balanceWhitePeriod");
+const auto kBooleans = split("ReverseX ReverseY");
 
 struct Choice {
-    const char *name;
+    std::string name;
     std::array<const char *, 4> entries;
 };
-constexpr Choice kEnumerations[] = {
+const Choice kEnumerations[] = {
     {"autoBrightnessMode", {"Active", "Off", "Once", "Manual"}},
     {"lutMode", {"Off", "Active", "Auto", "off"}},
     {"lutType", {"UserDefined", "GammaCorrection", "Log", "None"}},
@@ -75,25 +66,14 @@ double floating(Input &input) {
     return input.oneIn(4) ? input.number<double>() : input.number<int16_t>() / 16.0;
 }
 
-void addInteger(Input &input, const char *name) {
-    camera().integer(name, integer(input)).access(accessMode(input));
+// Of a number's feature: access and perhaps a range.
+template <typename Number>
+void describeNumber(Input &input, scripted::Camera &feature, Number (*number)(Input &)) {
+    feature.access(accessMode(input));
     if (input.oneIn(2)) {
-        const int64_t min = integer(input);
-        const int64_t max = integer(input);
-        camera().range(min, max, integer(input));
-    }
-}
-
-void addFloat(Input &input, const char *name) {
-    camera().floating(name, floating(input)).access(accessMode(input));
-    if (input.oneIn(2)) {
-        const double min = floating(input);
-        const double max = floating(input);
-        camera().range(min, max, floating(input));
-    }
-    if (input.oneIn(8)) {
-        const double first = floating(input);
-        camera().readings({first, floating(input)});
+        const Number min = number(input);
+        const Number max = number(input);
+        feature.range(min, max, number(input));
     }
 }
 
@@ -112,15 +92,20 @@ void addEnumeration(Input &input, const Choice &choice) {
 }
 
 // A feature of its usual kind, of another, or none.
-void addFeature(Input &input, const char *name, unsigned usualKind, const Choice &choice) {
+void addFeature(Input &input, const std::string &name, unsigned usualKind, const Choice &choice) {
     const unsigned decision = input.below(16);
     if (decision == 15)
         return;
     switch (decision == 14 ? input.below(5) : usualKind) {
     case 0:
-        return addInteger(input, name);
+        return describeNumber(input, camera().integer(name, integer(input)), integer);
     case 1:
-        return addFloat(input, name);
+        describeNumber(input, camera().floating(name, floating(input)), floating);
+        if (input.oneIn(8)) {
+            const double first = floating(input);
+            camera().readings({first, floating(input)});
+        }
+        return;
     case 2:
         camera().boolean(name, input.oneIn(2)).access(accessMode(input));
         return;
@@ -134,11 +119,11 @@ void addFeature(Input &input, const char *name, unsigned usualKind, const Choice
 void describeCamera(Input &input) {
     for (const Choice &choice : kEnumerations)
         addFeature(input, choice.name, 3, choice);
-    for (const char *name : kIntegers)
+    for (const std::string &name : kIntegers)
         addFeature(input, name, 0, kEnumerations[0]);
-    for (const char *name : kFloats)
+    for (const std::string &name : kFloats)
         addFeature(input, name, 1, kEnumerations[1]);
-    for (const char *name : kBooleans)
+    for (const std::string &name : kBooleans)
         addFeature(input, name, 2, kEnumerations[5]);
 
     const std::vector<std::string> names = camera().names();
@@ -239,46 +224,46 @@ private:
             MUST(result == -2, "%s knows property %d", operation, type);
     }
 
+    // Of a range that was read once.
+    template <typename Number>
+    void expectKnown(const std::array<uint32_t, 2> &known, uint32_t increment, int result,
+                     const std::array<Number, 3> &range, bool isQuiet) {
+        MUST(result == 0, "a range read once is known");
+        MUST(isQuiet, "a known range touches and logs nothing");
+        MUST(bits(range[0]) == known[0] && bits(range[1]) == known[1], "a known range stays");
+        MUST(bits(range[2]) == increment, "the increment is that read last");
+    }
+
     void readIntRange(PropertyType type) {
         Row &known = row(type);
-        int min = 11, max = 12, inc = 13;
+        std::array<int, 3> range = {11, 12, 13};
+        auto &[min, max, inc] = range;
         const auto before = scripted::trace();
         const int result = cam_.ExPropertyGetIntRange(type, &min, &max, &inc);
-        if (known.integers) {
-            MUST(result == 0, "a range read once is known");
-            MUST(scripted::trace() == before, "a known range touches and logs nothing");
-            MUST(bits(min) == (*known.integers)[0] && bits(max) == (*known.integers)[1],
-                 "a known range stays");
-            MUST(bits(inc) == known.increment, "the increment is that read last");
-            return;
-        }
+        if (known.integers)
+            return expectKnown(*known.integers, known.increment, result, range,
+                               scripted::trace() == before);
         expectTyped("ExPropertyGetIntRange", result, type);
         if (result == -1)
             MUST(min == 11 && max == 12 && inc == 13, "nothing is delivered without a node map");
         if (result == -2)
             MUST(min == 0 && max == 0 && bits(inc) == known.increment,
                  "a missing integer has the range 0 to 0");
-        if (result == 0) {
-            known.integers = {bits(min), bits(max)};
-            known.increment = bits(inc);
-        }
+        if (result == 0)
+            known = {std::array<uint32_t, 2>{bits(min), bits(max)}, known.floats, bits(inc)};
     }
 
     template <typename Read>
-    void readFloatRange(const char *operation, PropertyType type, bool typed, Read read) {
+    void readFloatRange(const char *operation, PropertyType type, bool isTyped, Read read) {
         Row &known = row(type);
-        float min = 11, max = 12, inc = 13;
+        std::array<float, 3> range = {11, 12, 13};
+        auto &[min, max, inc] = range;
         const auto before = scripted::trace();
         const int result = read(&min, &max, &inc);
-        if (known.floats) {
-            MUST(result == 0, "a range read once is known");
-            MUST(scripted::trace() == before, "a known range touches and logs nothing");
-            MUST(bits(min) == (*known.floats)[0] && bits(max) == (*known.floats)[1],
-                 "a known range stays");
-            MUST(bits(inc) == known.increment, "the increment is that read last");
-            return;
-        }
-        if (typed)
+        if (known.floats)
+            return expectKnown(*known.floats, known.increment, result, range,
+                               scripted::trace() == before);
+        if (isTyped)
             expectTyped(operation, result, type);
         else
             expect(operation, result, {0, 1, -2});
@@ -314,65 +299,63 @@ private:
         }
     }
 
+    // An operation on a property that the input names.
+    template <class Do>
+    void typed(const char *name, Do operation) {
+        const PropertyType type = property();
+        expectTyped(name, operation(type), type);
+    }
+    void plain(const char *name, int result) { expect(name, result, {0, -1, -2}); }
+    float real() { return static_cast<float>(floating(input_)); }
+
     void call() {
         int number = 0;
-        float real = 0;
-        switch (input_.below(22)) {
-        case 0: {
-            const PropertyType type = property();
-            return expectTyped("ExPropertyGetInt", cam_.ExPropertyGetInt(type, &number), type);
-        }
-        case 1: {
-            const PropertyType type = property();
-            const int value = static_cast<int>(integer(input_));
-            return expectTyped("ExPropertySetInt", cam_.ExPropertySetInt(type, value), type);
-        }
+        float value = 0;
+        const unsigned operation = input_.below(22);
+        switch (operation) {
+        case 0:
+            return typed("ExPropertyGetInt",
+                         [&](auto type) { return cam_.ExPropertyGetInt(type, &number); });
+        case 1:
+            return typed("ExPropertySetInt", [&](auto type) {
+                return cam_.ExPropertySetInt(type, static_cast<int>(integer(input_)));
+            });
         case 2:
             return readIntRange(property());
-        case 3: {
-            const PropertyType type = property();
-            return expectTyped("ExPropertyGetFloat", cam_.ExPropertyGetFloat(type, &real), type);
-        }
-        case 4: {
-            const PropertyType type = property();
-            const float value = input_.number<float>();
-            return expectTyped("ExPropertySetFloat", cam_.ExPropertySetFloat(type, value), type);
-        }
+        case 3:
+            return typed("ExPropertyGetFloat",
+                         [&](auto type) { return cam_.ExPropertyGetFloat(type, &value); });
+        case 4:
+            return typed("ExPropertySetFloat", [&](auto type) {
+                return cam_.ExPropertySetFloat(type, input_.number<float>());
+            });
         case 5: {
             const PropertyType type = property();
-            return readFloatRange("ExPropertyGetFloatRange", type, true,
-                                  [&](float *min, float *max, float *inc) {
-                                      return cam_.ExPropertyGetFloatRange(type, min, max, inc);
-                                  });
+            return readFloatRange("ExPropertyGetFloatRange", type, true, [&](auto... range) {
+                return cam_.ExPropertyGetFloatRange(type, range...);
+            });
         }
-        case 6: {
-            const PropertyType type = property();
-            const bool enable = input_.oneIn(2);
-            return expectTyped("ExPropertySetEna", cam_.ExPropertySetEna(type, enable), type);
-        }
+        case 6:
+            return typed("ExPropertySetEna",
+                         [&](auto type) { return cam_.ExPropertySetEna(type, input_.oneIn(2)); });
         case 7: {
-            const Choice &choice = kEnumerations[input_.below(12)];
-            const std::string feature =
-                input_.oneIn(8) ? input_.text(kLongestText) : std::string(choice.name);
+            const Choice &choice = input_.oneOf(kEnumerations);
+            const std::string feature = input_.oneIn(8) ? input_.text(kLongestText) : choice.name;
             const std::string entry =
-                input_.oneIn(8) ? input_.text(kLongestText) : choice.entries[input_.below(4)];
+                input_.oneIn(8) ? input_.text(kLongestText) : input_.oneOf(choice.entries);
             keepsMode_ = keepsLutType_ = false;
-            return expect("ExPropertySetEnumFromStr",
-                          cam_.ExPropertySetEnumFromStr(feature.c_str(), entry.c_str()),
-                          {0, -1, -2});
+            return plain("ExPropertySetEnumFromStr",
+                         cam_.ExPropertySetEnumFromStr(feature.c_str(), entry.c_str()));
         }
         case 8: {
             const PropertyType type = property();
-            const bool enable = input_.oneIn(2);
-            return expect("ExPropertySetEnaAutoPush", cam_.ExPropertySetEnaAutoPush(type, enable),
-                          {0, -1, -2});
+            return plain("ExPropertySetEnaAutoPush",
+                         cam_.ExPropertySetEnaAutoPush(type, input_.oneIn(2)));
         }
         case 9:
-            return expect("ExPropertySetAutoOff", cam_.ExPropertySetAutoOff(property()),
-                          {0, -1, -2});
+            return plain("ExPropertySetAutoOff", cam_.ExPropertySetAutoOff(property()));
         case 10:
-            return expect("ExPropertySetAutoCont", cam_.ExPropertySetAutoCont(property()),
-                          {0, -1, -2});
+            return plain("ExPropertySetAutoCont", cam_.ExPropertySetAutoCont(property()));
         case 11:
             keepsMode_ = false;
             return expect("ExSetAutoExpoEna", cam_.ExSetAutoExpoEna(input_.oneIn(2)),
@@ -385,17 +368,13 @@ private:
                  static_cast<double>(target), result);
             return;
         }
-        case 13: {
-            const auto lower = static_cast<float>(floating(input_));
-            const auto upper = static_cast<float>(floating(input_));
-            expect("ExPropertySetAutoRangeGain", cam_.ExPropertySetAutoRangeGain(lower, upper),
-                   {0, -4, -5, -6, -7, -8, -9});
-            return learnLimits();
-        }
+        case 13:
         case 14: {
-            const auto lower = static_cast<float>(floating(input_));
-            const auto upper = static_cast<float>(floating(input_));
-            expect("ExPropertySetAutoRangeExpo", cam_.ExPropertySetAutoRangeExpo(lower, upper),
+            const float lower = real();
+            const float upper = real();
+            expect("ExPropertySetAutoRange",
+                   operation == 13 ? cam_.ExPropertySetAutoRangeGain(lower, upper)
+                                   : cam_.ExPropertySetAutoRangeExpo(lower, upper),
                    {0, -4, -5, -6, -7, -8, -9});
             return learnLimits();
         }
@@ -403,36 +382,29 @@ private:
             return expect("ExPropertyGetLUTMode", cam_.ExPropertyGetLUTMode(), {0, 1, 2, 3, 4});
         case 16:
             keepsLutType_ = false;
-            return expect("ExPropertySetLUTMode",
-                          cam_.ExPropertySetLUTMode(static_cast<td_lg_states>(input_.below(6))),
-                          {0, -1, -2});
+            return plain("ExPropertySetLUTMode",
+                         cam_.ExPropertySetLUTMode(static_cast<td_lg_states>(input_.below(6))));
         case 17:
-            return readFloatRange("ExPropertyGetGammaRange", GAMMA_PROPERTY_TYPE, false,
-                                  [&](float *min, float *max, float *inc) {
-                                      return cam_.ExPropertyGetGammaRange(min, max, inc);
-                                  });
-        case 18: {
-            const int result = cam_.ExPropertyGetGamma(&real);
-            expect("ExPropertyGetGamma", result, {0, -2});
+            return readFloatRange(
+                "ExPropertyGetGammaRange", GAMMA_PROPERTY_TYPE, false,
+                [&](auto... range) { return cam_.ExPropertyGetGammaRange(range...); });
+        case 18:
+            expect("ExPropertyGetGamma", cam_.ExPropertyGetGamma(&value), {0, -2});
             return learn(GAMMA_PROPERTY_TYPE);
-        }
-        case 19: {
+        case 19:
             keepsLutType_ = false;
-            const auto value = static_cast<float>(floating(input_));
-            expect("ExPropertySetGamma", cam_.ExPropertySetGamma(value), {0, -1, -2, -4, -5, -6});
+            expect("ExPropertySetGamma", cam_.ExPropertySetGamma(real()), {0, -1, -2, -4, -5, -6});
             return learn(GAMMA_PROPERTY_TYPE);
-        }
         case 20: {
-            const int channel = static_cast<int>(input_.below(5));
-            const int count = static_cast<int>(input_.below(5));
-            const int result = cam_.ExPropertySetLUTChannel(channel - 1, count - 1);
-            return expect("ExPropertySetLUTChannel", result, {0, -1, -2});
+            const int channel = static_cast<int>(input_.below(5)) - 1;
+            return plain(
+                "ExPropertySetLUTChannel",
+                cam_.ExPropertySetLUTChannel(channel, static_cast<int>(input_.below(5)) - 1));
         }
         default: {
             const int index = static_cast<int>(integer(input_));
-            const int value = static_cast<int>(integer(input_));
-            return expect("ExPropertySetLUTValue", cam_.ExPropertySetLUTValue(index, value),
-                          {0, -1, -2});
+            return plain("ExPropertySetLUTValue",
+                         cam_.ExPropertySetLUTValue(index, static_cast<int>(integer(input_))));
         }
         }
     }
@@ -500,19 +472,15 @@ void probe(Input &input) {
     const auto first = record(input);
     const auto second = record(input);
     const auto third = record(input);
-    switch (input.below(4)) {
-    case 0:
+    const unsigned seen = input.below(4);
+    if (seen == 0)
         framework().sees({first, second, third});
-        break;
-    case 1:
+    else if (seen == 1)
         framework().sees({first, second});
-        break;
-    case 2:
+    else if (seen == 2)
         framework().sees({first});
-        break;
-    default:
+    else
         framework().sees({first, first, first, first, second, second, second, second, third});
-    }
     if (input.oneIn(8))
         framework().counts(static_cast<int>(input.below(20)) - 5);
     if (input.oneIn(8))

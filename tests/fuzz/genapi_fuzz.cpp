@@ -8,7 +8,7 @@
 #include "input.h"
 
 #include <algorithm>
-#include <chrono>
+#include <ctime>
 #include <map>
 #include <memory>
 #include <set>
@@ -21,9 +21,9 @@ namespace {
 
 using namespace GenApi_3_0;
 
-// Of one operation, and of all: what is left is not asked.
-constexpr std::chrono::seconds kLongestOperation(5);
-constexpr std::chrono::seconds kLongestUse(2);
+// Of the processor's time, for one operation and for all: what is left is not asked.
+constexpr std::clock_t kLongestOperation = 5 * CLOCKS_PER_SEC;
+constexpr std::clock_t kLongestUse = 2 * CLOCKS_PER_SEC;
 constexpr size_t kMostNodesAsked = 500;
 
 // The camera does not answer.
@@ -87,7 +87,7 @@ private:
 // Whether it went well; anything but the exceptions that may come out ends the process.
 template <class Do>
 bool went(Do operation) {
-    const auto start = std::chrono::steady_clock::now();
+    const auto start = std::clock();
     bool well = false;
     try {
         operation();
@@ -96,68 +96,128 @@ bool went(Do operation) {
         MUST(*problem.GetDescription(), "an exception says what went wrong");
     } catch (const Silence &) {
     }
-    MUST(std::chrono::steady_clock::now() - start < kLongestOperation, "an operation ends in time");
+    MUST(std::clock() - start < kLongestOperation, "an operation ends in time");
     return well;
 }
 
-constexpr const char *kNumbers[] = {"0",
-                                    "1",
-                                    "-1",
-                                    "2",
-                                    "7",
-                                    "8",
-                                    "16",
-                                    "255",
-                                    "256",
-                                    "0xFFFF",
-                                    "65537",
-                                    "2147483647",
-                                    "-2147483648",
-                                    "0xFFFFFFFF",
-                                    "4294967296",
-                                    "9223372036854775807",
-                                    "-9223372036854775808",
-                                    "0x7FFFFFFFFFFFFFFF",
-                                    "0xFFFFFFFFFFFFFFFF",
-                                    "99999999999999999999"};
-constexpr const char *kFloats[] = {
-    "0.0",   "1.5", "-2.25", "1e-300", "1e308", "INF", "-INF", "NaN", "1.7976931348623157e308",
-    "9.3e18"};
-constexpr const char *kModes[] = {"RO", "WO", "RW"};
-constexpr const char *kNotations[] = {"Automatic", "Fixed", "Scientific"};
-constexpr const char *kCachables[] = {"NoCache", "WriteThrough", "WriteAround"};
-constexpr const char *kOperators[] = {"+",  "-", "*",  "/", "%", "**", "&",  "|",  "^", "<<",
-                                      ">>", "=", "<>", "<", ">", "<=", ">=", "&&", "||"};
-constexpr const char *kFunctions[] = {"SGN",  "NEG",   "SIN",   "COS",  "TAN",  "ASIN",
-                                      "ACOS", "ATAN",  "EXP",   "LN",   "LG",   "SQRT",
-                                      "ABS",  "TRUNC", "FLOOR", "CEIL", "ROUND"};
-constexpr const char *kTokens[] = {"(",  ")",  "?",  ":",  ",",        ".",     "~",
-                                   "-",  "!",  "==", "PI", "e",        "V0",    "V1",
-                                   "1e", "0x", "5.", "\t", "\xC3\xA9", "V0.Min"};
-constexpr const char *kWritten[] = {"",
-                                    "0",
-                                    "1",
-                                    "-1",
-                                    "12",
-                                    "0xFF",
-                                    "9223372036854775807",
-                                    "1e400",
-                                    "true",
-                                    "inf",
-                                    "nan",
-                                    "2.5",
-                                    "Entry0",
-                                    "192.168.0.1",
-                                    "00:11:22:33:44:55",
-                                    "abcdef",
-                                    "  7 ",
-                                    "15ab",
-                                    "A",
-                                    "Off",
-                                    "0x00ff01",
-                                    "a text that is longer than most registers of texts"};
+const auto kWritten = split("|0|1|-1|12|0xFF|9223372036854775807|1e400|true|inf|nan|2.5|Entry0|"
+                            "192.168.0.1|00:11:22:33:44:55|abcdef|  7 |15ab|A|Off|0x00ff01|"
+                            "a text that is longer than most registers of texts",
+                            '|');
 
-// What a description consists of, by what its first bytes say.
+// What a document consists of. A rule has the texts of which one is taken, and in these
+//   {rule}              what a rule gives
+//   {8?rule} {8*rule}   that once in eight times; less than eight times
+//   {Tag@set}           an element, or without a tag the name, of a node of the set that fits
+//   {=Tag}              an element with a number, or pTag with a node that has one
+//   {length 4 8}        a length, one of these mostly
+const std::map<std::string, std::vector<std::string>> kRules = {
+    // Kinds of nodes.
+    {"Integer",
+     {"{common}{4?pInvalidator@any}{value}{bounds}{4?shown}{4?pSelected@any}",
+      "{common}{pValueCopy@number}{pValue@number}{bounds}{4?shown}{4?pSelected@any}"}},
+    {"IntReg",
+     {"{place}{length 4 4 1 2 3 8}{register}{2?sign}{endianess}{4?shown}{4?pSelected@any}"}},
+    {"MaskedIntReg", {"{place}{length 4 4 1 2 8}{register}{field}{2?sign}{endianess}{4?shown}"}},
+    {"Boolean", {"{common}{plain}{3?on}"}},
+    {"Command", {"{common}{plain}{=CommandValue}"}},
+    {"Float", {"{common}{4?pInvalidator@any}{value}{bounds}{precision}"}},
+    {"FloatReg", {"{place}{length 4 8}{register}{endianess}{precision}"}},
+    {"Enumeration", {"{common}{entries}{plain}{4?pSelected@any}"}},
+    {"String", {"{common}<Value>a text</Value>", "{common}{pValue@text}"}},
+    {"StringReg", {"{place}{length 4 16 64}{register}"}},
+    {"Register", {"{place}{length 4 16 64}{register}"}},
+    {"Converter", {"{conversion}{4?shown}{precision}{2?slope}{4?linear}"}},
+    {"IntConverter", {"{conversion}{4?shown}{2?slope}"}},
+    {"SwissKnife", {"{common}{variables}<Formula>{formula}</Formula>{precision}"}},
+    {"IntSwissKnife", {"{common}{variables}<Formula>{formula}</Formula>{4?shown}"}},
+    {"Category", {"{common}{6*pFeature@any}"}},
+    {"StructReg",
+     {"{address}{length 4 1 2 8}{register}{endianess}<StructEntry Name='{self}'>"
+      "{common}{4?entryMode}{field}{2?sign}</StructEntry>"}},
+    // What they have.
+    {"common",
+     {"{8?pIsImplemented@condition}{8?pIsAvailable@condition}{8?pIsLocked@condition}"
+      "{12?imposed}"}},
+    {"imposed", {"<ImposedAccessMode>{mode}</ImposedAccessMode>"}},
+    {"entryMode", {"<AccessMode>{mode}</AccessMode>"}},
+    {"value",
+     {"<Value>{constant}</Value>", "{pValue@number}", "{pValue@number}",
+      "{pIndex@number}{4*indexed}{=ValueDefault}"}},
+    {"indexed",
+     {"<ValueIndexed Index='{bit}'>{constant}</ValueIndexed>",
+      "{pValueIndexed Index='{bit}'@number}"}},
+    {"plain", {"<Value>{bit}</Value>", "{pValue@number}", "{pValue@number}", "{pValue@number}"}},
+    {"bit", split("0 1")},
+    {"on", {"<OnValue>{number}</OnValue>"}},
+    {"bounds", {"{3?=Min}{3?=Max}{3?=Inc}"}},
+    {"shown", {"<Representation>{representation}</Representation>"}},
+    {"representation",
+     split("Linear Logarithmic Boolean PureNumber HexNumber IPV4Address MACAddress")},
+    {"precision", {"{4?notation}{4?digits}"}},
+    {"notation",
+     {"<DisplayNotation>Automatic</DisplayNotation>", "<DisplayNotation>Fixed</DisplayNotation>",
+      "<DisplayNotation>Scientific</DisplayNotation>"}},
+    {"digits", {"<DisplayPrecision>{number}</DisplayPrecision>"}},
+    {"place", {"{common}{address}"}},
+    {"address",
+     {"<Address>{offset}</Address>", "<Address>{offset}</Address>",
+      "<Address>{offset}</Address>{4*part}"}},
+    {"part",
+     {"<Address>{number}</Address>", "{pAddress@number}", "{pIndex Offset='{number}'@number}",
+      "{pIndex pOffset='{@number}'@number}",
+      "<IntSwissKnife Name='A'>{variables}<Formula>{formula}</Formula></IntSwissKnife>"}},
+    {"register",
+     {"<AccessMode>{mode}</AccessMode><pPort>Device</pPort>{2?cachable}"
+      "{4?pInvalidator@any}"}},
+    {"mode", split("RW RW RW RW RW RW RO WO")},
+    {"cachable",
+     {"<Cachable>NoCache</Cachable>", "<Cachable>WriteThrough</Cachable>",
+      "<Cachable>WriteAround</Cachable>"}},
+    {"sign", {"<Sign>Signed</Sign>", "<Sign>Unsigned</Sign>"}},
+    {"entry",
+     {"{4?pIsImplemented@condition}{4?pIsAvailable@condition}<Value>{choice}</Value>"
+      "{4?symbolic}"}},
+    {"choice", split("0 1 2 3 4 {number}")},
+    {"symbolic", {"<Symbolic>Symbol0</Symbolic>", "<Symbolic>Symbol1</Symbolic>"}},
+    {"conversion",
+     {"{common}{variables}<FormulaTo>{to}</FormulaTo><FormulaFrom>{from}"
+      "</FormulaFrom>{pValue@number}"}},
+    {"to", {"FROM / 2", "{formula}"}},
+    {"from", {"TO * 2", "{formula}"}},
+    {"slope", {"<Slope>{sloping}</Slope>"}},
+    {"sloping", split("Increasing Decreasing Varying Automatic")},
+    {"linear", {"<IsLinear>Yes</IsLinear>"}},
+    // Formulas.
+    {"variables",
+     {"{pVariable Name='V0{suffix}'@number}{pVariable Name='V1{suffix}'@number}"
+      "{pVariable Name='V2{suffix}'@number}{8?named}{8?expressed}"}},
+    {"suffix", split("||||.Value|.Min|.Max|.Inc|.Entry.Entry0|.Else", '|')},
+    {"named", {"<Constant Name='C'>{number}</Constant>"}},
+    {"expressed", {"<Expression Name='X'>{formula}</Expression>"}},
+    {"formula",
+     {"{expression}", "{expression}", "{expression}", "{expression}", "{expression}", "{24*token}",
+      "{deep}"}},
+    {"expression",
+     {"{operand}", "({expression})", "{function}({expression})", "(-{expression})",
+      "({expression}) ? {operand} : ({expression})", "{expression} {operator} {operand}",
+      "{expression} {operator} {operand}"}},
+    {"operand", split("V0 V1 V2 C X TO FROM 1 2 {number} {number} {number} {number}")},
+    {"operator", split("+ - * / % ** &amp; | ^ &lt;&lt; >> = &lt;> &lt; > &lt;= >= &amp;&amp; ||")},
+    {"function",
+     split("SGN NEG SIN COS TAN ASIN ACOS ATAN EXP LN LG SQRT ABS TRUNC FLOOR CEIL ROUND")},
+    {"token", split("( ) ? : , . ~ - ! == PI e V0 V1 1e 0x 5. \t \xC3\xA9 V0.Min {operator} "
+                    "{operator} {operator} {operator}")},
+    {"number", split("0 1 -1 2 7 8 16 255 256 0xFFFF 65537 2147483647 -2147483648 0xFFFFFFFF "
+                     "4294967296 9223372036854775807 -9223372036854775808 0x7FFFFFFFFFFFFFFF "
+                     "0xFFFFFFFFFFFFFFFF 99999999999999999999")},
+    {"float", split("0.0 1.5 -2.25 1e-300 1e308 INF -INF NaN 1.7976931348623157e308 9.3e18")}};
+
+const auto kKinds = split("Integer IntReg MaskedIntReg StructReg Boolean Command Float FloatReg "
+                          "Enumeration String StringReg Register Converter IntConverter SwissKnife "
+                          "IntSwissKnife Category");
+
+// Makes a document up by the rules, as the input says.
 class Author {
 public:
     explicit Author(Input &input) : input_(input) {}
@@ -165,414 +225,148 @@ public:
     std::string document() {
         const bool backwards = input_.oneIn(2);
         const unsigned depth = input_.oneIn(8) ? input_.byte() : input_.below(3);
-        const unsigned count = 1 + input_.below(40);
-        for (unsigned i = 0; i < count; ++i)
-            kinds_.push_back(input_.oneIn(3) ? kIntReg : input_.below(kKinds));
-        std::vector<std::string> nodes;
-        for (unsigned i = 0; i < count; ++i)
-            nodes.push_back(node(i));
-        if (backwards)
-            std::reverse(nodes.begin(), nodes.end());
+        for (unsigned left = 1 + input_.below(40); left > 0; --left)
+            kinds_.push_back(input_.oneIn(3) ? "IntReg" : input_.oneOf(kKinds));
+        // There always is one to refer to.
+        std::string nodes = "<Integer Name='N0'><Value>1</Value></Integer>"
+                            "<String Name='N1'><Value>a text</Value></String>";
+        for (self_ = 2; self_ < kinds_.size(); ++self_) {
+            const std::string &kind = kinds_[self_];
+            isLittle_ = input_.oneIn(2);
+            const std::string node = "<" + kind + (kind == "StructReg" ? " Comment='" : " Name='") +
+                                     name(self_) + "'>" + directive(kind) + "</" + kind + ">";
+            nodes = backwards ? node + nodes : nodes + node;
+        }
         std::string text =
             "<RegisterDescription ModelName='M' VendorName='V' StandardNameSpace='None' "
             "SchemaMajorVersion='1' SchemaMinorVersion='1' SchemaSubMinorVersion='0' "
             "MajorVersion='1' MinorVersion='0' SubMinorVersion='0' ProductGuid='P' VersionGuid='V' "
             "xmlns='http://www.genicam.org/GenApi/Version_1_1'>";
-        for (unsigned i = 0; i < depth; ++i)
+        for (unsigned i = 0; i < depth; ++i) {
             text += "<Group Comment='g'>";
-        for (const std::string &each : nodes)
-            text += each;
-        for (unsigned i = 0; i < depth; ++i)
-            text += "</Group>";
-        return text + "<Port Name='Device'/></RegisterDescription>";
+            nodes += "</Group>";
+        }
+        return text + nodes + "<Port Name='Device'/></RegisterDescription>";
     }
 
 private:
-    enum Kind : unsigned {
-        kInteger,
-        kIntReg,
-        kMaskedIntReg,
-        kStructReg,
-        kBoolean,
-        kCommand,
-        kFloat,
-        kFloatReg,
-        kEnumeration,
-        kString,
-        kStringReg,
-        kRegister,
-        kConverter,
-        kIntConverter,
-        kSwissKnife,
-        kIntSwissKnife,
-        kCategory,
-        kKinds
-    };
-    static constexpr const char *kNames[kKinds] = {
-        "Integer",   "IntReg",       "MaskedIntReg", "StructReg",     "Boolean",   "Command",
-        "Float",     "FloatReg",     "Enumeration",  "String",        "StringReg", "Register",
-        "Converter", "IntConverter", "SwissKnife",   "IntSwissKnife", "Category"};
-
-    using Kinds = std::set<unsigned>;
-    static const Kinds &floats() {
-        static const Kinds kinds{kFloat, kFloatReg, kConverter, kSwissKnife};
-        return kinds;
-    }
-    static const Kinds &conditions() {
-        static const Kinds kinds{kInteger,       kIntReg,    kMaskedIntReg, kIntConverter,
-                                 kIntSwissKnife, kStructReg, kBoolean};
-        return kinds;
-    }
-    static bool isNumber(unsigned kind, bool ofFloat) {
-        return floats().count(kind) || kind == kEnumeration ||
-               (conditions().count(kind) && !(ofFloat && kind == kBoolean));
+    static std::string name(size_t number) { return "N" + std::to_string(number); }
+    static std::string element(const std::string &tag, const std::string &text) {
+        return "<" + tag + ">" + text + "</" + tag.substr(0, tag.find(' ')) + ">";
     }
 
-    template <size_t Size>
-    std::string oneOf(const char *const (&texts)[Size]) {
-        return texts[input_.below(Size)];
-    }
-    // In this order, whatever the compiler: they are made of what the input says next.
-    static std::string all(std::initializer_list<std::string> parts) {
-        std::string text;
-        for (const std::string &part : parts)
-            text += part;
-        return text;
-    }
-    static std::string element(const std::string &name, const std::string &text) {
-        return "<" + name + ">" + text + "</" + name + ">";
-    }
-    static std::string name(unsigned number) { return "N" + std::to_string(number); }
-    static std::string escaped(const std::string &text) {
-        std::string safe;
-        for (const char c : text) {
-            if (c == '<')
-                safe += "&lt;";
-            else if (c == '&')
-                safe += "&amp;";
-            else
-                safe += c;
+    std::string expanded(const std::string &text) {
+        std::string all;
+        for (size_t at = 0; at < text.size(); ++at) {
+            if (text[at] != '{') {
+                all += text[at];
+                continue;
+            }
+            const size_t start = at + 1;
+            for (int open = 1; open > 0;)
+                open += text[++at] == '{' ? 1 : text[at] == '}' ? -1 : 0;
+            all += directive(text.substr(start, at - start));
         }
-        return safe;
+        return all;
+    }
+
+    std::string directive(const std::string &what) {
+        const size_t digits = what.find_first_not_of("0123456789");
+        if (digits > 0) {
+            const auto count = static_cast<unsigned>(std::stoul(what));
+            std::string all;
+            for (unsigned i = what[digits] == '*' ? input_.below(count) : input_.oneIn(count);
+                 i > 0; --i)
+                all += directive(what.substr(digits + 1));
+            return all;
+        }
+        if (const size_t at = what.rfind('@'); at != std::string::npos) {
+            const std::string target = nodeOf(what.substr(at + 1));
+            return at == 0 ? target : element(expanded(what.substr(0, at)), target);
+        }
+        if (what[0] == '=')
+            return input_.oneIn(2) ? element(what.substr(1), directive("constant"))
+                                   : element("p" + what.substr(1), nodeOf("number"));
+        if (what.compare(0, 7, "length ") == 0)
+            return length(split(what.substr(7)));
+        if (what == "self")
+            return name(self_);
+        if (what == "constant")
+            return directive(kinds_[self_] == "Float" && input_.oneIn(2) ? "float" : "number");
+        if (what == "offset")
+            return std::to_string(4 * input_.byte());
+        if (what == "endianess")
+            return element("Endianess", isLittle_ ? "LittleEndian" : "BigEndian");
+        if (what == "field")
+            return field();
+        if (what == "entries")
+            return entries();
+        if (what == "deep") { // as deep as it goes
+            const std::string opened(16 * input_.byte(), '(');
+            return opened + "1" + std::string(16 * input_.byte(), ')');
+        }
+        if (what == "expression" && depth_ == 5)
+            return directive("operand");
+        const auto &texts = kRules.at(what);
+        depth_ += what == "expression" ? 1 : 0;
+        const std::string text = expanded(texts.size() == 1 ? texts[0] : input_.oneOf(texts));
+        depth_ -= what == "expression" ? 1 : 0;
+        return text;
     }
 
     // Of those before it one that fits; now and then any, itself and the unknown among them.
-    template <class Fits>
-    std::string to(unsigned self, Fits fits) {
+    std::string nodeOf(const std::string &set) {
         const unsigned choice = input_.byte();
         if (choice >= 0xFC)
-            return name(choice % (static_cast<unsigned>(kinds_.size()) + 1));
-        std::vector<unsigned> fitting;
-        for (unsigned i = 0; i < self; ++i) {
-            if (fits(kinds_[i]))
+            return name(choice % (kinds_.size() + 1));
+        std::vector<size_t> fitting;
+        for (size_t i = 0; i < self_; ++i)
+            if (fits(kinds_[i], set))
                 fitting.push_back(i);
-        }
-        return fitting.empty() ? "" : name(fitting[choice % fitting.size()]);
+        return name(fitting[choice % fitting.size()]);
     }
-    std::string toNumber(unsigned self) {
-        const bool ofFloat = floats().count(kinds_[self]) != 0;
-        return to(self, [ofFloat](unsigned kind) { return isNumber(kind, ofFloat); });
-    }
-
-    // Nothing where there is nothing to refer to.
-    std::string link(const std::string &element, const std::string &target) {
-        return target.empty() ? "" : Author::element(element, target);
-    }
-    std::string constant(unsigned self) {
-        return kinds_[self] == kFloat && input_.oneIn(2) ? oneOf(kFloats) : oneOf(kNumbers);
-    }
-    // A constant or the way to one.
-    std::string either(const std::string &what, unsigned self) {
-        const std::string target = input_.oneIn(2) ? "" : toNumber(self);
-        return target.empty() ? element(what, constant(self)) : element("p" + what, target);
+    bool fits(const std::string &kind, const std::string &set) const {
+        using Kinds = std::set<std::string>;
+        static const Kinds kFloats{"Float", "FloatReg", "Converter", "SwissKnife"};
+        static const Kinds kIntegers{"Integer",      "IntReg",        "MaskedIntReg",
+                                     "IntConverter", "IntSwissKnife", "StructReg"};
+        if (set == "any")
+            return true;
+        if (set == "text")
+            return kind == "String" || kind == "StringReg";
+        if (set == "condition" || kIntegers.count(kind))
+            return kIntegers.count(kind) || kind == "Boolean";
+        return kFloats.count(kind) || kind == "Enumeration" ||
+               (kind == "Boolean" && !kFloats.count(kinds_[self_]));
     }
 
-    std::string common(unsigned self) {
-        const auto isCondition = [](unsigned kind) { return conditions().count(kind) != 0; };
-        std::string text;
-        for (const char *const condition : {"pIsImplemented", "pIsAvailable", "pIsLocked"}) {
-            if (input_.oneIn(8))
-                text += link(condition, to(self, isCondition));
-        }
-        if (input_.oneIn(12))
-            text += element("ImposedAccessMode", mode());
-        return text;
+    std::string length(const std::vector<std::string> &usual) {
+        bytes_ = input_.oneIn(24) ? 257u * input_.byte()
+                                  : static_cast<unsigned>(std::stoul(input_.oneOf(usual)));
+        return input_.oneIn(16) ? element("pLength", nodeOf("number"))
+                                : element("Length", std::to_string(bytes_));
     }
-    std::string mode() { return oneOf(kModes); }
-    std::string invalidators(unsigned self) {
-        return input_.oneIn(4) ? link("pInvalidator", to(self, [](unsigned) { return true; })) : "";
+    std::string field() {
+        const unsigned bits = bytes_ ? 8 * bytes_ : 8;
+        const auto [low, high] = std::minmax({input_.byte() % bits, input_.byte() % bits});
+        if (low == high)
+            return element("Bit", std::to_string(low));
+        return element("LSB", std::to_string(isLittle_ ? low : high)) +
+               element("MSB", std::to_string(isLittle_ ? high : low));
     }
-    std::string bounds(unsigned self) {
-        std::string text;
-        for (const char *const bound : {"Min", "Max", "Inc"}) {
-            if (input_.oneIn(3))
-                text += either(bound, self);
-        }
-        return text;
-    }
-    std::string shown() {
-        constexpr const char *kShown[] = {"Linear",    "Logarithmic", "Boolean",   "PureNumber",
-                                          "HexNumber", "IPV4Address", "MACAddress"};
-        return input_.oneIn(4) ? element("Representation", oneOf(kShown)) : "";
-    }
-    std::string precision() {
-        std::string text;
-        if (input_.oneIn(4))
-            text += element("DisplayNotation", oneOf(kNotations));
-        if (input_.oneIn(4))
-            text += element("DisplayPrecision", oneOf(kNumbers));
-        return text;
-    }
-
-    std::string indexed(unsigned self) {
-        const std::string index = toNumber(self);
-        if (index.empty())
-            return element("Value", constant(self));
-        std::string text = element("pIndex", index);
-        for (unsigned i = input_.below(4); i > 0; --i) {
-            const std::string target = toNumber(self);
-            const std::string which = " Index='" + std::to_string(input_.below(4)) + "'>";
-            text += target.empty() || input_.oneIn(2)
-                        ? "<ValueIndexed" + which + constant(self) + "</ValueIndexed>"
-                        : "<pValueIndexed" + which + target + "</pValueIndexed>";
-        }
-        return text + either("ValueDefault", self);
-    }
-
-    std::string address(unsigned self) {
-        std::string text = element("Address", std::to_string(4 * input_.byte()));
-        while (input_.oneIn(4)) {
-            const std::string target = toNumber(self);
-            switch (input_.below(5)) {
-            case 0:
-                text += element("Address", oneOf(kNumbers));
-                break;
-            case 1:
-                text += link("pAddress", target);
-                break;
-            case 2:
-                if (!target.empty())
-                    text += "<pIndex Offset='" + oneOf(kNumbers) + "'>" + target + "</pIndex>";
-                break;
-            case 3:
-                if (!target.empty())
-                    text += "<pIndex pOffset='" + target + "'>" + target + "</pIndex>";
-                break;
-            default:
-                text += all({"<IntSwissKnife Name='A'>", variables(self),
-                             element("Formula", formula()), "</IntSwissKnife>"});
-            }
-        }
-        return text;
-    }
-    std::string registers(unsigned self, unsigned length) {
-        const std::string target = input_.oneIn(16) ? toNumber(self) : "";
-        std::string text = address(self);
-        text +=
-            target.empty() ? element("Length", std::to_string(length)) : element("pLength", target);
-        text += element("AccessMode", input_.oneIn(3) ? mode() : "RW") + element("pPort", "Device");
-        if (input_.oneIn(2))
-            text += element("Cachable", oneOf(kCachables));
-        return text + invalidators(self);
-    }
-    // Lengths that fit, mostly.
-    unsigned length(std::initializer_list<unsigned> usual) {
-        return input_.oneIn(24) ? 257 * input_.byte() : usual.begin()[input_.byte() % usual.size()];
-    }
-    std::string sign() {
-        return input_.oneIn(2) ? element("Sign", input_.oneIn(2) ? "Signed" : "Unsigned") : "";
-    }
-    std::string endianess(bool little) {
-        return element("Endianess", little ? "LittleEndian" : "BigEndian");
-    }
-    std::string field(bool little, unsigned length) {
-        const unsigned bits = length ? 8 * length : 8;
-        const unsigned a = input_.byte() % bits;
-        const unsigned b = input_.byte() % bits;
-        if (a == b)
-            return element("Bit", std::to_string(a));
-        return element("LSB", std::to_string(little ? std::min(a, b) : std::max(a, b))) +
-               element("MSB", std::to_string(little ? std::max(a, b) : std::min(a, b)));
-    }
-
-    std::string variables(unsigned self) {
-        constexpr const char *kSuffixes[] = {
-            "", "", "", "", ".Value", ".Min", ".Max", ".Inc", ".Entry.Entry0", ".Else"};
-        std::string text;
-        for (unsigned i = 0; i < 3; ++i) {
-            const std::string target = toNumber(self);
-            if (!target.empty())
-                text += "<pVariable Name='V" + std::to_string(i) + oneOf(kSuffixes) + "'>" +
-                        target + "</pVariable>";
-        }
-        if (input_.oneIn(8))
-            text += "<Constant Name='C'>" + oneOf(kNumbers) + "</Constant>";
-        if (input_.oneIn(8))
-            text += "<Expression Name='X'>" + formula() + "</Expression>";
-        return text;
-    }
-    std::string operand() {
-        constexpr const char *kOperands[] = {"V0", "V1", "V2", "C", "X", "TO", "FROM", "1", "2"};
-        return input_.oneIn(3) ? oneOf(kNumbers) : oneOf(kOperands);
-    }
-    std::string expression(unsigned depth) {
-        if (depth == 0)
-            return operand();
-        const std::string first = expression(depth - 1);
-        switch (input_.below(6)) {
-        case 0:
-            return "(" + first + ")";
-        case 1:
-            return oneOf(kFunctions) + "(" + first + ")";
-        case 2:
-            return all({"(", first, ") ? ", operand(), " : (", expression(depth - 1), ")"});
-        case 3:
-            return "(-" + first + ")";
-        default:
-            return all({first, " ", oneOf(kOperators), " ", operand()});
-        }
-    }
-    std::string formula() {
-        if (!input_.oneIn(8))
-            return escaped(expression(input_.below(5)));
-        if (input_.oneIn(8)) // as deep as it goes
-            return all(
-                {std::string(16 * input_.byte(), '('), "1", std::string(16 * input_.byte(), ')')});
-        std::string text;
-        for (unsigned i = input_.below(24); i > 0; --i)
-            text += input_.oneIn(2) ? oneOf(kTokens) : oneOf(kOperators);
-        return escaped(text);
-    }
-
-    std::string entries(unsigned self) {
-        const auto isCondition = [](unsigned kind) { return conditions().count(kind) != 0; };
-        std::string text;
-        for (unsigned i = 0; i < 1 + input_.below(5); ++i) {
-            text += "<EnumEntry Name='Entry" + std::to_string(i) + "'>";
-            if (input_.oneIn(4))
-                text += link("pIsImplemented", to(self, isCondition));
-            if (input_.oneIn(4))
-                text += link("pIsAvailable", to(self, isCondition));
-            text += element("Value", input_.oneIn(4) ? oneOf(kNumbers) : std::to_string(i));
-            if (input_.oneIn(4))
-                text += element("Symbolic", "Symbol" + std::to_string(input_.below(3)));
-            text += "</EnumEntry>";
-        }
-        return text;
-    }
-    std::string selected(unsigned self) {
-        return input_.oneIn(4) ? link("pSelected", to(self, [](unsigned) { return true; })) : "";
-    }
-
-    std::string valueOf(unsigned self) {
-        switch (input_.below(4)) {
-        case 0:
-            return element("Value", constant(self));
-        case 1:
-            return indexed(self);
-        default:
-            break;
-        }
-        const std::string target = toNumber(self);
-        if (target.empty())
-            return element("Value", constant(self));
-        std::string text;
-        if (kinds_[self] == kInteger && input_.oneIn(4))
-            text += link("pValueCopy", toNumber(self));
-        return text + element("pValue", target);
-    }
-    // Either a register or formula below it, or a number of its own.
-    std::string plainValueOf(unsigned self) {
-        const std::string target = toNumber(self);
-        return target.empty() ? element("Value", std::to_string(input_.below(2)))
-                              : element("pValue", target);
-    }
-    std::string conversion(unsigned self) {
-        constexpr const char *kSlopes[] = {"Increasing", "Decreasing", "Varying", "Automatic"};
-        const std::string target = toNumber(self);
-        std::string text = variables(self);
-        text += element("FormulaTo", input_.oneIn(2) ? "FROM / 2" : formula());
-        text += element("FormulaFrom", input_.oneIn(2) ? "TO * 2" : formula());
-        text += element("pValue", target.empty() ? name(self) : target);
-        text += shown();
-        if (kinds_[self] == kConverter)
-            text += precision();
-        if (input_.oneIn(2))
-            text += element("Slope", oneOf(kSlopes));
-        if (kinds_[self] == kConverter && input_.oneIn(4))
-            text += element("IsLinear", "Yes");
-        return text;
-    }
-
-    std::string contents(unsigned self) {
-        const bool little = input_.oneIn(2);
-        unsigned bytes = 0;
-        switch (kinds_[self]) {
-        case kInteger:
-            return all({common(self), invalidators(self), valueOf(self), bounds(self), shown(),
-                        selected(self)});
-        case kIntReg:
-            return all({common(self), registers(self, length({4, 4, 1, 2, 3, 8})), sign(),
-                        endianess(little), shown(), selected(self)});
-        case kMaskedIntReg:
-            bytes = length({4, 4, 1, 2, 8});
-            return all({common(self), registers(self, bytes), field(little, bytes), sign(),
-                        endianess(little), shown()});
-        case kBoolean:
-            return all({common(self), plainValueOf(self),
-                        (input_.oneIn(3) ? element("OnValue", oneOf(kNumbers)) : "")});
-        case kCommand:
-            return all({common(self), plainValueOf(self), either("CommandValue", self)});
-        case kFloat:
-            return all(
-                {common(self), invalidators(self), valueOf(self), bounds(self), precision()});
-        case kFloatReg:
-            return all(
-                {common(self), registers(self, length({4, 8})), endianess(little), precision()});
-        case kEnumeration:
-            return all({common(self), entries(self), plainValueOf(self), selected(self)});
-        case kString: {
-            const std::string target =
-                to(self, [](unsigned kind) { return kind == kString || kind == kStringReg; });
-            return all({common(self),
-                        (target.empty() ? element("Value", "a text") : element("pValue", target))});
-        }
-        case kStringReg:
-        case kRegister:
-            return all({common(self), registers(self, length({4, 16, 64}))});
-        case kConverter:
-        case kIntConverter:
-            return all({common(self), conversion(self)});
-        case kSwissKnife:
-            return all({common(self), variables(self), element("Formula", formula()), precision()});
-        case kIntSwissKnife:
-            return all({common(self), variables(self), element("Formula", formula()), shown()});
-        default: { // a category
-            std::string text = common(self);
-            for (unsigned i = input_.below(6); i > 0; --i)
-                text += link("pFeature", to(self, [](unsigned) { return true; }));
-            return text;
-        }
-        }
-    }
-
-    // A structure's node is its entry.
-    std::string node(unsigned self) {
-        const std::string named = " Name='" + name(self) + "'>";
-        const std::string kind = kNames[kinds_[self]];
-        if (kinds_[self] != kStructReg)
-            return "<" + kind + named + contents(self) + "</" + kind + ">";
-        const bool little = input_.oneIn(2);
-        const unsigned bytes = length({4, 1, 2, 8});
-        std::string text = "<StructReg Comment='s'>" + registers(self, bytes) + endianess(little);
-        text += "<StructEntry" + named + common(self);
-        if (input_.oneIn(4))
-            text += element("AccessMode", mode());
-        return all({text, field(little, bytes), sign(), "</StructEntry></StructReg>"});
+    std::string entries() {
+        std::string all;
+        for (unsigned last = input_.below(5), i = 0; i <= last; ++i)
+            all += element("EnumEntry Name='Entry" + std::to_string(i) + "'", directive("entry"));
+        return all;
     }
 
     Input &input_;
-    std::vector<unsigned> kinds_;
+    std::vector<std::string> kinds_{"Integer", "String"};
+    size_t self_ = 0; // the node that is being made up, its byte order and its length
+    bool isLittle_ = false;
+    unsigned bytes_ = 0;
+    unsigned depth_ = 0; // of expressions
 };
 
 // As they are written; what is written otherwise is not found.
@@ -677,8 +471,7 @@ public:
             write([&](bool verify) { enumeration->SetIntValue(number, verify); });
         }
         if (auto *value = dynamic_cast<IValue *>(&node_)) {
-            const std::string text =
-                input_.oneIn(2) ? kWritten[input_.below(std::size(kWritten))] : input_.text(20);
+            const std::string text = input_.oneIn(2) ? input_.oneOf(kWritten) : input_.text(20);
             write([&](bool verify) { value->FromString(text.c_str(), verify); });
         }
     }
@@ -731,8 +524,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
         if (INode *const node = map->GetNode(name.c_str()))
             nodes.push_back(node);
     }
-    const auto start = std::chrono::steady_clock::now();
-    const auto isTime = [start] { return std::chrono::steady_clock::now() - start < kLongestUse; };
+    const auto start = std::clock();
+    const auto isTime = [start] { return std::clock() - start < kLongestUse; };
     for (size_t i = 0; i < nodes.size() && isTime(); ++i)
         Reader(*nodes[i], false).ask();
     for (size_t i = 0; i < nodes.size() && isTime(); ++i)

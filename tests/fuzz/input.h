@@ -14,6 +14,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <string>
+#include <vector>
 
 /** The one entry of a fuzz target. Returns 0; ends the process when an invariant is broken. */
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size);
@@ -34,6 +35,18 @@ inline bool isPrintable(const std::string &text) {
     return std::all_of(text.begin(), text.end(), [](char c) { return c >= ' ' && c <= '~'; });
 }
 
+/** The parts of \p text between \p separator. */
+inline std::vector<std::string> split(const std::string &text, char separator = ' ') {
+    std::vector<std::string> parts(1);
+    for (const char c : text) {
+        if (c == separator)
+            parts.emplace_back();
+        else
+            parts.back() += c;
+    }
+    return parts;
+}
+
 class Input {
 public:
     Input(const uint8_t *data, size_t size) : at_(data), left_(size) {}
@@ -51,6 +64,12 @@ public:
     unsigned below(unsigned count) { return byte() % count; }
     /** True once in \p count. */
     bool oneIn(unsigned count) { return byte() % count == count - 1; }
+
+    /** One of \p choices. */
+    template <typename Choices>
+    const auto &oneOf(const Choices &choices) {
+        return choices[below(static_cast<unsigned>(std::size(choices)))];
+    }
 
     template <typename Number>
     Number number() {

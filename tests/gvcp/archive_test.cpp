@@ -4,7 +4,7 @@
 
 #include "gvcp/archive.h"
 #include "gvcp/url.h"
-#include "refusal.h"
+#include "problem.h"
 #include "zip_file.h"
 
 namespace {
@@ -72,12 +72,13 @@ TEST(Archive, MayInflateToTheBound) {
 
 TEST(Archive, IsGivenUpWhenItInflatesBeyondTheBound) {
     const char *why = "the archive inflates to more than 16777216 bytes";
-    EXPECT_EQ(why, refused(archiveOf({zeros("camera.xml", gvcp::kLargestDescription + 1)})));
-    EXPECT_EQ(why, refused(archiveOf({zeros("camera.xml", uint64_t{2} << 30)})));
+    EXPECT_EQ(why,
+              refused(archiveOf({deflatedMany("camera.xml", gvcp::kLargestDescription + 1, 0)})));
+    EXPECT_EQ(why, refused(archiveOf({deflatedMany("camera.xml", uint64_t{2} << 30, 0)})));
 }
 
 TEST(Archive, IsNotBelievedItsSizes) {
-    PackedFile file = zeros("camera.xml", 1000);
+    PackedFile file = deflatedMany("camera.xml", 1000, 0);
     file.size = 0x7fffffff;
     EXPECT_THAT(refused(archiveOf({file})), StartsWith("the archive cannot be read: "));
     file.size = 1;

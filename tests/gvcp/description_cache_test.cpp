@@ -14,6 +14,7 @@
 #include "camera_memory.h"
 #include "gvcp/description.h"
 #include "gvcp/description_cache.h"
+#include "gvcp/environment.h"
 #include "zip_file.h"
 
 namespace {
@@ -91,6 +92,21 @@ protected:
         return found;
     }
 
+    // Has an archive kept, and tells where.
+    fs::path keepOne() {
+        camera.describe(archiveOfText(2000));
+        load();
+        EXPECT_EQ(1u, files().size());
+        return files().at(0);
+    }
+
+    // A folder for it that is private, as it has to be.
+    void makeFolder() const {
+        fs::create_directories(folder);
+        for (const fs::path &made : {folder, base / "kxinfo-dalsa"})
+            fs::permissions(made, fs::perms::owner_all);
+    }
+
     // What reading anything but the URL from the camera takes, with the URL.
     static size_t wholeIn(size_t size) {
         return 1 + (size + gvcp::kLargestBlock - 1) / gvcp::kLargestBlock;
@@ -104,6 +120,7 @@ protected:
         EXPECT_EQ(wholeIn(kSize), commands);
     }
 
+    const size_t kWholeArchive = wholeIn(archiveOfText(2000).size());
     CameraMemory camera;
     gvcp::DescriptionKey key{"maker", "model", "version"};
     size_t commands = 0;
@@ -111,21 +128,16 @@ protected:
     fs::path folder;
 };
 
-TEST_F(DescriptionCache, SparesReadingATextAgain) {
-    camera.describe(textOf(kMegabyte));
+TEST_F(DescriptionCache, SparesReadingATextOrAnArchiveAgain) {
+    for (const auto &[content, again] :
+         {std::pair(textOf(kMegabyte), 4u), {archiveOfText(kMegabyte), 3u}}) {
+        camera.describe(content);
 
-    EXPECT_EQ(textOf(kMegabyte), load());
-    EXPECT_EQ(wholeIn(kMegabyte), commands);
-    EXPECT_EQ(textOf(kMegabyte), load());
-    EXPECT_EQ(4u, commands);
-}
-
-TEST_F(DescriptionCache, SparesReadingAnArchiveAgain) {
-    camera.describe(archiveOfText(kMegabyte));
-
-    EXPECT_EQ(textOf(kMegabyte), load());
-    EXPECT_EQ(textOf(kMegabyte), load());
-    EXPECT_EQ(3u, commands);
+        EXPECT_EQ(textOf(kMegabyte), load());
+        EXPECT_EQ(wholeIn(content.size()), commands);
+        EXPECT_EQ(textOf(kMegabyte), load());
+        EXPECT_EQ(again, commands);
+    }
 }
 
 TEST_F(DescriptionCache, TakesAsFewCommandsAtAnyAddress) {
@@ -208,24 +220,18 @@ TEST_F(DescriptionCache, TellsCamerasApartThatShareTheirLetters) {
     EXPECT_EQ(wholeIn(kSize), commands);
 }
 
-TEST_F(DescriptionCache, IsNotUsedForAnArchiveThatHasChanged) {
-    camera.describe(archiveOfText(kSize, 1));
+TEST_F(DescriptionCache, IsNotUsedForAnArchiveThatHasChangedIfOnlyInItsMiddle) {
+    camera.describe(archiveOfText(kSize));
     load();
-    camera.describe(archiveOfText(kSize, 2));
+    std::string middle = textOf(kSize);
+    middle[kSize / 2] ^= 1;
+    for (const std::string &text : {middle, textOf(kSize, 2)}) {
+        camera.describe(archiveOf({stored("camera.xml", text)}));
 
-    EXPECT_EQ(textOf(kSize, 2), load());
-    EXPECT_EQ(textOf(kSize, 2), load());
-    EXPECT_EQ(3u, commands);
-}
-
-TEST_F(DescriptionCache, IsNotUsedForAnArchiveThatHasChangedInItsMiddleOnly) {
-    std::string text = textOf(kSize);
-    camera.describe(archiveOf({stored("camera.xml", text)}));
-    load();
-    text[kSize / 2] ^= 1;
-    camera.describe(archiveOf({stored("camera.xml", text)}));
-
-    EXPECT_EQ(text, load());
+        EXPECT_EQ(text, load());
+        EXPECT_EQ(text, load());
+        EXPECT_EQ(3u, commands);
+    }
 }
 
 TEST_F(DescriptionCache, IsNotUsedForATextThatHasChangedAtAnEnd) {
@@ -254,17 +260,14 @@ TEST_F(DescriptionCache, LooksAtAnotherPlaceOfATextEachTime) {
 }
 
 TEST_F(DescriptionCache, IsNotUsedDamaged) {
-    camera.describe(archiveOfText(2000));
-    load();
-    ASSERT_EQ(1u, files().size());
-    const fs::path file = files()[0];
+    const fs::path file = keepOne();
     const std::string sound = contentOf(file);
     for (size_t at = 0; at < sound.size(); at += at < 120 ? 1 : 397) {
         std::string damaged = sound;
         damaged[at] ^= 1;
         write(file, damaged);
         EXPECT_EQ(textOf(2000), load());
-        EXPECT_EQ(wholeIn(archiveOfText(2000).size()), commands) << at;
+        EXPECT_EQ(kWholeArchive, commands) << at;
     }
     for (const size_t size : {size_t{0}, size_t{26}, sound.size() - 1}) {
         write(file, sound.substr(0, size));
@@ -290,7 +293,7 @@ TEST_F(DescriptionCache, IsBoundedInFiles) {
     EXPECT_EQ(3u, commands);
     key.version = "1"; // the oldest is gone
     load(cache(bounds));
-    EXPECT_EQ(wholeIn(archiveOfText(2000).size()), commands);
+    EXPECT_EQ(kWholeArchive, commands);
 }
 
 TEST_F(DescriptionCache, IsBoundedInBytes) {
@@ -323,9 +326,7 @@ TEST_F(DescriptionCache, ReplacesADescriptionInItsPlace) {
 }
 
 TEST_F(DescriptionCache, DeletesOnlyItsOwnFiles) {
-    fs::create_directories(folder);
-    fs::permissions(base / "kxinfo-dalsa", fs::perms::owner_all);
-    fs::permissions(folder, fs::perms::owner_all);
+    makeFolder();
     const std::vector<std::string> foreign = {"0123456789abcdef",
                                               "0123456789abcdef.description.bak",
                                               "0123456789ABCDEF.description",
@@ -362,25 +363,19 @@ TEST_F(DescriptionCache, DoesNotGoThroughALinkToAFolder) {
 }
 
 TEST_F(DescriptionCache, DoesNotFollowALinkToAFile) {
-    camera.describe(archiveOfText(2000));
-    load();
-    ASSERT_EQ(1u, files().size());
-    const fs::path file = files()[0];
+    const fs::path file = keepOne();
     fs::rename(file, base / "elsewhere");
     fs::create_symlink(base / "elsewhere", file);
     const std::string sound = contentOf(base / "elsewhere");
 
     EXPECT_EQ(textOf(2000), load());
-    EXPECT_EQ(wholeIn(archiveOfText(2000).size()), commands);
+    EXPECT_EQ(kWholeArchive, commands);
     EXPECT_FALSE(fs::is_symlink(file)); // replaced, and what it led to is as it was
     EXPECT_EQ(sound, contentOf(base / "elsewhere"));
 }
 
 TEST_F(DescriptionCache, DoesNotWaitForAPipe) {
-    camera.describe(archiveOfText(2000));
-    load();
-    ASSERT_EQ(1u, files().size());
-    const fs::path file = files()[0];
+    const fs::path file = keepOne();
     fs::remove(file);
     ASSERT_EQ(0, mkfifo(file.c_str(), 0600));
 
@@ -400,14 +395,12 @@ TEST_F(DescriptionCache, IsNotUsedWhenOthersCanWriteToIt) {
 }
 
 TEST_F(DescriptionCache, DoesNotReadAFileThatOthersCanWriteTo) {
-    camera.describe(archiveOfText(2000));
-    load();
-    ASSERT_EQ(1u, files().size());
-    fs::permissions(files()[0], fs::perms::group_write, fs::perm_options::add);
+    const fs::path file = keepOne();
+    fs::permissions(file, fs::perms::group_write, fs::perm_options::add);
 
     load();
-    EXPECT_EQ(wholeIn(archiveOfText(2000).size()), commands);
-    EXPECT_EQ(0600u, modeOf(files()[0])); // replaced
+    EXPECT_EQ(kWholeArchive, commands);
+    EXPECT_EQ(0600u, modeOf(file)); // replaced
 }
 
 TEST_F(DescriptionCache, IsNotUsedWhenOthersOwnIt) {
@@ -415,20 +408,15 @@ TEST_F(DescriptionCache, IsNotUsedWhenOthersOwnIt) {
         GTEST_SKIP() << "only root can give a folder away";
     constexpr uid_t kNobody = 65534;
     for (const fs::path &theirs : {folder, base / "kxinfo-dalsa"}) {
-        fs::create_directories(folder);
-        fs::permissions(folder, fs::perms::owner_all);
-        fs::permissions(base / "kxinfo-dalsa", fs::perms::owner_all);
+        makeFolder();
         ASSERT_EQ(0, chown(theirs.c_str(), kNobody, kNobody));
         expectNotUsed();
         EXPECT_THAT(files(), IsEmpty());
         fs::remove_all(base / "kxinfo-dalsa");
     }
-    camera.describe(archiveOfText(2000));
+    ASSERT_EQ(0, chown(keepOne().c_str(), kNobody, kNobody));
     load();
-    ASSERT_EQ(1u, files().size());
-    ASSERT_EQ(0, chown(files()[0].c_str(), kNobody, kNobody));
-    load();
-    EXPECT_EQ(wholeIn(archiveOfText(2000).size()), commands);
+    EXPECT_EQ(kWholeArchive, commands);
 }
 
 TEST_F(DescriptionCache, IsMissedByNobodyWhereItCannotBe) {
@@ -443,10 +431,7 @@ TEST_F(DescriptionCache, IsMissedByNobodyWhereItCannotBe) {
 }
 
 TEST_F(DescriptionCache, LeavesNothingOfWhatCannotBeWrittenWhole) {
-    camera.describe(archiveOfText(2000));
-    load();
-    ASSERT_EQ(1u, files().size());
-    const fs::path file = files()[0];
+    const fs::path file = keepOne();
     fs::remove(file);
     fs::create_directory(file); // takes no other's place
 
@@ -473,72 +458,50 @@ TEST_F(DescriptionCache, IsNotAskedInPlaceOfASilentCamera) {
     EXPECT_THROW(load(), gvcp::Error);
 }
 
-// Where the environment says that the cache is.
-class DescriptionCachePlace : public testing::Test {
-protected:
-    DescriptionCachePlace() {
-        for (const char *name : {"KXGIGE_CACHE", "XDG_CACHE_HOME"})
-            unsetenv(name);
-        setenv("HOME", "/home/user", 1);
-    }
-
-    static std::string place() {
+TEST(DescriptionCachePlace, IsWhereTheEnvironmentSays) {
+    const char *unset = nullptr;
+    const std::string home = "/home/user / .cache / kxinfo-dalsa / descriptions";
+    const struct {
+        const char *cache, *xdg, *home;
+        std::string place;
+    } cases[] = {
+        {unset, unset, "/home/user", home},
+        {unset, "/var/cache/user", "/home/user",
+         "/var/cache/user (made) / kxinfo-dalsa / descriptions"},
+        {unset, "", "/home/user", home},
+        {unset, "relative", "/home/user", home},
+        {unset, unset, "", "nowhere"},
+        {unset, unset, "relative", "nowhere"},
+        {unset, unset, unset, "nowhere"},
+        {"/srv/descriptions", unset, "/home/user", "/srv/ / descriptions"},
+        {"/descriptions//", unset, "/home/user", "/ / descriptions"},
+        {"/", unset, "/home/user", "/ / "},
+        {"off", unset, "/home/user", "nowhere"},
+        {"", unset, "/home/user", home},
+        {"cache", unset, "/home/user",
+         "KXGIGE_CACHE: 'cache' is neither 'off' nor an absolute path; descriptions are kept where "
+         "they are without it\n" +
+             home},
+    };
+    for (const auto &each : cases) {
+        for (const auto &[name, value] : {std::pair("KXGIGE_CACHE", each.cache),
+                                          {"XDG_CACHE_HOME", each.xdg},
+                                          {"HOME", each.home}}) {
+            if (value)
+                setenv(name, value, 1);
+            else
+                unsetenv(name);
+        }
         testing::internal::CaptureStderr();
         const auto found = cachePlace();
         std::string text = testing::internal::GetCapturedStderr();
-        if (!found)
-            return text + "nowhere";
-        text += found->base + (found->makeBase ? " (made)" : "");
-        for (const std::string &name : found->below)
-            text += " / " + name;
-        return text;
+        text += !found ? "nowhere" : found->base + (found->makeBase ? " (made)" : "");
+        if (found) {
+            for (const std::string &name : found->below)
+                text += " / " + name;
+        }
+        EXPECT_EQ(each.place, text);
     }
-};
-
-TEST_F(DescriptionCachePlace, IsBelowTheHomeFolder) {
-    EXPECT_EQ("/home/user / .cache / kxinfo-dalsa / descriptions", place());
-}
-
-TEST_F(DescriptionCachePlace, IsBelowTheFolderOfCaches) {
-    setenv("XDG_CACHE_HOME", "/var/cache/user", 1);
-    EXPECT_EQ("/var/cache/user (made) / kxinfo-dalsa / descriptions", place());
-
-    for (const char *ignored : {"", "relative"}) {
-        setenv("XDG_CACHE_HOME", ignored, 1);
-        EXPECT_EQ("/home/user / .cache / kxinfo-dalsa / descriptions", place());
-    }
-}
-
-TEST_F(DescriptionCachePlace, IsNowhereWithoutAHome) {
-    for (const char *home : {"", "relative"}) {
-        setenv("HOME", home, 1);
-        EXPECT_EQ("nowhere", place());
-    }
-    unsetenv("HOME");
-    EXPECT_EQ("nowhere", place());
-}
-
-TEST_F(DescriptionCachePlace, IsTheFolderThatTheVariableNames) {
-    setenv("KXGIGE_CACHE", "/srv/descriptions", 1);
-    EXPECT_EQ("/srv/ / descriptions", place());
-    setenv("KXGIGE_CACHE", "/descriptions//", 1);
-    EXPECT_EQ("/ / descriptions", place());
-    setenv("KXGIGE_CACHE", "/", 1);
-    EXPECT_EQ("/ / ", place());
-}
-
-TEST_F(DescriptionCachePlace, IsNowhereWhenSwitchedOff) {
-    setenv("KXGIGE_CACHE", "off", 1);
-    EXPECT_EQ("nowhere", place());
-}
-
-TEST_F(DescriptionCachePlace, IsWhereItIsWithoutAVariableThatSaysNothingSensible) {
-    setenv("KXGIGE_CACHE", "", 1);
-    EXPECT_EQ("/home/user / .cache / kxinfo-dalsa / descriptions", place());
-    setenv("KXGIGE_CACHE", "cache", 1);
-    EXPECT_EQ("KXGIGE_CACHE: 'cache' is neither 'off' nor an absolute path; descriptions are kept "
-              "where they are without it\n/home/user / .cache / kxinfo-dalsa / descriptions",
-              place());
 }
 
 } // namespace

@@ -3,7 +3,7 @@
 #include <gmock/gmock.h>
 
 #include "gvcp/document.h"
-#include "refusal.h"
+#include "problem.h"
 
 namespace {
 

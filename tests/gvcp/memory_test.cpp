@@ -38,10 +38,11 @@ protected:
 
     /** Refuses to read more than so many bytes in one command. */
     void readAtMost(size_t most) {
-        device.behave([=](const Received &command, const Bytes &good) {
-            const bool refused = command.command == kReadMemory && command.word(1) > most;
-            return Replies{{refused ? refusalOf(command, kInvalidParameter) : good}};
-        });
+        device.refuse(
+            [=](const Received &command) {
+                return command.command == kReadMemory && command.word(1) > most;
+            },
+            kInvalidParameter);
     }
 };
 
@@ -149,11 +150,8 @@ TEST_F(ReadingRegisters, TakesAsFewCommandsAsPossibleWhereTheCameraTellsThatItCa
 }
 
 TEST_F(ReadingRegisters, WorksOnACameraThatDoesNotTellWhatItCan) {
-    device.behave([](const Received &command, const Bytes &good) {
-        return Replies{{command.is(kReadRegister, bootstrap::kCapability)
-                            ? refusalOf(command, kInvalidAddress)
-                            : good}};
-    });
+    device.refuse([](auto &command) { return command.is(kReadRegister, bootstrap::kCapability); },
+                  kInvalidAddress);
 
     EXPECT_THAT(read(2), ElementsAre(1, 1));
 }
@@ -176,10 +174,8 @@ protected:
     }
 
     void refuseWritingMemory() {
-        device.behave([](const Received &command, const Bytes &good) {
-            return Replies{
-                {command.command == kWriteMemory ? refusalOf(command, kNotImplemented) : good}};
-        });
+        device.refuse([](auto &command) { return command.command == kWriteMemory; },
+                      kNotImplemented);
     }
 
     std::optional<Channel> channel;

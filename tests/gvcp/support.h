@@ -2,40 +2,12 @@
 #ifndef KXINFO_TESTS_GVCP_SUPPORT_H
 #define KXINFO_TESTS_GVCP_SUPPORT_H
 
-#include <gmock/gmock.h>
-
-#include <chrono>
-#include <string>
+#include <vector>
 
 #include "device.h"
 #include "gvcp/channel.h"
-
-/** "Silent: it does not answer": the error that \p call raises. */
-template <class Call>
-std::string problemOf(Call call) {
-    static constexpr const char *kCauses[] = {"Silent",      "Unreachable", "Refused", "Controlled",
-                                              "ControlLost", "Description", "Stopped"};
-    try {
-        call();
-    } catch (const gvcp::Error &error) {
-        return kCauses[static_cast<int>(error.cause())] + std::string(": ") + error.what();
-    }
-    return "no problem";
-}
-
-class Stopwatch {
-public:
-    std::chrono::milliseconds elapsed() const {
-        return std::chrono::duration_cast<std::chrono::milliseconds>(
-            std::chrono::steady_clock::now() - start_);
-    }
-
-private:
-    std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
-};
-
-/** What a computer that has much else to do may add to any time. */
-constexpr std::chrono::milliseconds kStall{1000};
+#include "problem.h"
+#include "timing.h"
 
 /** Waits for tests in which a camera falls silent, and nothing depends on how soon that is seen. */
 inline gvcp::Waits quick() {
@@ -57,6 +29,8 @@ inline gvcp::Waits patient() {
 class OnADevice : public testing::Test {
 protected:
     static constexpr uint32_t kRegister = 0x1000;
+
+    OnADevice() { device.showPattern(); }
 
     /** The commands that have come for one register or place in memory. */
     std::vector<Received> commandsFor(gvcp::Command command, uint32_t address) const {

@@ -4,7 +4,7 @@
 
 #include "camera_memory.h"
 #include "gvcp/url.h"
-#include "refusal.h"
+#include "problem.h"
 
 namespace {
 
@@ -25,11 +25,8 @@ void expectPlace(uint32_t address, uint32_t size, const std::string &text) {
     EXPECT_EQ(text, url.text);
 }
 
-TEST(Url, NamesAPlaceInTheCamera) {
+TEST(Url, NamesAPlaceInTheCameraAsCamerasWriteIt) {
     expectPlace(0x1c400, 0x23d8, "Local:camera.zip;1C400;23D8");
-}
-
-TEST(Url, MayBeWrittenAsCamerasDo) {
     expectPlace(0xabcd, 0x10, "local:camera.xml;abcd;10");
     expectPlace(0xabcd, 0x10, "LOCAL:///camera.xml;ABCD;10");
     expectPlace(0xabcd, 0x10, "Local:camera.xml;0xABCD;0X10");

@@ -1,28 +1,42 @@
 #include "zip_file.h"
 
-#include <array>
+#include <zlib.h>
+
+#include <stdexcept>
 
 namespace {
 
-uint32_t checkSumOf(const std::string &content) {
-    std::array<uint32_t, 256> table;
-    for (uint32_t i = 0; i < table.size(); ++i) {
-        uint32_t entry = i;
-        for (int bit = 0; bit < 8; ++bit)
-            entry = entry >> 1 ^ (entry & 1 ? 0xedb88320 : 0);
-        table[i] = entry;
+// Deflates pieces of a content one after the other.
+class Deflater {
+public:
+    Deflater() {
+        if (deflateInit2(&stream_, 9, Z_DEFLATED, -MAX_WBITS, 9, Z_DEFAULT_STRATEGY) != Z_OK)
+            throw std::runtime_error("deflate");
     }
-    uint32_t sum = ~0u;
-    for (const char c : content)
-        sum = table[(sum ^ static_cast<uint8_t>(c)) & 0xff] ^ sum >> 8;
-    return ~sum;
-}
+    ~Deflater() { deflateEnd(&stream_); }
+    Deflater(const Deflater &) = delete;
+    Deflater &operator=(const Deflater &) = delete;
+
+    std::string take(const std::string &piece, int flush) {
+        std::string packed(deflateBound(&stream_, piece.size()) + 16, '\0');
+        stream_.next_in = reinterpret_cast<Bytef *>(const_cast<char *>(piece.data()));
+        stream_.avail_in = static_cast<uInt>(piece.size());
+        stream_.next_out = reinterpret_cast<Bytef *>(packed.data());
+        stream_.avail_out = static_cast<uInt>(packed.size());
+        deflate(&stream_, flush);
+        packed.resize(packed.size() - stream_.avail_out);
+        return packed;
+    }
+
+private:
+    z_stream stream_{};
+};
 
 // What both a file's header and its entry in the directory have.
 std::string described(const PackedFile &file) {
     return little(20, 2) + little(file.flags, 2) + little(file.method, 2) + little(0, 4) +
-           little(file.checkSum, 4) + little(file.data.size(), 4) + little(file.size, 4) +
-           little(file.name.size(), 2) + little(0, 2);
+           little(file.checkSum, 4) + little(file.packedSize.value_or(file.data.size()), 4) +
+           little(file.size, 4) + little(file.name.size(), 2) + little(0, 2);
 }
 
 } // namespace
@@ -39,28 +53,28 @@ std::string patched(std::string bytes, size_t at, const std::string &other) {
 }
 
 PackedFile stored(const std::string &name, const std::string &content) {
-    return {name, content, checkSumOf(content), static_cast<uint32_t>(content.size()), 0, 0};
+    const auto size = static_cast<uint32_t>(content.size());
+    const auto sum = crc32(0, reinterpret_cast<const Bytef *>(content.data()), size);
+    return {name, content, static_cast<uint32_t>(sum), size};
 }
 
-PackedFile zeros(const std::string &name, uint64_t count) {
+PackedFile deflated(const std::string &name, const std::string &content) {
+    PackedFile file = stored(name, content);
+    file.data = Deflater().take(content, Z_FINISH);
+    file.method = Z_DEFLATED;
+    return file;
+}
+
+// After a full flush the same input gives the same output again.
+PackedFile deflatedMany(const std::string &name, uint64_t count, char character) {
+    const std::string piece(1 << 20, character);
+    Deflater deflater;
+    const std::string packed = deflater.take(piece, Z_FULL_FLUSH);
     std::string data;
-    unsigned bits = 0;
-    unsigned filled = 0;
-    const auto put = [&](const char *code) {
-        for (; *code; ++code) {
-            bits |= static_cast<unsigned>(*code - '0') << filled;
-            if (++filled == 8) {
-                data += static_cast<char>(bits);
-                bits = filled = 0;
-            }
-        }
-    };
-    put("110"); // the last block, with the fixed codes
-    put("00110000");
-    for (uint64_t left = count - 1; left > 0; left -= left < 258 ? 1 : 258)
-        put(left < 258 ? "00110000" : "1100010100000"); // a zero; 258 times the byte before
-    put("00000000000000");                              // the end, and up to a whole byte
-    return {name, data, 0, static_cast<uint32_t>(count), 8, 0};
+    for (uint64_t i = 0; i < count / piece.size(); ++i)
+        data += packed;
+    data += deflater.take(piece.substr(0, count % piece.size()), Z_FINISH);
+    return {name, data, 0, static_cast<uint32_t>(count), Z_DEFLATED};
 }
 
 std::string archiveOf(const std::vector<PackedFile> &files) {

@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -15,6 +16,7 @@ struct PackedFile {
     uint32_t size = 0; /**< once unpacked */
     uint16_t method = 0;
     uint16_t flags = 0;
+    std::optional<uint32_t> packedSize = {}; /**< right by itself */
 };
 
 /** Sizes of the parts, without the names in them. */
@@ -23,9 +25,10 @@ constexpr size_t kDirectoryEntrySize = 46;
 constexpr size_t kEndRecordSize = 22;
 
 PackedFile stored(const std::string &name, const std::string &content);
+PackedFile deflated(const std::string &name, const std::string &content);
 
-/** \p count zeros by deflate, which takes 1/158 of that; the check sum is not computed. */
-PackedFile zeros(const std::string &name, uint64_t count);
+/** \p count times that character by deflate, without making them; the check sum is not computed. */
+PackedFile deflatedMany(const std::string &name, uint64_t count, char character);
 
 std::string archiveOf(const std::vector<PackedFile> &files);
 

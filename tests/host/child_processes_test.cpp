@@ -1,6 +1,6 @@
-// Programs that run side by side, and what is made of their ends.
+// Programs that run side by side.
 
-#include "child_processes.h"
+#include "camera/child_processes.h"
 
 #include <poll.h>
 #include <sys/wait.h>
@@ -9,18 +9,16 @@
 #include <csignal>
 #include <cstdlib>
 #include <filesystem>
+#include <stdexcept>
 
 #include <gtest/gtest.h>
-
-#include "camera_result.h"
-#include "kx_proc.h"
 
 namespace {
 
 using namespace std::chrono_literals;
-using kxinfo::CameraResult;
 using kxinfo::ChildEnd;
 using kxinfo::ChildLimits;
+using kxinfo::Collect;
 using How = kxinfo::ChildEnd::How;
 
 constexpr ChildLimits kGenerous = {30s, 10'000'000, 8};
@@ -30,7 +28,7 @@ std::vector<ChildEnd> runScripts(const std::vector<std::string> &scripts,
     std::vector<std::vector<std::string>> commands;
     for (const std::string &script : scripts)
         commands.push_back({"/bin/sh", "-c", script});
-    return kxinfo::runChildren(commands, {"PATH=/usr/bin:/bin", "COLOUR=red"}, limits);
+    return kxinfo::runChildren(commands, Collect::Both, limits);
 }
 
 void expectEnd(const ChildEnd &end, How how, int number, const std::string &out,
@@ -49,6 +47,11 @@ TEST(ChildProcesses, TellStatusAndBothStreamsOfEachInTheOrderOfTheCommands) {
     expectEnd(ends[1], How::Exited, 0, "two\n", "");
 }
 
+TEST(ChildProcesses, AreHeardOfThoughWhoStartedTheProcessIgnoresChildren) {
+    signal(SIGCHLD, SIG_IGN);
+    expectEnd(runScripts({"exit 3"})[0], How::Exited, 3, "", "");
+}
+
 TEST(ChildProcesses, MayWriteMoreThanAPipeHolds) {
     const auto ends = runScripts({"head -c 1000000 /dev/zero; head -c 500000 /dev/zero >&2"});
 
@@ -56,8 +59,8 @@ TEST(ChildProcesses, MayWriteMoreThanAPipeHolds) {
     EXPECT_EQ(ends[0].err.size(), 500'000u);
 }
 
-TEST(ChildProcesses, HaveTheEnvironmentGivenAndNothingToRead) {
-    expectEnd(runScripts({"echo $COLOUR $HOME; cat"})[0], How::Exited, 0, "red\n", "");
+TEST(ChildProcesses, HaveNothingToRead) {
+    expectEnd(runScripts({"echo before; cat"})[0], How::Exited, 0, "before\n", "");
 }
 
 TEST(ChildProcesses, RunSideBySideAsManyAsAllowed) {
@@ -102,8 +105,8 @@ TEST(ChildProcesses, TellTheSignalThatEndedThem) {
 }
 
 TEST(ChildProcesses, EndWithStatus127WhenTheProgramCannotBeRun) {
-    expectEnd(kxinfo::runChildren({{"/nowhere/kxinfo"}}, {}, kGenerous)[0], How::Exited, 127, "",
-              "");
+    expectEnd(kxinfo::runChildren({{"/nowhere/kxinfo"}}, Collect::Both, kGenerous)[0], How::Exited,
+              127, "", "");
 }
 
 TEST(ChildProcesses, AreNotWaitedForByWhatTheyLeaveRunning) {
@@ -115,100 +118,68 @@ TEST(ChildProcesses, AreNotWaitedForByWhatTheyLeaveRunning) {
     EXPECT_EQ(0, kill(left, SIGKILL)) << "it was waited for";
 }
 
-TEST(ChildProcesses, EndWithTheProcessThatStartedThem) {
-    // A pipe whose writing end the child holds: it closes when the child is gone.
-    int life[2];
-    ASSERT_EQ(0, pipe(life));
-    const pid_t starter = fork();
-    ASSERT_GE(starter, 0);
-    if (starter == 0) {
-        (void)runScripts({"echo ready >&" + std::to_string(life[1]) + "; exec sleep 60"},
-                         {60s, 1000, 1});
-        _exit(0);
+// A process that runs a script, with traps set before, and that then gets a signal.
+class Starter {
+public:
+    Starter(const std::string &before, const std::string &script) {
+        if (pipe(life_) != 0)
+            throw std::runtime_error("no pipe");
+        pid_ = fork();
+        if (pid_ == 0) {
+            (void)runScripts(
+                {before + "\nfd=" + std::to_string(life_[1]) + "; echo ready >&$fd; " + script},
+                {60s, 1000, 1});
+            _exit(42);
+        }
+        close(life_[1]);
+        char ready[6];
+        EXPECT_EQ(6, read(life_[0], ready, sizeof ready));
     }
-    close(life[1]);
-    char ready[6];
-    ASSERT_EQ(6, read(life[0], ready, sizeof ready));
+    ~Starter() { close(life_[0]); }
 
-    kill(starter, SIGKILL);
-    waitpid(starter, nullptr, 0);
-
-    pollfd wait{life[0], POLLIN, 0};
-    EXPECT_EQ(1, poll(&wait, 1, 10'000)) << "the child lives on";
-    close(life[0]);
-}
-
-CameraResult resultOf(const ChildEnd &end, bool json = false, int logMode = 0) {
-    kxinfo::ProbeRequest request;
-    request.json = json;
-    request.log.mode = logMode;
-    return kxinfo::readResult("S1", end, request, {60s, 16 * 1024 * 1024, 8});
-}
-
-using Lines = std::vector<std::string>;
-
-const std::string kHint = "Add '--log stdout --level debug' to see how far it came.";
-
-TEST(CameraResult, TellsThatAProbeHungAndKeepsItsLog) {
-    const CameraResult result = resultOf({How::Overdue, 0, "log\n", "kxinfo: a word\n"});
-
-    EXPECT_EQ(result.status, 3);
-    EXPECT_EQ(result.table, "log\n");
-    EXPECT_EQ(result.messages,
-              (Lines{"a word", "the probe had not ended after 60 s, and was ended. " + kHint}));
-}
-
-TEST(CameraResult, TellsThatAProbeFlooded) {
-    EXPECT_EQ(resultOf({How::Flooding, 0, "", ""}).messages,
-              (Lines{"the probe wrote more than 16 MiB, and was ended. " + kHint}));
-}
-
-TEST(CameraResult, TellsWhyAProbeWasNotStarted) {
-    const CameraResult result = resultOf({How::NotStarted, EAGAIN, "", ""});
-
-    EXPECT_EQ(result.status, 3);
-    EXPECT_EQ(result.messages, (Lines{"the probe could not be started: Resource temporarily "
-                                      "unavailable. End other programs, and try again."}));
-}
-
-TEST(CameraResult, TellsAStatusThatIsNoneOfKxinfos) {
-    const CameraResult result = resultOf({How::Exited, 127, "", "symbol lookup error\n"});
-
-    EXPECT_EQ(result.status, 3);
-    EXPECT_EQ(result.messages,
-              (Lines{"symbol lookup error",
-                     "the probe ended with status 127, expected was 0 to 3. " + kHint}));
-}
-
-TEST(CameraResult, TellsThatAFailedProbeSaidNothing) {
-    const CameraResult result = resultOf({How::Exited, 1, "", ""});
-
-    EXPECT_EQ(result.status, 1);
-    EXPECT_EQ(result.messages,
-              (Lines{"the probe ended without a result, and did not say why. " + kHint}));
-}
-
-TEST(CameraResult, IsAFailureWithoutATable) {
-    EXPECT_EQ(resultOf({How::Exited, 0, "something else\n", ""}).status, 3);
-}
-
-TEST(CameraResult, IsAFailureWithoutWholeJson) {
-    for (const char *text :
-         {"", "{", "[]", "{\"version\": 1}", "{\"parameters\": 1}", "{\"parameters\": []} x"}) {
-        const CameraResult result = resultOf({How::Exited, 0, text, ""}, true);
-        EXPECT_EQ(result.status, 3) << text;
-        EXPECT_TRUE(result.parameters.is_null()) << text;
+    // The status that it ends with.
+    int signal(int number) const {
+        int status = 0;
+        kill(pid_, number);
+        waitpid(pid_, &status, 0);
+        return WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
     }
-    EXPECT_EQ(resultOf({How::Exited, 0, "{\"parameters\": []}", ""}, true).status, 0);
+
+    // What the script says until it is gone.
+    std::string lastWords() const {
+        std::string words;
+        char part[64];
+        pollfd wait{life_[0], POLLIN, 0};
+        while (poll(&wait, 1, 10'000) == 1) {
+            const ssize_t got = read(life_[0], part, sizeof part);
+            if (got <= 0)
+                return words;
+            words.append(part, static_cast<size_t>(got));
+        }
+        return words + "(it lives on)";
+    }
+
+private:
+    int life_[2];
+    pid_t pid_;
+};
+
+TEST(ChildProcesses, AreAskedToEndWhenTheProcessThatStartedThemDies) {
+    const Starter starter("", "exec sleep 60");
+    EXPECT_EQ(-SIGKILL, starter.signal(SIGKILL));
+    EXPECT_EQ("", starter.lastWords());
 }
 
-TEST(CameraResult, TellsMessagesFromTheLogAlsoBehindALineWithoutAnEnd) {
-    const CameraResult result =
-        resultOf({How::Exited, 3, "", "[A:d]: one\n[A:d]: two kxinfo: it failed\nkxinfo: more\n"},
-                 true, KX_LOG_MODE_STDOUT);
+TEST(ChildProcesses, AreAskedToEndWhenTheProcessIsAndHaveTimeForIt) {
+    const Starter starter("trap 'kill $!; echo bye >&$fd; exit' TERM\nsleep 60 &", "wait");
+    EXPECT_EQ(42, starter.signal(SIGINT));
+    EXPECT_EQ("bye\n", starter.lastWords());
+}
 
-    EXPECT_EQ(result.log, "[A:d]: one\n[A:d]: two \n");
-    EXPECT_EQ(result.messages, (Lines{"it failed", "more"}));
+TEST(ChildProcesses, AreKilledWhenTheyDoNotEnd) {
+    const Starter starter("trap '' TERM", "exec sleep 60");
+    EXPECT_EQ(42, starter.signal(SIGTERM));
+    EXPECT_EQ("", starter.lastWords());
 }
 
 } // namespace

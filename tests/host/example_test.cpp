@@ -70,17 +70,6 @@ TEST_F(MinimalHost, PrintsTheSettings) {
                               ""}));
 }
 
-TEST_F(MinimalHost, PrintsTheList) {
-    EXPECT_EQ(minimalHost({plugin("two_cameras")}),
-              (Result{0,
-                      "Printing all Dalsa devices information found:\n"
-                      "  == 0. Dalsa Device Information ==\n"
-                      "  \tDeviceSerial     : S1234567\n"
-                      "  == 1. Dalsa Device Information ==\n"
-                      "  \tDeviceSerial     : S7654321\n",
-                      ""}));
-}
-
 TEST_F(MinimalHost, PrintsNothingThatIsNotExported) {
     EXPECT_EQ(minimalHost({plugin("never_exports"), "S12"}), (Result{0, "", ""}));
 }

@@ -98,6 +98,11 @@ Result kxinfo(std::vector<std::string> arguments, const Stream &out, const Strea
     return run(arguments, out, err);
 }
 
+Result kxinfoHost(std::vector<std::string> arguments, const Stream &out, const Stream &err) {
+    arguments.insert(arguments.begin(), KXINFO_HOST);
+    return run(arguments, out, err);
+}
+
 std::string plugin(const std::string &name) {
     return KXINFO_PLUGINS "/" + name + ".so";
 }

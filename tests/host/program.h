@@ -39,6 +39,10 @@ Result run(const std::vector<std::string> &command, const Stream &out = {}, cons
 /** Runs the kxinfo just built. */
 Result kxinfo(std::vector<std::string> arguments, const Stream &out = {}, const Stream &err = {});
 
+/** Runs the reference host just built. */
+Result kxinfoHost(std::vector<std::string> arguments, const Stream &out = {},
+                  const Stream &err = {});
+
 /** The library file of a plug-in of these tests (see plugins/). */
 std::string plugin(const std::string &name);
 

@@ -10,25 +10,34 @@ namespace {
 
 using testing::HasSubstr;
 
+std::string replaced(std::string text, const std::string &part, const std::string &by) {
+    const size_t place = text.find(part);
+    EXPECT_NE(text.npos, place) << part;
+    return text.replace(place, part.size(), by);
+}
+
+TEST(Urls, AreRefusedWithTheReason) {
+    const auto urls = [](const char *first, const char *second = "") {
+        return [=](Camera &misled) { misled.setUrls(first, second); };
+    };
+    expectRefusals({
+        {"a length beyond all memory", urls("Local:camera.xml;1000000;7fffffffffffffff"),
+         "its length is 9223372036854775807 bytes; expected 1 to 16777216"},
+        {"two gigabytes", urls("Local:camera.xml;1000000;80000000"),
+         "its length is 2147483648 bytes; expected 1 to 16777216"},
+        {"a byte more than a description may have", urls("Local:camera.xml;1000000;1000001"),
+         "its length is 16777217 bytes; expected 1 to 16777216"},
+        {"an endless file", urls("File:/dev/zero"),
+         "it names a file, and files are never opened for a camera"},
+        {"a place on the network", urls("http://127.0.0.2/camera.xml"),
+         "it names a place on the network, and such places are never opened for a camera"},
+        {"two that are bad", urls("http://127.0.0.2/camera.xml", "File:camera.xml"),
+         "first URL: it names a place on the network, and such places are never opened for a "
+         "camera; second URL: it names a file, and files are never opened for a camera"},
+    });
+}
+
 class DescriptionUrl : public Hostile {};
-
-TEST_F(DescriptionUrl, IsRefusedWithALengthBeyondAllMemory) {
-    camera.setUrls("Local:camera.xml;1000000;7fffffffffffffff");
-
-    expectRefusal(HasSubstr("its length is 9223372036854775807 bytes; expected 1 to 16777216"));
-}
-
-TEST_F(DescriptionUrl, IsRefusedWithALengthOfTwoGigabytes) {
-    camera.setUrls("Local:camera.xml;1000000;80000000");
-
-    expectRefusal(HasSubstr("its length is 2147483648 bytes; expected 1 to 16777216"));
-}
-
-TEST_F(DescriptionUrl, IsRefusedWithAByteMoreThanADescriptionMayHave) {
-    camera.setUrls("Local:camera.xml;1000000;1000001");
-
-    expectRefusal(HasSubstr("its length is 16777217 bytes; expected 1 to 16777216"));
-}
 
 TEST_F(DescriptionUrl, OpensNoPipeOfThisComputer) {
     const ScratchFolder folder;
@@ -38,167 +47,108 @@ TEST_F(DescriptionUrl, OpensNoPipeOfThisComputer) {
     ASSERT_GE(inotify_add_watch(watch, pipe.c_str(), IN_OPEN), 0);
     camera.setUrls("File:" + pipe, "File:///" + pipe);
 
-    expectRefusal(HasSubstr("it names a file, and files are never opened for a camera"));
+    expectRefusal(camera, HasSubstr("it names a file, and files are never opened for a camera"));
 
     char event[sizeof(inotify_event)];
     EXPECT_LT(read(watch, event, sizeof event), 0) << "it was opened";
     close(watch);
 }
 
-TEST_F(DescriptionUrl, ReadsNoEndlessFile) {
-    camera.setUrls("File:/dev/zero");
-
-    expectRefusal(HasSubstr("it names a file, and files are never opened for a camera"));
-}
-
-TEST_F(DescriptionUrl, IsRefusedOnTheNetwork) {
-    camera.setUrls("http://127.0.0.2/camera.xml");
-
-    expectRefusal(HasSubstr(
-        "it names a place on the network, and such places are never opened for a camera"));
-}
-
-TEST_F(DescriptionUrl, IsToldWithBothReasonsWhenBothAreBad) {
-    camera.setUrls("http://127.0.0.2/camera.xml", "File:camera.xml");
-
-    expectRefusal(HasSubstr(
-        "first URL: it names a place on the network, and such places are never opened for a "
-        "camera; second URL: it names a file, and files are never opened for a camera"));
-}
-
 TEST_F(DescriptionUrl, IsTheSecondWhenTheFirstIsBad) {
     const std::string undisturbed = probed();
-    camera.setUrls("File:camera.xml", urlFor(Archive(builtInDescription()).bytes().size()));
+    camera.setUrls("File:camera.xml", Device::urlFor(archived(builtInDescription()).size()));
 
     EXPECT_EQ(undisturbed, probed());
 }
 
-// What an archive says of sizes, though its content and its check sum are right.
-struct WrongSize {
-    const char *name;
-    void (*say)(Archive &archive);
-};
+class Archive : public Hostile {};
 
-void PrintTo(const WrongSize &size, std::ostream *stream) {
-    *stream << size.name;
-}
-
-class ArchivedSize : public Hostile, public testing::WithParamInterface<WrongSize> {};
-
-TEST_P(ArchivedSize, IsNotBelieved) {
+// The content and its check sum are right.
+TEST_F(Archive, IsNotBelievedItsSizes) {
     const std::string undisturbed = probed();
-    Archive archive(builtInDescription());
-    GetParam().say(archive);
-    camera.describe(archive.bytes());
+    const std::pair<const char *, std::function<void(PackedFile &)>> sizes[] = {
+        {"packed beyond its end", [](PackedFile &file) { file.packedSize = 0x7fffffff; }},
+        {"a byte too small", [](PackedFile &file) { --file.size; }},
+        {"a byte too large", [](PackedFile &file) { ++file.size; }},
+        {"two gigabytes", [](PackedFile &file) { file.size = 0x80000000; }},
+    };
+    for (const auto &[name, say] : sizes) {
+        SCOPED_TRACE(name);
+        PackedFile file = deflated("camera.xml", builtInDescription());
+        say(file);
+        camera.describe(archiveOf({file}));
 
-    EXPECT_EQ(undisturbed, probed());
+        EXPECT_EQ(undisturbed, probed());
+    }
 }
 
-const WrongSize kWrongSizes[] = {
-    {"PackedBeyondItsEnd", [](Archive &archive) { archive.packedSize = 0x7fffffff; }},
-    {"AByteTooSmall", [](Archive &archive) { --archive.size; }},
-    {"AByteTooLarge", [](Archive &archive) { ++archive.size; }},
-    {"TwoGigabytes", [](Archive &archive) { archive.size = 0x80000000; }},
-};
-
-INSTANTIATE_TEST_SUITE_P(Of, ArchivedSize, testing::ValuesIn(kWrongSizes),
-                         testing::PrintToStringParamName());
-
-// A way to damage an archive, and what is said of it.
-struct Damage {
-    const char *name;
-    void (*harm)(Archive &archive);
-    const char *clause;
-};
-
-void PrintTo(const Damage &damage, std::ostream *stream) {
-    *stream << damage.name;
+TEST(Archives, AreRefusedWhenTheyAreDamaged) {
+    const auto file = [](auto harm) {
+        return [=](Camera &misled) {
+            PackedFile packed = deflated("camera.xml", builtInDescription());
+            harm(packed);
+            misled.describe(archiveOf({packed}));
+        };
+    };
+    // Other bytes from there on, counted from the end.
+    const auto bytes = [](size_t fromEnd, uint32_t value, size_t size) {
+        return [=](Camera &misled) {
+            const std::string archive = archived(builtInDescription());
+            misled.describe(patched(archive, archive.size() - fromEnd, little(value, size)));
+        };
+    };
+    constexpr size_t kEnd = kEndRecordSize;
+    constexpr size_t kEntry = kEnd + kDirectoryEntrySize + sizeof "camera.xml" - 1;
+    const char *unreadable = "the archive cannot be read: ";
+    const char *tooLarge = "the archive inflates to more than 16777216 bytes";
+    expectRefusals({
+        {"directory beyond its end", bytes(kEnd - 16, 0x10000000, 4),
+         "the archive says that its directory lies where it cannot be"},
+        {"more files than it has", bytes(kEnd - 8, 0x00020002, 4), unreadable},
+        {"many files", bytes(kEnd - 8, 0xffffffff, 4),
+         "the archive says that it holds 65535 files, expected at most 64"},
+        {"file where none is", bytes(kEntry - 42, 100, 4), unreadable},
+        {"file beyond its end", bytes(kEntry - 42, 0x7fffffff, 4), unreadable},
+        {"name beyond its end", bytes(kEntry - 28, 0xffff, 2), unreadable},
+        {"packed size too small", file([](PackedFile &packed) {
+             packed.packedSize = static_cast<uint32_t>(packed.data.size() / 2);
+         }),
+         unreadable},
+        {"garbage inside", file([](PackedFile &packed) {
+             packed.data.replace(packed.data.size() / 2, 64, 64, '\xff');
+         }),
+         unreadable},
+        {"wrong check sum", file([](PackedFile &packed) { ++packed.checkSum; }), unreadable},
+        {"far too much inside", // in few commands
+         file([](PackedFile &packed) {
+             packed = deflatedMany("a.xml", 300 << 20, 0);
+             packed.size = 0x80000000;
+         }),
+         tooLarge},
+        {"a mebibyte too much inside",
+         file([](PackedFile &packed) { packed = deflatedMany("a.xml", 65 << 20, ' '); }), tooLarge},
+        {"half of it missing",
+         [](Camera &misled) {
+             const std::string archive = archived(builtInDescription());
+             misled.describe(archive.substr(0, archive.size() / 2));
+         },
+         "the archive has no end record: it ends early, or is damaged"},
+    });
 }
 
-class DamagedArchive : public Hostile, public testing::WithParamInterface<Damage> {};
-
-TEST_P(DamagedArchive, IsRefused) {
-    Archive archive(builtInDescription());
-    GetParam().harm(archive);
-    camera.describe(archive.bytes());
-
-    expectRefusal(HasSubstr(GetParam().clause));
-}
-
-const Damage kDamages[] = {
-    {"DirectoryBeyondItsEnd", [](Archive &archive) { archive.directory = 0x10000000; },
-     "the archive says that its directory lies where it cannot be"},
-    {"MoreFilesThanItHas", [](Archive &archive) { archive.files = 2; },
-     "the archive cannot be read: "},
-    {"ManyFiles", [](Archive &archive) { archive.files = 65535; },
-     "the archive says that it holds 65535 files, expected at most 64"},
-    {"FileWhereNoneIs", [](Archive &archive) { archive.localHeader = 100; },
-     "the archive cannot be read: "},
-    {"FileBeyondItsEnd", [](Archive &archive) { archive.localHeader = 0x7fffffff; },
-     "the archive cannot be read: "},
-    {"PackedSizeTooSmall", [](Archive &archive) { archive.packedSize /= 2; },
-     "the archive cannot be read: "},
-    {"NameBeyondItsEnd", [](Archive &archive) { archive.nameLength = 65535; },
-     "the archive cannot be read: "},
-    {"GarbageInside",
-     [](Archive &archive) { archive.data.replace(archive.data.size() / 2, 64, 64, '\xff'); },
-     "the archive cannot be read: "},
-    {"WrongCheckSum", [](Archive &archive) { ++archive.checkSum; }, "the archive cannot be read: "},
-    {"TwoGigabytesInside",
-     [](Archive &archive) {
-         archive.data = deflatedMebibytes(2048, '\0');
-         archive.packedSize = static_cast<uint32_t>(archive.data.size());
-         archive.size = 0x80000000;
-     },
-     "the archive inflates to more than 16777216 bytes"},
-    {"AMebibyteTooMuchInside",
-     [](Archive &archive) {
-         archive.data = deflatedMebibytes(65, ' ');
-         archive.packedSize = static_cast<uint32_t>(archive.data.size());
-         archive.size = 65 << 20;
-     },
-     "the archive inflates to more than 16777216 bytes"},
-};
-
-INSTANTIATE_TEST_SUITE_P(With, DamagedArchive, testing::ValuesIn(kDamages),
-                         testing::PrintToStringParamName());
-
-// The built-in description with harm in the nodes that Width needs: a part of it, and what stands there
-// instead.
-struct HarmfulNodes {
-    const char *name;
-    std::string part;
-    std::string by;
-    const char *clause = ""; // of the refusal
-};
-
-void PrintTo(const HarmfulNodes &nodes, std::ostream *stream) {
-    *stream << nodes.name;
-}
-
-Bytes harmed(const HarmfulNodes &nodes) {
-    std::string text = builtInDescription();
-    const size_t place = text.find(nodes.part);
-    EXPECT_NE(text.npos, place) << nodes.part;
-    text.replace(place, nodes.part.size(), nodes.by);
-    return Archive(text).bytes();
-}
-
+// The built-in description with harm in the nodes that Width needs.
 constexpr const char *kPlaceOfWidth = "<Address>0x00010110</Address>\n    <Length>4</Length>";
-constexpr const char *kValueOfWidth = "<pValue>WidthReg</pValue>";
-constexpr const char *kLimitOfWidth =
-    "<pVariable Name=\"OTHER\">OffsetXReg</pVariable>\n    <Formula>WHOLE - OTHER</Formula>";
 
-std::string lengthOfWidth(const std::string &length) {
-    return "<Address>0x00010110</Address><Length>" + length + "</Length>";
+std::function<void(Camera &)> withNodes(const std::string &part, const std::string &by) {
+    return [=](Camera &misled) {
+        misled.describe(archived(replaced(builtInDescription(), part, by)));
+    };
 }
 
-class RefusedNodes : public Hostile, public testing::WithParamInterface<HarmfulNodes> {};
-
-TEST_P(RefusedNodes, AreNamed) {
-    camera.describe(harmed(GetParam()));
-
-    expectRefusal(HasSubstr(GetParam().clause));
+std::function<void(Camera &)> withLengthOfWidth(const std::string &length,
+                                                const std::string &more = "") {
+    return withNodes(kPlaceOfWidth,
+                     more + "<Address>0x00010110</Address><Length>" + length + "</Length>");
 }
 
 // Width's value is `count` references away.
@@ -210,32 +160,18 @@ std::string farAway(int count) {
     return nodes + "<Integer Name=\"N" + std::to_string(count) + "\"><pValue>WidthReg</pValue>";
 }
 
-const HarmfulNodes kRefusedNodes[] = {
-    {"RegisterOfANegativeLength", kPlaceOfWidth, lengthOfWidth("-9223372036854775808"),
-     "'WidthReg' is a register of -9223372036854775808 bytes, expected 1 to 8"},
-    {"RegisterOfAllMemory", kPlaceOfWidth, lengthOfWidth("9223372036854775807"),
-     "'WidthReg' is a register of 9223372036854775807 bytes, expected 1 to 8"},
-    {"SixtyThousandInARow", kValueOfWidth, farAway(60'000),
-     "'Width' needs what is more than 100 references away"},
-    {"CircleThroughAnOffset", kPlaceOfWidth,
-     "<pIndex pOffset=\"Width\">OffsetXReg</pIndex>" + lengthOfWidth("4"),
-     "'WidthReg': its references lead back to itself (WidthReg > Width > WidthReg)"},
-};
-
-INSTANTIATE_TEST_SUITE_P(With, RefusedNodes, testing::ValuesIn(kRefusedNodes),
-                         testing::PrintToStringParamName());
-
-class HarmlessNodes : public Hostile, public testing::WithParamInterface<HarmfulNodes> {};
-
-TEST_P(HarmlessNodes, AreEvaluated) {
-    const std::vector<std::string> getWidth = {"get", "S1234", "Width"};
-    const std::string undisturbed = kxinfo(getWidth).out;
-    camera.describe(harmed(GetParam()));
-
-    const Ending ending = kxinfo(getWidth);
-
-    EXPECT_EQ(0, ending.status) << ending;
-    EXPECT_EQ(undisturbed, ending.out) << ending;
+TEST(Nodes, ThatDoHarmAreNamed) {
+    expectRefusals({
+        {"register of a negative length", withLengthOfWidth("-9223372036854775808"),
+         "'WidthReg' is a register of -9223372036854775808 bytes, expected 1 to 8"},
+        {"register of all memory", withLengthOfWidth("9223372036854775807"),
+         "'WidthReg' is a register of 9223372036854775807 bytes, expected 1 to 8"},
+        {"sixty thousand in a row", withNodes("<pValue>WidthReg</pValue>", farAway(60'000)),
+         "'Width' needs what is more than 100 references away"},
+        {"circle through an offset",
+         withLengthOfWidth("4", "<pIndex pOffset=\"Width\">OffsetXReg</pIndex>"),
+         "'WidthReg': its references lead back to itself (WidthReg > Width > WidthReg)"},
+    });
 }
 
 // What is subtracted from Width's maximum is OffsetX, 0, doubled so often.
@@ -250,59 +186,56 @@ std::string doubled(int times) {
     return nodes;
 }
 
-const HarmfulNodes kHarmlessNodes[] = {
-    {"SmallestNumberDividedByMinusOne", "<Formula>WHOLE - OTHER</Formula>",
-     "<Formula>WHOLE - OTHER + (1 &lt;&lt; 63) % (0 - 1)</Formula>"},
-    {"FormulaDoubledFortyTimes", kLimitOfWidth, doubled(40)},
-};
+class OddNodes : public Hostile {};
 
-INSTANTIATE_TEST_SUITE_P(With, HarmlessNodes, testing::ValuesIn(kHarmlessNodes),
-                         testing::PrintToStringParamName());
+TEST_F(OddNodes, ThatDoNoHarmAreEvaluated) {
+    const std::string undisturbed = kxinfo({"get", "S1234", "Width"}).out;
+    for (const auto &mislead :
+         {withNodes("<Formula>WHOLE - OTHER</Formula>",
+                    "<Formula>WHOLE - OTHER + (1 &lt;&lt; 63) % (0 - 1)</Formula>"),
+          withNodes("<pVariable Name=\"OTHER\">OffsetXReg</pVariable>\n    "
+                    "<Formula>WHOLE - OTHER</Formula>",
+                    doubled(40))}) {
+        mislead(camera);
 
-class Description : public Hostile {};
+        const Ending ending = kxinfo({"get", "S1234", "Width"});
 
-TEST_F(Description, IsRefusedAsAnArchiveThatEndsEarly) {
-    const std::string archive = Archive(builtInDescription()).bytes();
-    camera.describe(archive.substr(0, archive.size() / 2));
-
-    expectRefusal(HasSubstr("the archive has no end record: it ends early, or is damaged"));
+        EXPECT_EQ(0, ending.status) << ending;
+        EXPECT_EQ(undisturbed, ending.out) << ending;
+    }
 }
 
-TEST_F(Description, IsRefusedWithThePlaceWhereItIsNotWellFormed) {
-    camera.describe(
-        Archive("<?xml version=\"1.0\"?>\n<RegisterDescription>\n  <Port Name=Device/>\n"
-                "</RegisterDescription>\n")
-            .bytes());
-
-    expectRefusal(HasSubstr("the document, line 3, column 14: "));
-}
-
-TEST_F(Description, IsRefusedAsATextThatEndsEarly) {
-    camera.describe(builtInDescription().substr(0, builtInDescription().size() / 2));
-
-    expectRefusal(HasSubstr("the document, line "));
-}
-
-TEST_F(Description, IsRefusedWithThreeMillionElementsWithinEachOther) {
-    std::string nested;
-    for (int i = 0; i < 3'000'000; ++i)
-        nested += "<a>";
-    camera.describe(Archive(nested).bytes());
-
-    expectRefusal(HasSubstr("the document, line 1, column "));
-}
-
-TEST_F(Description, IsRefusedWithEntitiesThatMultiply) {
+std::string entitiesThatMultiply() {
     std::string entities = "<!ENTITY e0 \"dalsa\">";
     for (int i = 1; i < 30; ++i) {
         const std::string before = "&e" + std::to_string(i - 1) + ";";
         entities += "<!ENTITY e" + std::to_string(i) + " \"" + before + before + "\">";
     }
-    camera.describe(
-        Archive("<!DOCTYPE r [" + entities + "]>\n<RegisterDescription>&e29;</RegisterDescription>")
-            .bytes());
+    return "<!DOCTYPE r [" + entities + "]>\n<RegisterDescription>&e29;</RegisterDescription>";
+}
 
-    expectRefusal(HasSubstr("the document, line 1, column 1: "));
+TEST(Description, IsRefusedWithThePlaceWhereItIsNoDocument) {
+    const auto archive = [](const std::string &text) {
+        return [=](Camera &misled) { misled.describe(archived(text)); };
+    };
+    std::string nested;
+    for (int i = 0; i < 3'000'000; ++i)
+        nested += "<a>";
+    expectRefusals({
+        {"not well-formed",
+         archive("<?xml version=\"1.0\"?>\n<RegisterDescription>\n  <Port Name=Device/>\n"
+                 "</RegisterDescription>\n"),
+         "the document, line 3, column 14: "},
+        {"half of the text",
+         [](Camera &misled) {
+             misled.describe(builtInDescription().substr(0, builtInDescription().size() / 2));
+         },
+         "the document, line "},
+        {"three million elements within each other", archive(nested),
+         "the document, line 1, column "},
+        {"entities that multiply", archive(entitiesThatMultiply()),
+         "the document, line 1, column 1: "},
+    });
 }
 
 } // namespace

@@ -3,18 +3,73 @@
 #define KXINFO_TESTS_HOSTILE_HOSTILE_H
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <chrono>
+#include <functional>
 #include <string>
 #include <vector>
 
-#include "archive.h"
-#include "child.h"
 #include "device.h"
+#include "program.h"
+#include "timing.h"
+#include "zip_file.h"
 
-/** KiB that kxinfo may take at its peak; not looked at under sanitizers, which take their own. */
-constexpr long kMostMemory = 200 * 1024;
+/** The model's width. */
+constexpr uint32_t kWidth = 0x10110;
+
+/** The description in simcam/. */
+const std::string &builtInDescription();
+
+/** An archive of a description. */
+std::string archived(const std::string &description);
+
+/**
+ * A camera of Dalsa, with the registers and the description of the model in simcam/, right by
+ * itself and misled by the test.
+ */
+class Camera : public Device {
+public:
+    explicit Camera(const std::string &at, const std::string &serial = "S1234",
+                    uint32_t claimedAddress = 0);
+
+    const std::string address;
+};
+
+/** How kxinfo ended. */
+struct Ending : Result {
+    std::chrono::milliseconds took;
+};
+
+std::ostream &operator<<(std::ostream &stream, const Ending &ending);
+
+/**
+ * Runs kxinfo with nothing in its cache of descriptions.
+ *
+ * \param address  of the only camera that it asks; empty: it asks all
+ */
+Ending runKxinfo(const std::vector<std::string> &arguments, const std::string &address = {});
+
+/** Expects that kxinfo ended by itself, and took no more time and memory than it may. */
+void expectOrderly(const Ending &ending);
+
+/** Expects that kxinfo cannot use the camera, says why, ends as it should and leaves it free. */
+void expectRefusal(const Camera &camera, const testing::Matcher<std::string> &why);
+
+/**
+ * Does \p work for all numbers from \p first to \p last, several at a time, each with a camera of
+ * its own.
+ */
+void sideBySide(int first, int last, const std::function<void(int number, Camera &camera)> &work);
+
+/** A way to mislead kxinfo, and what it says of that. */
+struct Deceit {
+    const char *name;
+    std::function<void(Camera &camera)> mislead;
+    const char *why;
+};
+
+/** Expects a refusal of each. */
+void expectRefusals(const std::vector<Deceit> &deceits);
 
 /** Camera S1234 at 127.0.0.2, and kxinfo. */
 class Hostile : public testing::Test {
@@ -25,21 +80,7 @@ protected:
     /** The same with its JSON on standard output, for a whole probe. */
     std::string probed();
 
-    /** Expects that kxinfo cannot use the camera, and says why. */
-    void expectRefusal(const testing::Matcher<std::string> &why,
-                       std::chrono::seconds within = std::chrono::seconds(10));
-
-    Device camera{"127.0.0.2"};
+    Camera camera{"127.0.0.2"};
 };
-
-/** Expects that a process ended by itself, and took no more memory than it may. */
-void expectOrderly(const Ending &ending);
-
-/**
- * Does \p work for all numbers from \p first to \p last, eight at a time, each with a camera of its
- * own that kxinfo finds in the given environment.
- */
-void sideBySide(int first, int last,
-                const std::function<void(int number, Device &camera, const Environment &)> &work);
 
 #endif

@@ -10,7 +10,7 @@ show() {
 
 show kxinfo list
 show kxinfo probe S12
-show kxinfo save S12 camera.json
+show kxinfo save S12 camera.json --switch
 show kxinfo set S12 Width=640 OffsetX=128 Gain=9
 seq 4095 -1 0 >negative.txt
 show kxinfo lut S12 load negative.txt

@@ -4,6 +4,7 @@
 #
 #   installed.sh files         each component has the files of files.txt and no others
 #   installed.sh links         what the documents there link to is there as well
+#   installed.sh hardened      no file can be misused as easily as compilers let it by themselves
 #   installed.sh no-paths      nothing in it names the sources, the build or the prefix
 #   installed.sh demo          kxinfo shows virtual cameras and sets them, from the prefix alone
 #   installed.sh find-package  the examples, built with CMake's find_package() elsewhere
@@ -82,6 +83,9 @@ files)
     ;;
 links)
     python3 "$SOURCES/tests/docs/run_docs" --links-only "$prefix"/share/doc/kxinfo-dalsa/*.md
+    ;;
+hardened)
+    "$here/hardened.sh" "$prefix"
     ;;
 no-paths)
     if named=$(grep --recursive --files-with-matches --fixed-strings \

@@ -47,7 +47,7 @@ TEST(Exports, AreTheFunctionsOfTheFrameworkAndItsOwn) {
     EXPECT_THAT(functions, ElementsAre("GevApiUninitialize", "GevCloseCamera", "GevGetCameraList",
                                        "GevGetFeatureNodeMap", "GevGetFeatureValue",
                                        "GevOpenCamera", "KxGigeCause", "KxGigeGetController",
-                                       "KxGigeStopWhen", "_CloseSocketAPI"));
+                                       "KxGigeLookAt", "KxGigeStopWhen", "_CloseSocketAPI"));
 }
 
 TEST(Exports, IncludeTheTypesThatCrossTheLibrarysBorder) {

@@ -17,11 +17,11 @@ protected:
              atAddress("0x1010", "", "RW", "8") + "</StringReg>" + "<IntReg Name=\"Long\">" +
              atAddress("0x1020", "", "RW", "8") +
              "<Sign>Unsigned</Sign><Endianess>BigEndian</Endianess></IntReg>");
-        camera.setRegister(0x1000, 5);
-        camera.setRegister(0x1008, 0x3fc00000);
-        camera.setMemory(0x1010, "seven77", 8);
-        camera.setRegister(0x1020, 0x01020304);
-        camera.setRegister(0x1024, 0x05060708);
+        camera.set(0x1000, 5);
+        camera.set(0x1008, 0x3fc00000);
+        camera.setText(0x1010, "seven77", 8);
+        camera.set(0x1020, 0x01020304);
+        camera.set(0x1024, 0x05060708);
     }
 
     template <class T>
@@ -53,15 +53,11 @@ TEST_F(FeatureValue, LeavesTheBytesBeyondItAlone) {
     EXPECT_THAT(room, testing::ElementsAre(5, 0, 0, 0, 9, 9));
 }
 
-TEST_F(FeatureValue, OfAnEnumerationIsItsEntrysValue) {
+TEST_F(FeatureValue, OfAnEnumerationIsItsEntrysValueOfABooleanZeroOrOne) {
     int32_t value = -1;
     EXPECT_EQ(GEVLIB_OK, get("Mode", value));
     EXPECT_EQ(5, value);
     EXPECT_EQ(GevEnumerationFeature, type);
-}
-
-TEST_F(FeatureValue, OfABooleanIsZeroOrOne) {
-    int32_t value = -1;
     EXPECT_EQ(GEVLIB_OK, get("Flag", value));
     EXPECT_EQ(1, value);
     EXPECT_EQ(GevBooleanFeature, type);
@@ -96,7 +92,8 @@ TEST_F(FeatureValue, IsUntouchedOnError) {
     EXPECT_EQ(GEVLIB_ERROR_PARAMETER_NOT_FOUND, get("Nothing", value));
     EXPECT_EQ(GEVLIB_ERROR_NOT_SUPPORTED, get("Root", value));
     EXPECT_EQ(GEVLIB_ERROR_NOT_SUPPORTED, get("Closed", value));
-    camera.refuseReading(0x1000, peer::InvalidAddress);
+    camera.refuse([](const Received &command) { return command.reads(0x1000); },
+                  peer::InvalidAddress);
     EXPECT_EQ(GEVLIB_ERROR_GENERIC, get("Width", value));
 
     EXPECT_EQ(7, value);

@@ -44,11 +44,11 @@ TEST_F(Nodes, AreReadAndWrittenInTheCamerasMemory) {
     enumeration("E").FromString("B");
     as<IValue>("S").FromString("text");
 
-    EXPECT_EQ(0x01020304u, camera.getRegister(0x1000));
-    EXPECT_EQ(0xC0000000u, camera.getRegister(0x1010));
-    EXPECT_EQ(2u, camera.getRegister(0x1014));
-    EXPECT_EQ(7u, camera.getRegister(0x1018));
-    EXPECT_EQ(0x74657874u, camera.getRegister(0x1020));
+    EXPECT_EQ(0x01020304u, camera.get(0x1000));
+    EXPECT_EQ(0xC0000000u, camera.get(0x1010));
+    EXPECT_EQ(2u, camera.get(0x1014));
+    EXPECT_EQ(7u, camera.get(0x1018));
+    EXPECT_EQ(0x74657874u, camera.get(0x1020));
     EXPECT_EQ(0x01020304, integer("Reg").GetValue(false, true));
     EXPECT_EQ(-2, floating("F").GetValue(false, true));
     EXPECT_TRUE(boolean("B").GetValue(false, true));
@@ -56,22 +56,13 @@ TEST_F(Nodes, AreReadAndWrittenInTheCamerasMemory) {
     EXPECT_EQ("text", std::string(as<IValue>("S").ToString(false, true)));
 }
 
-TEST_F(Nodes, ChangeTheirAccessModeWithTheCamera) {
-    open(intReg("Gate", "0x1000", "<Cachable>NoCache</Cachable>") + intReg("Value", "0x1004") +
-         named("Integer", "I", "<pIsAvailable>Gate</pIsAvailable>" + pValue("Value")));
-
-    EXPECT_FALSE(IsAvailable(node("I")));
-    camera.setRegister(0x1000, 1);
-    EXPECT_TRUE(IsAvailable(node("I")));
-    EXPECT_TRUE(IsWritable(node("I")));
-}
-
-// ---- errors of the camera
-
 TEST_F(Nodes, RaiseARuntimeErrorWhenTheCameraRefuses) {
     open(kReg + intReg("Other", "0x1004"));
-    camera.refuseReading(0x1000, peer::InvalidAddress);
-    camera.refuseWriting(0x1004, peer::WriteProtect);
+    camera.behave([](const Received &command, const Good &good) {
+        return Replies{{command.reads(0x1000)    ? refusalOf(command, peer::InvalidAddress)
+                        : command.writes(0x1004) ? refusalOf(command, peer::WriteProtect)
+                                                 : good()}};
+    });
 
     EXPECT_EQ(
         "Cannot read the camera's register 0x1000 for 'Reg': it has no such register (0x8003)",
@@ -85,7 +76,8 @@ TEST_F(Nodes, RaiseARuntimeErrorWhenTheCameraRefuses) {
 TEST_F(Nodes, RaiseARuntimeErrorWhenTheAccessModeCannotBeRead) {
     open(kReg + intReg("Gate", "0x1004") +
          named("Integer", "I", "<pIsAvailable>Gate</pIsAvailable>" + pValue("Reg")));
-    camera.refuseReading(0x1004, peer::InvalidAddress);
+    camera.refuse([](const Received &command) { return command.reads(0x1004); },
+                  peer::InvalidAddress);
 
     EXPECT_THROW(node("I")->GetAccessMode(), RuntimeException);
     EXPECT_THROW(integer("I").GetValue(), RuntimeException);
@@ -104,13 +96,6 @@ TEST_F(Nodes, BeyondTheCameras32BitsAreRefusedWithoutACommand) {
         EXPECT_THAT(raisedBy<RuntimeException>([&] { integer(name).GetValue(); }),
                     testing::HasSubstr("the address is beyond the camera's 32 bits"));
     EXPECT_THAT(camera.accesses(), IsEmpty());
-}
-
-TEST_F(Nodes, RaiseAnAccessErrorWithoutANodeMap) {
-    const CNodeMapRef none;
-
-    EXPECT_EQ("Feature not present (reference not valid)",
-              raisedBy<AccessException>([&] { none._GetNode("Width"); }));
 }
 
 } // namespace

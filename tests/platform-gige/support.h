@@ -2,16 +2,17 @@
 #ifndef KXINFO_TESTS_PLATFORM_GIGE_SUPPORT_H
 #define KXINFO_TESTS_PLATFORM_GIGE_SUPPORT_H
 
-#include <arpa/inet.h>
 #include <gmock/gmock.h>
 
-#include <chrono>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "GenApi/GenApi.h"
+#include "device.h"
 #include "gevapi.h"
 #include "kxgige.h"
-#include "scripted_camera.h"
+#include "timing.h"
 
 /** A GenICam description with \p nodes, of schema version 1.\p minor; registers are at "Device". */
 inline std::string descriptionOf(const std::string &nodes, int minor = 1) {
@@ -45,7 +46,7 @@ inline std::string intReg(const std::string &name, const std::string &address,
 /** A record as discovery makes it, of a camera found from 127.0.0.1. */
 inline GEV_CAMERA_INFO recordOf(const std::string &address) {
     GEV_CAMERA_INFO info{};
-    info.ipAddr = ntohl(inet_addr(address.c_str()));
+    info.ipAddr = addressOf(address);
     info.hostIpAddr = INADDR_LOOPBACK;
     return info;
 }
@@ -63,16 +64,38 @@ std::string raisedBy(Call call) {
     return "no exception";
 }
 
-class Stopwatch {
+/** A camera with registers, and a description of them. */
+class ScriptedCamera : public Device {
 public:
-    std::chrono::milliseconds elapsed() const {
-        return std::chrono::duration_cast<std::chrono::milliseconds>(
-            std::chrono::steady_clock::now() - start_);
+    explicit ScriptedCamera(const std::string &address, const Identity &identity = Identity())
+        : Device(address, identity) {
+        set(peer::kCapability, 3);            // writing memory, several registers at once
+        set(peer::kHeartbeatTimeout, 60'000); // which no computer is too busy for
     }
 
-private:
-    std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
+    /** Which commands have come, and for what; not discovery, heartbeats and repetitions. */
+    std::vector<std::pair<uint16_t, uint32_t>> accesses() const {
+        std::vector<std::pair<uint16_t, uint32_t>> found;
+        for (const Received &each : received()) {
+            if (each.number && !each.repeated &&
+                !each.is(peer::ReadRegister, peer::kControlPrivilege))
+                found.emplace_back(each.command, each.word(0));
+        }
+        return found;
+    }
+
+    uint32_t controlPrivilege() const { return get(peer::kControlPrivilege); }
 };
+
+inline auto reading(uint32_t address) {
+    return testing::Pair(peer::ReadMemory, address);
+}
+inline auto readingByCommand(uint32_t address) {
+    return testing::Pair(peer::ReadRegister, address);
+}
+inline auto writing(uint32_t address) {
+    return testing::Pair(peer::WriteMemory, address);
+}
 
 /** A scripted camera at 127.0.0.2 that the platform has opened in control mode. */
 class OpenedCamera : public testing::Test {
@@ -84,9 +107,9 @@ protected:
     /** Opened, and found to have its registers in memory as described. */
     void open(const std::string &nodes, GevAccessMode mode = GevControlMode, int schemaMinor = 1) {
         openFresh(nodes + intReg("Telling", "0xf00"), mode, schemaMinor);
-        camera.setRegister(0xf00, 1);
+        camera.set(0xf00, 1);
         ASSERT_EQ(1, integer("Telling").GetValue());
-        camera.clearAccesses();
+        camera.forget();
     }
 
     void openFresh(const std::string &nodes, GevAccessMode mode = GevControlMode,
@@ -96,7 +119,7 @@ protected:
         ASSERT_EQ(GEVLIB_OK, GevOpenCamera(&info, mode, &handle));
         map = static_cast<GenApi_3_0::CNodeMapRef *>(GevGetFeatureNodeMap(handle));
         ASSERT_NE(nullptr, map);
-        camera.clearAccesses();
+        camera.forget();
     }
 
     GenApi_3_0::INode *node(const char *name) const { return map->_GetNode(name); }

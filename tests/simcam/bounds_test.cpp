@@ -1,17 +1,13 @@
 // What a virtual camera keeps of others, and how much of it at most.
 
-#include "client.h"
 #include "outbox.h"
-#include "process.h"
 #include "senders.h"
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
-
-#include <memory>
 
 namespace {
 
+using simcam::Bytes;
 using simcam::Clock;
 using simcam::Dispatch;
 using simcam::kMaxLate;
@@ -20,58 +16,52 @@ using simcam::kPendingInterval;
 using simcam::kPendingLimit;
 using simcam::Outbox;
 using std::chrono::milliseconds;
-using testing::HasSubstr;
 
-// A camera S1, and clients that each send one command and read its answer.
+// What they have sent last, which a camera and its watcher keep.
 class Senders : public testing::Test {
 protected:
-    Simcam camera{{"--camera", "S1@127.0.0.2", "--watch"}};
-    Client first;
-    std::vector<std::unique_ptr<Client>> others;
+    const Clock::time_point start{};
+    simcam::LastPackets last;
 
-    void othersSend(std::size_t count, const std::string &command) {
-        for (std::size_t i = 0; i < count; ++i) {
-            others.push_back(std::make_unique<Client>());
-            others.back()->ask(command);
-            camera.nextLine();
-        }
+    static simcam::Endpoint sender(size_t number) {
+        return {0x7F000001, static_cast<uint16_t>(number)};
     }
-    std::string firstSends(const std::string &command) {
-        first.ask(command);
-        const std::string line = camera.nextLine();
-        return line.substr(line.find("->"));
+    bool isKnown(size_t number, const Bytes &packet, Clock::time_point now) const {
+        const Bytes *answer = last.answerTo(sender(number), packet, now);
+        return answer && *answer == Bytes{2};
     }
-    const std::string take = "42 01 0082 0008 0042 00000A00 00000002";
-    const std::string write = "42 01 0082 0008 0043 00010110 00000640";
-    const std::string read = "42 01 0080 0004 0001 00010110";
 };
 
-TEST_F(Senders, AreRememberedWithTheirWritesUpToAMaximum) {
-    firstSends(take);
-    othersSend(kMaxSenders - 1, write);
+TEST_F(Senders, AreRememberedUpToAMaximumBeyondWhichTheOldestIsForgotten) {
+    for (size_t i = 1; i <= kMaxSenders; ++i)
+        last.keep(sender(i), {1}, {2}, start + milliseconds(i));
+    const auto now = start + milliseconds(kMaxSenders + 1);
 
-    EXPECT_EQ("-> ok, repeated", firstSends(take));
+    EXPECT_TRUE(isKnown(1, {1}, now));
+    last.keep(sender(2), {1}, {2}, now); // no more of them
+    EXPECT_TRUE(isKnown(1, {1}, now));
+    last.keep(sender(kMaxSenders + 1), {1}, {2}, now);
+    EXPECT_FALSE(isKnown(1, {1}, now));
+    EXPECT_TRUE(isKnown(2, {1}, now));
+    EXPECT_TRUE(isKnown(3, {1}, now));
 }
 
-TEST_F(Senders, BeyondItTheOldestIsForgottenWithItsWrite) {
-    firstSends(take);
-    othersSend(kMaxSenders, write);
+TEST_F(Senders, AreRememberedWithTheirLastPacketIfItIsNoLargerThanACommand) {
+    const Bytes largest(548, 1), larger(549, 1);
+    last.keep(sender(1), largest, {2}, start);
+    EXPECT_TRUE(isKnown(1, largest, start));
+    EXPECT_FALSE(isKnown(1, {1}, start));
 
-    EXPECT_EQ("-> ok", firstSends(take));
+    last.keep(sender(1), larger, {2}, start);
+    EXPECT_FALSE(isKnown(1, larger, start));
+    EXPECT_FALSE(isKnown(1, largest, start)) << "it is not the last any more";
 }
 
-TEST_F(Senders, AreRememberedByTheWatcherUpToAMaximum) {
-    firstSends(read);
-    othersSend(kMaxSenders - 1, read);
+TEST_F(Senders, AreRememberedForFiveSeconds) {
+    last.keep(sender(1), {1}, {2}, start);
 
-    EXPECT_EQ("-> ok, retransmitted", firstSends(read));
-}
-
-TEST_F(Senders, BeyondItTheOldestIsForgottenByTheWatcher) {
-    firstSends(read);
-    othersSend(kMaxSenders, read);
-
-    EXPECT_EQ("-> ok", firstSends(read));
+    EXPECT_TRUE(isKnown(1, {1}, start + milliseconds(5000)));
+    EXPECT_FALSE(isKnown(1, {1}, start + milliseconds(5001)));
 }
 
 class Late : public testing::Test {
@@ -80,12 +70,12 @@ protected:
     const Clock::time_point start{};
     Outbox outbox;
 
-    void add(std::size_t count, milliseconds delay, bool isPendingAgain = false) {
-        for (std::size_t i = 0; i < count; ++i)
+    void add(size_t count, milliseconds delay, bool isPendingAgain = false) {
+        for (size_t i = 0; i < count; ++i)
             outbox.add(0, client, {Dispatch{{0x00}, delay, false, isPendingAgain}}, start);
     }
-    std::size_t taken(Clock::time_point now) {
-        std::size_t count = 0;
+    size_t taken(Clock::time_point now) {
+        size_t count = 0;
         while (outbox.take(now))
             ++count;
         return count;

@@ -13,31 +13,31 @@
 
 namespace {
 
-constexpr int kPatienceMs = 5'000;
-constexpr std::uint16_t kCameraPort = 3956;
-constexpr std::uint32_t kBlock = 536;
+constexpr int kPatienceMs = 30'000;
+constexpr uint16_t kCameraPort = 3956;
+constexpr uint32_t kBlock = 536;
 
 std::string bytesOf(const std::string &text) {
     std::string digits;
     std::copy_if(text.begin(), text.end(), std::back_inserter(digits),
                  [](unsigned char c) { return std::isxdigit(c) != 0; });
     std::string bytes;
-    for (std::size_t i = 0; i + 1 < digits.size(); i += 2)
+    for (size_t i = 0; i + 1 < digits.size(); i += 2)
         bytes.push_back(static_cast<char>(std::stoi(digits.substr(i, 2), nullptr, 16)));
     return bytes;
 }
 
 std::string digitsOf(const std::string &bytes) {
     std::string text;
-    for (std::size_t i = 0; i < bytes.size(); ++i) {
+    for (size_t i = 0; i < bytes.size(); ++i) {
         if (i == 2 || i == 4 || i == 6 || i == 8)
             text += ' ';
-        text += hex(static_cast<std::uint8_t>(bytes[i]), 2);
+        text += hex(static_cast<uint8_t>(bytes[i]), 2);
     }
     return text;
 }
 
-sockaddr_in at(const char *address, std::uint16_t port) {
+sockaddr_in at(const char *address, uint16_t port) {
     sockaddr_in to{};
     to.sin_family = AF_INET;
     to.sin_port = htons(port);
@@ -47,18 +47,18 @@ sockaddr_in at(const char *address, std::uint16_t port) {
 
 } // namespace
 
-std::string hex(std::uint32_t value, int digits) {
+std::string hex(uint32_t value, int digits) {
     char text[16];
     std::snprintf(text, sizeof text, "%0*X", digits, value);
     return text;
 }
 
-std::string hexText(const std::string &text, std::size_t size) {
+std::string hexText(const std::string &text, size_t size) {
     std::string bytes = text;
     bytes.resize(size);
     std::string digits;
     for (const char c : bytes)
-        digits += hex(static_cast<std::uint8_t>(c), 2);
+        digits += hex(static_cast<uint8_t>(c), 2);
     return digits;
 }
 
@@ -74,7 +74,7 @@ Client::~Client() {
     close(socket_);
 }
 
-std::uint16_t Client::port() const {
+uint16_t Client::port() const {
     sockaddr_in own{};
     socklen_t length = sizeof own;
     getsockname(socket_, reinterpret_cast<sockaddr *>(&own), &length);
@@ -111,7 +111,7 @@ Client::Answer Client::receive() {
     char address[INET_ADDRSTRLEN];
     inet_ntop(AF_INET, &from.sin_addr, address, sizeof address);
     return {std::string(address) + ":" + std::to_string(ntohs(from.sin_port)),
-            digitsOf(std::string(buffer, static_cast<std::size_t>(size)))};
+            digitsOf(std::string(buffer, static_cast<size_t>(size)))};
 }
 
 std::string Client::ask(const std::string &packet) {
@@ -124,24 +124,24 @@ bool Client::isIgnored(const std::string &packet) {
     return ask("42 01 0002 0000 FFFE").substr(0, 19) == "0000 0003 00F8 FFFE";
 }
 
-std::string Client::write(std::uint32_t address, std::uint32_t value) {
+std::string Client::write(uint32_t address, uint32_t value) {
     const std::string request = hex(++request_, 4);
     const std::string answer = ask("42 01 0082 0008" + request + hex(address, 8) + hex(value, 8));
     EXPECT_EQ(request, answer.size() < 19 ? answer : answer.substr(15, 4));
     return answer.substr(0, 4);
 }
 
-std::string Client::read(std::uint32_t address) {
+std::string Client::read(uint32_t address) {
     const std::string request = hex(++request_, 4);
     const std::string answer = ask("42 01 0080 0004" + request + hex(address, 8));
     EXPECT_EQ(request, answer.size() < 19 ? answer : answer.substr(15, 4));
     return answer.size() > 20 ? answer.substr(20) : answer.substr(0, 4);
 }
 
-std::string Client::memory(std::uint32_t address, std::uint32_t size) {
+std::string Client::memory(uint32_t address, uint32_t size) {
     std::string digits;
-    for (std::uint32_t done = 0; done < size; done += kBlock) {
-        const std::uint32_t block = (std::min(kBlock, size - done) + 3) & ~3u;
+    for (uint32_t done = 0; done < size; done += kBlock) {
+        const uint32_t block = (std::min(kBlock, size - done) + 3) & ~3u;
         const std::string request = hex(++request_, 4);
         const std::string header = "0000 0085 " + hex(block + 4, 4) + " " + request + " ";
         const std::string answer =

@@ -1,4 +1,5 @@
-#pragma once
+#ifndef KXINFO_TESTS_SIMCAM_CLIENT_H
+#define KXINFO_TESTS_SIMCAM_CLIENT_H
 
 #include <cstdint>
 #include <string>
@@ -19,7 +20,7 @@ public:
     Client(const Client &) = delete;
     Client &operator=(const Client &) = delete;
 
-    std::uint16_t port() const;
+    uint16_t port() const;
 
     void send(const std::string &packet);
     void broadcast(const std::string &packet);
@@ -28,7 +29,7 @@ public:
         std::string from; // "127.0.0.2:3956"
         std::string packet;
     };
-    /// The next packet that comes in, or an empty answer when none has come within five seconds.
+    /// The next packet that comes in, or an empty answer when none has come within half a minute.
     Answer receive();
 
     /// send(), then the packet that comes in next; "" when none does.
@@ -39,22 +40,24 @@ public:
     bool isIgnored(const std::string &packet);
 
     /// One WRITEREG or READREG, each with a request number of its own.
-    std::string write(std::uint32_t address, std::uint32_t value);
-    std::string read(std::uint32_t address);
+    std::string write(uint32_t address, uint32_t value);
+    std::string read(uint32_t address);
 
     /// The bytes [address, address + size) as READMEM gives them, block by block.
-    std::string memory(std::uint32_t address, std::uint32_t size);
+    std::string memory(uint32_t address, uint32_t size);
 
 private:
     void sendTo(const char *address, const std::string &packet);
 
     int socket_;
     std::string camera_;
-    std::uint16_t request_ = 0x1000;
+    uint16_t request_ = 0x1000;
 };
 
 /// A number in so many hexadecimal digits: hex(10, 4) is "000A".
-std::string hex(std::uint32_t value, int digits);
+std::string hex(uint32_t value, int digits);
 
 /// The bytes of a text, filled up with zeros, as hexadecimal digits.
-std::string hexText(const std::string &text, std::size_t size);
+std::string hexText(const std::string &text, size_t size);
+
+#endif

@@ -27,28 +27,14 @@ TEST_F(Discovery, AnswersWithTheIdentityOfTheCamera) {
               client.ask("42 01 0002 0000 0001"));
 }
 
-TEST_F(Discovery, ShowsTheUserDefinedNameThatWasGiven) {
+TEST_F(Discovery, IsAnsweredOutsideOfAnyControlWithTheNameThatAUserGave) {
     takeControl();
     client.ask("42 01 0086 0014 0001 000000E8" + hexText("left door", 16));
-
-    EXPECT_EQ(hexText("left door", 16), client.ask("42 01 0002 0000 0002").substr(20 + 2 * 0xE8));
-}
-
-TEST_F(Discovery, IsAnsweredOutsideOfAnyControl) {
-    takeControl();
     Client other;
 
-    EXPECT_EQ("0000 0003 00F8 0001", other.ask("42 01 0002 0000 0001").substr(0, 19));
-}
-
-TEST_F(Discovery, AllowingBroadcastAnswersChangesNothing) {
-    EXPECT_EQ("0000 0003 00F8 0001", client.ask("42 11 0002 0000 0001").substr(0, 19));
-}
-
-TEST_F(Discovery, BroadcastIsAnsweredFromTheCamerasOwnAddress) {
-    client.broadcast("42 01 0002 0000 0001");
-
-    EXPECT_EQ("127.0.0.2:3956", client.receive().from);
+    EXPECT_EQ(hexText("left door", 16), other.ask("42 01 0002 0000 0002").substr(20 + 2 * 0xE8));
+    EXPECT_EQ("0000 0003 00F8 0001", other.ask("42 11 0002 0000 0001").substr(0, 19))
+        << "also to who allows broadcast answers";
 }
 
 TEST_F(Discovery, BroadcastReachesEveryCameraOfEveryProgram) {
@@ -87,22 +73,12 @@ std::string forceIp(const std::string &mac, const std::string &address) {
            "FF000000" + hexText("", 12) + "00000000";
 }
 
-TEST_F(Discovery, ForceIpForAnotherCameraIsIgnored) {
-    EXPECT_TRUE(client.isIgnored(forceIp("0200 7F000003", "7F000003")));
-}
-
-TEST_F(Discovery, ForceIpMayConfirmTheAddressOrLeaveItToTheCamera) {
+TEST_F(Discovery, ForceIpMayConfirmTheAddressOrLeaveItToTheCameraAndNothingElse) {
+    EXPECT_TRUE(client.isIgnored(forceIp("0200 7F000003", "7F000003"))) << "it is for another";
     EXPECT_EQ("0000 0005 0000 0009", client.ask(forceIp("0200 7F000002", "7F000002")));
     EXPECT_EQ("0000 0005 0000 0009", client.ask(forceIp("0200 7F000002", "00000000")));
-}
-
-TEST_F(Discovery, ForceIpCannotGiveAnotherAddress) {
     EXPECT_EQ("8001 0005 0000 0009", client.ask(forceIp("0200 7F000002", "7F000009")));
-}
-
-TEST_F(Discovery, ForceIpIsRefusedWhileTheCameraIsControlled) {
     takeControl();
-
     EXPECT_EQ("8006 0005 0000 0009", client.ask(forceIp("0200 7F000002", "7F000002")));
 }
 

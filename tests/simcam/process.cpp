@@ -13,7 +13,7 @@
 
 namespace {
 
-constexpr int kPatienceMs = 10'000;
+constexpr int kPatienceMs = 60'000;
 
 void closePipe(int &fd) {
     if (fd >= 0)
@@ -65,7 +65,7 @@ bool Process::readMore() {
         char buffer[4096];
         const ssize_t size = read(fd, buffer, sizeof buffer);
         if (size > 0)
-            to.append(buffer, static_cast<std::size_t>(size));
+            to.append(buffer, static_cast<size_t>(size));
         else
             closePipe(fd);
     };
@@ -81,7 +81,7 @@ std::string Process::nextLine() {
         if (out_ < 0 || !readMore())
             return "";
     }
-    const std::size_t end = output_.find('\n');
+    const size_t end = output_.find('\n');
     const std::string line = output_.substr(0, end);
     output_.erase(0, end + 1);
     return line;

@@ -1,4 +1,5 @@
-#pragma once
+#ifndef KXINFO_TESTS_SIMCAM_PROCESS_H
+#define KXINFO_TESTS_SIMCAM_PROCESS_H
 
 #include <csignal>
 #include <string>
@@ -13,13 +14,13 @@ public:
     Process(const Process &) = delete;
     Process &operator=(const Process &) = delete;
 
-    /// The next line of standard output without its end, or "" when none has come within ten
-    /// seconds or the output has ended.
+    /// The next line of standard output without its end, or "" when none has come within a
+    /// minute or the output has ended.
     std::string nextLine();
 
     void signal(int number) const;
 
-    /// What the process did until it ended by itself: it has ten seconds for it.
+    /// What the process did until it ended by itself: it has a minute for it.
     struct End {
         int status = -1; // of exit(), -1 when a signal or the test ended it
         std::string output;
@@ -28,7 +29,7 @@ public:
     End wait();
 
 private:
-    bool readMore(); // false: both outputs have ended or nothing has come for ten seconds
+    bool readMore(); // false: both outputs have ended or nothing has come for a minute
 
     pid_t pid_ = -1;
     int out_ = -1;
@@ -72,3 +73,5 @@ private:
 };
 
 std::string readFile(const std::string &path);
+
+#endif

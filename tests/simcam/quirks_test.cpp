@@ -1,16 +1,9 @@
-#include "client.h"
-#include "process.h"
-
-#include <gtest/gtest.h>
+#include "camera_test.h"
 
 namespace {
 
-constexpr std::uint32_t kDeviceMode = 0x0004;
-constexpr std::uint32_t kFirstUrl = 0x0200;
-constexpr std::uint32_t kSecondUrl = 0x0400;
-constexpr std::uint32_t kCapability = 0x0934;
-constexpr std::uint32_t kControlPrivilege = 0x0A00;
-constexpr std::uint32_t kWidth = 0x00010110;
+constexpr uint32_t kFirstUrl = 0x0200;
+constexpr uint32_t kSecondUrl = 0x0400;
 
 std::vector<std::string> serving(std::vector<std::string> options) {
     options.insert(options.end(), {"--camera", "S1@127.0.0.2"});
@@ -21,33 +14,23 @@ std::vector<std::string> serving(std::vector<std::string> options) {
 class LittleEndian : public testing::Test {
 protected:
     const TemporaryFolder folder;
-    const std::string model = folder.file("m.xml", R"(<RegisterDescription>
-        <IntReg Name="Integer"><Extension><Initial>0x01020304</Initial></Extension>
-          <Address>0x10000</Address><Length>4</Length><AccessMode>RW</AccessMode>
-          <Endianess>BigEndian</Endianess></IntReg>
-        <FloatReg Name="Float"><Extension><Initial>1.5</Initial></Extension>
-          <Address>0x10004</Address><Length>4</Length><AccessMode>RW</AccessMode>
-          <Endianess>BigEndian</Endianess></FloatReg>
-        <IntReg Name="Little"><Extension><Initial>0x01020304</Initial></Extension>
-          <Address>0x10008</Address><Length>4</Length><Endianess>LittleEndian</Endianess></IntReg>
-        <IntReg Name="Long"><Extension><Initial>0x01020304</Initial></Extension>
-          <Address>0x1000C</Address><Length>8</Length><Endianess>BigEndian</Endianess></IntReg>
-        <StringReg Name="Text"><Extension><Initial>abcd</Initial></Extension>
-          <Address>0x10014</Address><Length>4</Length></StringReg>
-        <Register Name="Block"><Address>0x10018</Address><Length>4</Length>
-          <AccessMode>RW</AccessMode></Register>
-        <IntReg Name="Table"><Extension><Initial>1</Initial><Initial>2</Initial></Extension>
-          <Address>0x10100</Address><pIndex Offset="4">Integer</pIndex><Length>4</Length>
-          <Endianess>BigEndian</Endianess></IntReg>
-        <IntReg Name="Heartbeat"><Address>0x938</Address><Length>4</Length>
-          <Endianess>BigEndian</Endianess></IntReg></RegisterDescription>)");
+    const std::string file = folder.file("m.xml", model(R"(
+        IntReg Integer Address=0x10000 AccessMode=RW Initial=0x01020304
+        FloatReg Float Address=0x10004 AccessMode=RW Initial=1.5
+        IntReg Little Address=0x10008 Endianess=LittleEndian Initial=0x01020304
+        IntReg Long Address=0x1000C Length=8 Initial=0x01020304
+        StringReg Text Address=0x10014 Initial=abcd
+        Register Block Address=0x10018 AccessMode=RW
+        IntReg Table Address=0x10100 pIndex@4=Integer Initial=1 Initial=2
+        IntReg Heartbeat Address=0x938
+    )"));
     Client client;
 
     std::vector<std::string> options(std::vector<std::string> more = {}) const {
-        more.insert(more.begin(), {"--description", model, "--little-endian"});
+        more.insert(more.begin(), {"--description", file, "--little-endian"});
         return serving(more);
     }
-    std::string block(std::uint32_t address, std::uint32_t size) {
+    std::string block(uint32_t address, uint32_t size) {
         return client.ask("42 01 0084 0008 0001" + hex(address, 8) + hex(size, 8)).substr(28);
     }
 };
@@ -55,63 +38,35 @@ protected:
 TEST_F(LittleEndian, NumbersOfFourBytesAreTurnedInMemoryAndNotInRegisters) {
     const Simcam camera(options());
 
-    EXPECT_EQ("04030201"
-              "0000C03F"
-              "04030201"
-              "0000000001020304"
-              "61626364"
-              "00000000",
-              block(0x10000, 28));
-    EXPECT_EQ("0000 0081 001C 0002 "
-              "01020304"
-              "3FC00000"
-              "04030201"
-              "0000000001020304"
-              "61626364"
-              "00000000",
-              client.ask("42 01 0080 001C 0002 00010000 00010004 00010008 0001000C 00010010"
-                         "00010014 00010018"));
+    converse(R"(
+        42 01 0084 0008 0001 00010000 0000 001C = 0000 0085 0020 0001 00010000040302010000C03F0403020100000000010203046162636400000000
+        42 01 0080 0014 0002 00010000 00010004 00010008 0001000C 00010010 = 0000 0081 0014 0002 010203043FC00000040302010000000001020304
+        42 01 0080 0008 0002 00010014 00010018 = 0000 0081 0008 0002 6162636400000000
+        # Each cell behind a selector.
+        42 01 0084 0008 0001 00010100 0000 0008 = 0000 0085 000C 0001 000101000100000002000000
+        42 01 0084 0008 0001 00010104 0000 0004 = 0000 0085 0008 0001 0001010402000000
+        read 10104 = 00000002
+        # What is written one way is read the other; blocks stay as they are.
+        write 0A00 2 = 0000
+        42 01 0086 0008 0001 00010000 2A000000 = 0000 0087 0004 0001 00000004
+        read 10000 = 0000002A
+        write 10000 0B0C0D0E = 0000
+        42 01 0084 0008 0001 00010000 0000 0004 = 0000 0085 0008 0001 000100000E0D0C0B
+        42 01 0086 0008 0001 00010018 2A000000 = 0000 0087 0004 0001 00000004
+        read 10018 = 2A000000
+        # The standard's registers stay as they are.
+        42 01 0084 0008 0001 00000938 0000 0004 = 0000 0085 0008 0001 0000093800000BB8
+    )");
+    EXPECT_EQ(readFile(file), client.memory(0xF0000000, uint32_t(readFile(file).size())));
 }
 
-TEST_F(LittleEndian, EachCellBehindASelectorIsTurned) {
-    const Simcam camera(options());
-
-    EXPECT_EQ("0100000002000000", block(0x10100, 8));
-    EXPECT_EQ("02000000", block(0x10104, 4));
-    EXPECT_EQ("00000002", client.read(0x10104));
-}
-
-TEST_F(LittleEndian, WhatIsWrittenOneWayIsReadTheOther) {
-    const Simcam camera(options({"--snapshot", folder.path()}));
-    client.write(kControlPrivilege, 2);
-
-    EXPECT_EQ("0000 0087 0004 0001 00000004", client.ask("42 01 0086 0008 0001 00010000 2A000000"));
-    EXPECT_EQ("0000002A", client.read(0x10000));
-    EXPECT_EQ("0000", client.write(0x10000, 0x0B0C0D0E));
-    EXPECT_EQ("0E0D0C0B", block(0x10000, 4));
-    EXPECT_EQ("0000 0087 0004 0001 00000004", client.ask("42 01 0086 0008 0001 00010018 2A000000"));
-    EXPECT_EQ("2A000000", client.read(0x10018));
-}
-
-TEST_F(LittleEndian, RegistersOfTheStandardStayAsTheyAre) {
-    const Simcam camera(options());
-
-    EXPECT_EQ("00000BB8", block(0x938, 4));
-    EXPECT_EQ(readFile(model), client.memory(0xF0000000, std::uint32_t(readFile(model).size())));
-}
-
-TEST_F(LittleEndian, IsToldByTheDeviceMode) {
-    Simcam camera(
-        {"--little-endian", "S1", "--camera", "S1@127.0.0.2", "--camera", "S2@127.0.0.3"});
-    Client other("127.0.0.3");
-
-    EXPECT_EQ("00000001", client.read(kDeviceMode));
-    EXPECT_EQ("0000 0003 00F8 0001 0001000200000001",
-              client.ask("42 01 0002 0000 0001").substr(0, 36));
-    EXPECT_EQ("80000001", other.read(kDeviceMode));
-    EXPECT_EQ("90070000", block(kWidth, 4));
-    EXPECT_EQ("0000 0085 0008 0001 0001011000000790",
-              other.ask("42 01 0084 0008 0001 00010110 00000004"));
+TEST(LittleEndianCamera, IsToldByTheDeviceMode) {
+    served("--little-endian S1", R"(
+        read 0004 = 00000001
+        B3: read 0004 = 80000001
+        42 01 0084 0008 0001 00010110 0000 0004 = 0000 0085 0008 0001 0001011090070000
+        B3: 42 01 0084 0008 0001 00010110 0000 0004 = 0000 0085 0008 0001 0001011000000790
+    )");
 }
 
 TEST_F(LittleEndian, StartingValuesAndWhatIsWatchedAreNumbers) {
@@ -125,7 +80,7 @@ TEST_F(LittleEndian, StartingValuesAndWhatIsWatchedAreNumbers) {
 }
 
 // The text of a URL's register up to its end, which NULs fill.
-std::string urlAt(Client &client, std::uint32_t address) {
+std::string urlAt(Client &client, uint32_t address) {
     const std::string bytes = client.memory(address, 512);
     const std::string text = bytes.c_str();
     EXPECT_EQ(std::string(512 - text.size(), '\0'), bytes.substr(text.size()));
@@ -144,86 +99,60 @@ TEST(Url, MayBeAnyTextOrNone) {
     }
 }
 
-TEST(Url, OfOneRegisterLeavesTheOtherAsItIs) {
-    const auto urls = [](const std::vector<std::string> &options) {
-        const Simcam camera(serving(options));
-        Client client;
+TEST(Url, OfOneRegisterLeavesTheOtherAsItIsAndHoldsForTheCamerasThatFollow) {
+    const Simcam cameras({"--camera", "S1@127.0.0.2", "--first-url", "x", "--camera",
+                          "S2@127.0.0.3", "--camera", "S3@127.0.0.4", "--second-url", "y",
+                          "--camera", "S4@127.0.0.5"});
+    const auto urls = [](const char *address) {
+        Client client(address);
         return std::make_pair(urlAt(client, kFirstUrl), urlAt(client, kSecondUrl));
     };
-    const auto usual = urls({});
+    const std::string usual = urls("127.0.0.2").second;
 
-    EXPECT_EQ(std::make_pair(std::string("x"), usual.second), urls({"--first-url", "x"}));
-    EXPECT_EQ(std::make_pair(usual.first, std::string("x")), urls({"--second-url", "x"}));
-    EXPECT_EQ(std::make_pair(std::string("x"), usual.first), urls({"--plain", "--first-url", "x"}));
+    EXPECT_EQ("Local:", usual.substr(0, 6));
+    EXPECT_NE("x", urls("127.0.0.2").first);
+    EXPECT_EQ(std::make_pair(std::string("x"), usual), urls("127.0.0.3"));
+    EXPECT_EQ(std::make_pair(std::string("x"), usual), urls("127.0.0.4"));
+    EXPECT_EQ(std::make_pair(std::string("x"), std::string("y")), urls("127.0.0.5"));
 }
 
-TEST(Url, HoldsForTheCamerasThatFollow) {
-    const Simcam camera({"--camera", "S1@127.0.0.2", "--first-url", "x", "--camera", "S2@127.0.0.3",
-                         "--camera", "S3@127.0.0.4"});
-    Client first, second("127.0.0.3"), third("127.0.0.4");
-
-    EXPECT_NE("x", urlAt(first, kFirstUrl));
-    EXPECT_EQ("x", urlAt(second, kFirstUrl));
-    EXPECT_EQ("x", urlAt(third, kFirstUrl));
-}
-
-class NoCapability : public testing::Test {
-protected:
-    Client client;
-
-    Simcam lacking(const std::string &names) { return Simcam(serving({"--no-capability", names})); }
-};
-
-TEST_F(NoCapability, OfConcatenationTakesOneRegisterAtATime) {
-    const Simcam camera = lacking("concatenation");
-
-    EXPECT_EQ("C8000002", client.read(kCapability));
-    EXPECT_EQ("8002 0081 0000 0001", client.ask("42 01 0080 0008 0001 00010110 00010114"));
-    EXPECT_EQ("0000", client.write(kControlPrivilege, 2));
-    EXPECT_EQ("8002 0083 0000 0001",
-              client.ask("42 01 0082 0010 0001 00010110 00000640 00010114 00000200"));
-    EXPECT_EQ("00000790", client.read(kWidth));
-    EXPECT_EQ("0000", client.write(kWidth, 0x640));
-}
-
-TEST_F(NoCapability, OfWritememKnowsNoSuchCommand) {
-    const Simcam camera = lacking("writemem");
-
-    EXPECT_EQ("C8000001", client.read(kCapability));
-    EXPECT_EQ("0000", client.write(kControlPrivilege, 2));
-    EXPECT_EQ("8001 0087 0000 0001", client.ask("42 01 0086 0008 0001 000000E8 41000000"));
-    EXPECT_EQ("00000000", client.read(0xE8));
-}
-
-TEST_F(NoCapability, OfThePrimaryApplicationHidesWhoHasControl) {
-    const Simcam camera = lacking("primary-application");
-
-    EXPECT_EQ("C0000003", client.read(kCapability));
-    EXPECT_EQ("0000", client.write(kControlPrivilege, 2));
-    EXPECT_EQ("8003", client.read(0x0A04));
-    EXPECT_EQ("8003", client.read(0x0A14));
-    EXPECT_EQ("00000002", client.read(kControlPrivilege));
-    EXPECT_EQ("0000", client.write(kControlPrivilege, 0));
-}
-
-TEST_F(NoCapability, OfAUserDefinedNameHasNone) {
-    const Simcam camera = lacking("user-defined-name");
-
-    EXPECT_EQ("48000003", client.read(kCapability));
-    EXPECT_EQ("0000", client.write(kControlPrivilege, 2));
-    EXPECT_EQ("8003 0085 0000 0001", client.ask("42 01 0084 0008 0001 000000E8 00000010"));
-    EXPECT_EQ("8003 0087 0004 0001 00000000", client.ask("42 01 0086 0008 0001 000000E8 41000000"));
-    EXPECT_EQ("53310000", client.read(0xD8)) << "it has a serial number all the same";
-}
-
-TEST_F(NoCapability, MayBeOfSeveralAndOfOneCamera) {
-    const Simcam camera({"--no-capability", "S1:writemem,concatenation,user-defined-name",
-                         "--no-capability", "primary-application", "--camera", "S1@127.0.0.2",
-                         "--camera", "S2@127.0.0.3"});
-    Client other("127.0.0.3");
-
-    EXPECT_EQ("48000000", client.read(kCapability));
-    EXPECT_EQ("C0000003", other.read(kCapability));
+// The bits of the capability register, and what is answered without what they promise.
+TEST(NoCapability, LacksWhatItsBitPromises) {
+    served("--no-capability concatenation", R"(
+        read 0934 = C8000002
+        42 01 0080 0008 0001 00010110 00010114 = 8002 0081 0000 0001
+        write 0A00 2 = 0000
+        42 01 0082 0010 0001 00010110 00000640 00010114 00000200 = 8002 0083 0000 0001
+        read 10110 = 00000790
+        write 10110 640 = 0000
+    )");
+    served("--no-capability writemem", R"(
+        read 0934 = C8000001
+        write 0A00 2 = 0000
+        42 01 0086 0008 0001 000000E8 41000000 = 8001 0087 0000 0001
+        read 00E8 = 00000000
+    )");
+    served("--no-capability primary-application", R"(
+        read 0934 = C0000003
+        write 0A00 2 = 0000
+        read 0A04 = 8003
+        read 0A14 = 8003
+        read 0A00 = 00000002
+        write 0A00 0 = 0000
+    )");
+    served("--no-capability user-defined-name", R"(
+        read 0934 = 48000003
+        write 0A00 2 = 0000
+        42 01 0084 0008 0001 000000E8 00000010 = 8003 0085 0000 0001
+        42 01 0086 0008 0001 000000E8 41000000 = 8003 0087 0004 0001 00000000
+        read 00D8 = 53310000 # it has a serial number all the same
+    )");
+    served("--no-capability S1:writemem,concatenation,user-defined-name "
+           "--no-capability primary-application",
+           R"(
+        read 0934 = 48000000
+        B3: read 0934 = C0000003
+    )");
 }
 
 } // namespace

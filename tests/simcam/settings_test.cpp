@@ -1,5 +1,4 @@
-#include "client.h"
-#include "process.h"
+#include "camera_test.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -44,29 +43,18 @@ TEST(Set, BehindASelectorMeansWhatIsSelectedAtThatMoment) {
               HasSubstr("\nLUTValue[Blue][17] = 99\n")));
 }
 
-TEST(Set, HoldsForAllCamerasOrForOne) {
-    const Simcam camera({"--set", "S2:Width=320", "--set", "Height=400", "--camera", "S1@127.0.0.2",
-                         "--camera", "S2@127.0.0.3"});
-    Client first, second("127.0.0.3");
-
-    EXPECT_EQ("00000790", first.read(0x10110));
-    EXPECT_EQ("00000190", first.read(0x10114));
-    EXPECT_EQ("00000140", second.read(0x10110));
-    EXPECT_EQ("00000190", second.read(0x10114));
-}
-
-TEST(Set, InTheOrderGivenForAllAndForOne) {
+TEST(Set, HoldsForAllCamerasOrForOneInTheOrderGiven) {
+    served("--set S2:Width=320 --set Height=400 "
+           "--set GevHeartbeatTimeout=60000",
+           R"(
+        read 10110 = 00000790
+        read 10114 = 00000190
+        B3: read 10110 = 00000140
+        B3: read 10114 = 00000190
+        read 0938 = 0000EA60 # what clients may write of the standard's registers
+    )");
     EXPECT_THAT(startedWith({"--set", "S1:Width=320", "--set", "Width=640"}),
                 HasSubstr("\nWidth = 640\n"));
-}
-
-TEST(Set, GivesTheStandardsRegistersWhatClientsMayWrite) {
-    const Simcam camera({"--camera", "S1@127.0.0.2", "--set", "GevHeartbeatTimeout=60000", "--set",
-                         "GevSCPSPacketSize=1000"});
-    Client client;
-
-    EXPECT_EQ("0000EA60", client.read(0x938));
-    EXPECT_EQ("000003E8", client.read(0xD04));
 }
 
 class SetByAnyDescription : public testing::Test {
@@ -75,10 +63,8 @@ protected:
 
     std::vector<std::string> arguments(const std::string &nodes,
                                        const std::vector<std::string> &settings) const {
-        std::vector<std::string> all{
-            "--description",
-            folder.file("m.xml", "<RegisterDescription>" + nodes + "</RegisterDescription>"),
-            "--camera", "S1@127.0.0.2"};
+        std::vector<std::string> all{"--description", folder.file("m.xml", model(nodes)),
+                                     "--camera", "S1@127.0.0.2"};
         for (const std::string &setting : settings)
             all.insert(all.end(), {"--set", setting});
         return all;
@@ -95,161 +81,123 @@ protected:
 
 const std::string kHelp = "\nTry 'kxinfo-simcam --help'.\n";
 
-TEST_F(SetByAnyDescription, LeavesTheBitsBesideAFieldAsTheyAre) {
-    const Simcam camera(arguments(R"(
-        <Integer Name="High"><pValue>HighReg</pValue></Integer>
-        <MaskedIntReg Name="HighReg"><Extension><Initial>3</Initial></Extension>
-          <Address>0x10030</Address><Length>4</Length><LSB>3</LSB><MSB>0</MSB>
-          <Endianess>BigEndian</Endianess></MaskedIntReg>
-        <MaskedIntReg Name="Low"><Extension><Initial>1</Initial></Extension>
-          <Address>0x10030</Address><Length>4</Length><Bit>31</Bit>
-          <Endianess>BigEndian</Endianess></MaskedIntReg>)",
-                                  {"High=0xA"}));
-    Client client;
-
-    EXPECT_EQ("A0000001", client.read(0x10030));
-}
-
 TEST_F(SetByAnyDescription, FollowsValuesThroughNodesCopiesAndIndexes) {
-    const Simcam camera(arguments(R"(
-        <Float Name="Outer"><pValue>Inner</pValue><pValueCopy>Copy</pValueCopy></Float>
-        <Integer Name="Inner"><pValue>InnerReg</pValue></Integer>
-        <IntReg Name="InnerReg"><Address>0x10000</Address><Length>4</Length>
-          <Endianess>BigEndian</Endianess></IntReg>
-        <FloatReg Name="Copy"><Address>0x10004</Address><Length>4</Length>
-          <Endianess>BigEndian</Endianess></FloatReg>
-        <IntReg Name="Which"><Address>0x10008</Address><Length>4</Length>
-          <Endianess>BigEndian</Endianess></IntReg>
-        <Integer Name="Indexed"><pIndex>Which</pIndex>
-          <pValueIndexed Index="1">One</pValueIndexed><pValueDefault>Other</pValueDefault></Integer>
-        <IntReg Name="One"><Address>0x1000C</Address><Length>4</Length>
-          <Endianess>LittleEndian</Endianess></IntReg>
-        <IntReg Name="Other"><Address>0x10010</Address><Length>4</Length><Sign>Signed</Sign>
-          <Endianess>BigEndian</Endianess></IntReg>)",
-                                  {"Outer=2", "Indexed=-5", "Which=1", "Indexed=7"}));
-    Client client;
-
-    EXPECT_EQ("00000002", client.read(0x10000));
-    EXPECT_EQ("40000000", client.read(0x10004));
-    EXPECT_EQ("07000000", client.read(0x1000C));
-    EXPECT_EQ("FFFFFFFB", client.read(0x10010));
-}
-
-TEST_F(SetByAnyDescription, TakesABooleansOwnNumbers) {
-    const Simcam camera(arguments(R"(
-        <Boolean Name="B"><pValue>R</pValue><OnValue>7</OnValue><OffValue>5</OffValue></Boolean>
-        <IntReg Name="R"><Address>0x10000</Address><Length>4</Length>
-          <Endianess>BigEndian</Endianess></IntReg>
-        <Boolean Name="C"><pValue>S</pValue><OffValue>9</OffValue></Boolean>
-        <IntReg Name="S"><Address>0x10004</Address><Length>4</Length>
-          <Endianess>BigEndian</Endianess></IntReg>)",
-                                  {"B=true", "C=false"}));
-    Client client;
-
-    EXPECT_EQ("00000007", client.read(0x10000));
-    EXPECT_EQ("00000009", client.read(0x10004));
+    const Simcam camera(arguments(
+        R"(
+        Float Outer pValue=Inner pValueCopy=Copy
+        Integer Inner pValue=InnerReg
+        IntReg InnerReg Address=0x10000
+        FloatReg Copy Address=0x10004
+        IntReg Which Address=0x10008
+        Integer Indexed pIndex=Which pValueIndexed@1=One pValueDefault=Other
+        IntReg One Address=0x1000C Endianess=LittleEndian
+        IntReg Other Address=0x10010 Sign=Signed
+        Boolean Own pValue=OwnReg OnValue=7 OffValue=5
+        IntReg OwnReg Address=0x10014
+        Boolean Off pValue=OffReg OffValue=9
+        IntReg OffReg Address=0x10018
+        Integer High pValue=HighReg
+        MaskedIntReg HighReg Address=0x10030 LSB=3 MSB=0 Initial=3
+        MaskedIntReg Low Address=0x10030 Bit=31 Initial=1
+    )",
+        {"Outer=2", "Indexed=-5", "Which=1", "Indexed=7", "Own=true", "Off=false", "High=0xA"}));
+    converse(R"(
+        read 10000 = 00000002
+        read 10004 = 40000000
+        read 1000C = 07000000
+        read 10010 = FFFFFFFB
+        read 10014 = 00000007
+        read 10018 = 00000009
+        read 10030 = A0000001 # the bits beside a field stay as they are
+    )");
 }
 
 TEST_F(SetByAnyDescription, SaysWhyAFeatureHasNoRegisterForIt) {
-    const std::string reg = "<Address>0x10000</Address><Length>4</Length>";
-
-    EXPECT_EQ("it cannot be set: the camera has no register R, its place or length is computed." +
-                  kHelp,
-              refusal("<Integer Name=\"F\"><pValue>R</pValue></Integer>"
-                      "<IntReg Name=\"R\"><pAddress>X</pAddress><Length>4</Length></IntReg>",
-                      "F=1"));
-    EXPECT_EQ("it cannot be set: G is converted by a formula." + kHelp,
-              refusal("<Float Name=\"F\"><pValue>G</pValue></Float>"
-                      "<Converter Name=\"G\"><pValue>R</pValue></Converter>",
-                      "F=1"));
-    EXPECT_EQ("it cannot be set: the description goes round in circles at F." + kHelp,
-              refusal("<Integer Name=\"F\"><pValue>F</pValue></Integer>", "F=1"));
-    EXPECT_EQ("it cannot be set: the description goes round in circles at R." + kHelp,
-              refusal("<IntReg Name=\"R\">" + reg + "<pIndex>R</pIndex></IntReg>", "R=1"));
-    EXPECT_EQ("it cannot be set: S selects number 2, which the register R does not have." + kHelp,
-              refusal("<IntReg Name=\"R\">" + reg + "<pIndex>S</pIndex></IntReg>" +
-                          "<Integer Name=\"S\"><Value>2</Value></Integer>",
-                      "R=1"));
-    EXPECT_EQ("it cannot be set: R is a block of bytes." + kHelp,
-              refusal("<Register Name=\"R\">" + reg + "</Register>", "R=1"));
-    EXPECT_EQ("it cannot be set: its register R holds a text." + kHelp,
-              refusal("<Integer Name=\"F\"><pValue>R</pValue></Integer><StringReg Name=\"R\">" +
-                          reg + "</StringReg>",
-                      "F=1"));
-    EXPECT_EQ("it cannot be set: its register R holds a number." + kHelp,
-              refusal("<String Name=\"F\"><pValue>R</pValue></String><IntReg Name=\"R\">" + reg +
-                          "</IntReg>",
-                      "F=1"));
-    EXPECT_EQ("the description has no feature 'F'." + kHelp, refusal("", "F=1"));
+    const std::string integer = "IntReg R Address=0x10000";
+    struct Wrong {
+        std::string setting, nodes, sentence;
+    };
+    const Wrong wrong[] = {
+        {"F=1", "Integer F pValue=R\nIntReg R pAddress=X",
+         "it cannot be set: the camera has no register R, its place or length is computed."},
+        {"F=1", "Float F pValue=G\nConverter G pValue=R",
+         "it cannot be set: G is converted by a formula."},
+        {"R=1", integer + " pIndex=S\nInteger S Value=2",
+         "it cannot be set: S selects number 2, which the register R does not have."},
+        {"R=1", "Register R Address=0x10000", "it cannot be set: R is a block of bytes."},
+        {"F=1", "Integer F pValue=R\nStringReg R Address=0x10000",
+         "it cannot be set: its register R holds a text."},
+        {"F=1", "String F pValue=R\n" + integer,
+         "it cannot be set: its register R holds a number."},
+        {"R=-1", integer, "expected an integer that 32 bits hold, without a sign."},
+        {"R=0x100000000", integer, "expected an integer that 32 bits hold, without a sign."},
+        {"F=1.5", "Float F pValue=R\n" + integer,
+         "expected a whole number: its register R holds no other."},
+        {"R=1e39", "FloatReg R Address=0x10000", "expected a number that 32 bits hold."},
+        {"F=4", "Float F pValue=G\nFloat G pValue=R Max=3\n" + integer,
+         "expected a number of at most 3."},
+    };
+    for (const Wrong &each : wrong)
+        EXPECT_EQ(each.sentence + kHelp, refusal(each.nodes, each.setting));
 }
 
-TEST_F(SetByAnyDescription, RefusesWhatTheRegisterDoesNotHold) {
-    const std::string place = "<Address>0x10000</Address><Length>4</Length>";
-    const std::string reg = "<IntReg Name=\"R\">" + place + "</IntReg>";
-
-    EXPECT_EQ("expected an integer that 32 bits hold, without a sign." + kHelp,
-              refusal(reg, "R=-1"));
-    EXPECT_EQ("expected an integer that 32 bits hold, without a sign." + kHelp,
-              refusal(reg, "R=0x100000000"));
-    EXPECT_EQ("expected a whole number: its register R holds no other." + kHelp,
-              refusal("<Float Name=\"F\"><pValue>R</pValue></Float>" + reg, "F=1.5"));
-    EXPECT_EQ("expected a number that 32 bits hold." + kHelp,
-              refusal("<FloatReg Name=\"R\">" + place + "</FloatReg>", "R=1e39"));
-    EXPECT_EQ("expected a number of at most 3." + kHelp,
-              refusal("<Float Name=\"F\"><pValue>G</pValue></Float>"
-                      "<Float Name=\"G\"><pValue>R</pValue><Max>3</Max></Float>" +
-                          reg,
-                      "F=4"));
+// From both sides. Each feature has two copies in the next one: more ways than anybody can go.
+TEST_F(SetByAnyDescription, GoesThrough256NodesAtMost) {
+    const auto chain = [](int length, const std::string &address, const std::string &copy) {
+        std::string nodes = "IntReg F0 Address=" + address;
+        for (int i = 1; i < length; ++i) {
+            const std::string holder = "=F" + std::to_string(i - 1);
+            nodes += "\nInteger F" + std::to_string(i) + " pValue" + holder + copy +
+                     (copy.empty() ? "" : holder);
+        }
+        return nodes;
+    };
+    const auto tooFar = [](const std::string &node) {
+        return "it cannot be set: after 256 nodes, at " + node +
+               ", not all registers are reached, expected a description that does not go round in "
+               "circles." +
+               kHelp;
+    };
+    EXPECT_EQ("it cannot be set: the camera itself keeps its register F0." + kHelp,
+              refusal(chain(256, "0", ""), "F255=1"));
+    EXPECT_EQ(tooFar("F0"), refusal(chain(257, "0", ""), "F256=1"));
+    EXPECT_THAT(refusal(chain(50, "0x10000", " pValueCopy"), "F49=1"),
+                HasSubstr("after 256 nodes"));
+    EXPECT_EQ(tooFar("F"), refusal("Integer F pValue=F", "F=1"));
+    EXPECT_EQ(tooFar("R"), refusal("IntReg R Address=0x10000 pIndex=R", "R=1"));
 }
 
-struct Wrong {
-    const char *name;
-    std::string setting;
-    std::string sentence;
-
-    friend void PrintTo(const Wrong &wrong, std::ostream *to) { *to << wrong.name; }
-};
-
-class WrongSetting : public testing::TestWithParam<Wrong> {};
-
-TEST_P(WrongSetting, IsExplainedInOneSentence) {
-    const Process::End end = runSimcam({"--camera", "S1@127.0.0.2", "--set", GetParam().setting});
-
-    EXPECT_EQ("kxinfo-simcam: --set " + GetParam().setting +
-                  " (camera S1): " + GetParam().sentence + kHelp,
-              end.errors);
-    EXPECT_EQ("", end.output);
-    EXPECT_EQ(2, end.status);
+TEST(Set, RefusesWhatIsWrongInOneSentence) {
+    const std::pair<std::string, std::string> wrong[] = {
+        {"Exposuretime=3", "the description has no feature 'Exposuretime', did you mean "
+                           "ExposureTime, ExposureMode or ExposureAuto?"},
+        {"Nothing=3", "the description has no feature 'Nothing'."},
+        {"PixelFormat=RGB8", "expected Mono8, Mono10, Mono12, BayerRG8, BayerRG10 or BayerRG12."},
+        {"ExposureAuto=1", "expected Off or Continuous."},
+        {"ReverseX=yes", "expected true, false, 1 or 0."},
+        {"AcquisitionFrameCount=many", "expected an integer from 1 to 65535."},
+        {"Width=640.5", "expected an integer of at least 16."},
+        {"Gain=loud", "expected a number from 1.0 to 8.0."},
+        {"Gain=nan", "expected a number from 1.0 to 8.0."},
+        {"Gain=", "expected a number from 1.0 to 8.0."},
+        {"Width=15", "expected an integer of at least 16."},
+        {"Gain=8.01", "expected a number from 1.0 to 8.0."},
+        {"DeviceUserID=12345678901234567", "expected at most 16 bytes."},
+        {"PayloadSize=1", "it cannot be set: PayloadSize is computed by a formula."},
+        {"AcquisitionStart=1", "it cannot be set: AcquisitionStart is a command."},
+        {"AnalogControl=1", "it cannot be set: AnalogControl is a category."},
+        {"TLParamsLocked=1",
+         "it cannot be set: TLParamsLocked is a constant, which no register holds."},
+        {"DeviceVendorName=Other",
+         "it cannot be set: the camera itself keeps its register DeviceVendorName."},
+        {"GevCCP=ExclusiveAccess",
+         "it cannot be set: the camera itself keeps its register GevCCPReg."},
+    };
+    for (const auto &[text, sentence] : wrong) {
+        const Process::End end = runSimcam({"--camera", "S1@127.0.0.2", "--set", text});
+        EXPECT_EQ("kxinfo-simcam: --set " + text + " (camera S1): " + sentence + kHelp, end.errors);
+        EXPECT_EQ(2, end.status);
+    }
 }
-
-const Wrong kWrong[] = {
-    {"UnknownFeature", "Exposuretime=3",
-     "the description has no feature 'Exposuretime', did you mean ExposureTime, ExposureMode or "
-     "ExposureAuto?"},
-    {"UnknownEntry", "PixelFormat=RGB8",
-     "expected Mono8, Mono10, Mono12, BayerRG8, BayerRG10 or BayerRG12."},
-    {"EntryByNumber", "ExposureAuto=1", "expected Off or Continuous."},
-    {"NoBoolean", "ReverseX=yes", "expected true, false, 1 or 0."},
-    {"NoInteger", "AcquisitionFrameCount=many", "expected an integer from 1 to 65535."},
-    {"FractionOfAnInteger", "Width=640.5", "expected an integer of at least 16."},
-    {"NoFloat", "Gain=loud", "expected a number from 1.0 to 8.0."},
-    {"NotFinite", "Gain=nan", "expected a number from 1.0 to 8.0."},
-    {"Nothing", "Gain=", "expected a number from 1.0 to 8.0."},
-    {"BelowTheMinimum", "Width=15", "expected an integer of at least 16."},
-    {"AboveTheMaximum", "Gain=8.01", "expected a number from 1.0 to 8.0."},
-    {"LongText", "DeviceUserID=12345678901234567", "expected at most 16 bytes."},
-    {"Formula", "PayloadSize=1", "it cannot be set: PayloadSize is computed by a formula."},
-    {"Command", "AcquisitionStart=1", "it cannot be set: AcquisitionStart is a command."},
-    {"Category", "AnalogControl=1", "it cannot be set: AnalogControl is a category."},
-    {"Constant", "TLParamsLocked=1",
-     "it cannot be set: TLParamsLocked is a constant, which no register holds."},
-    {"CamerasOwn", "DeviceVendorName=Other",
-     "it cannot be set: the camera itself keeps its register DeviceVendorName."},
-    {"ControlPrivilege", "GevCCP=ExclusiveAccess",
-     "it cannot be set: the camera itself keeps its register GevCCPReg."},
-};
-
-INSTANTIATE_TEST_SUITE_P(Simcam, WrongSetting, testing::ValuesIn(kWrong),
-                         [](const auto &wrong) { return wrong.param.name; });
 
 } // namespace

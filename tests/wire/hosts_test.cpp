@@ -35,23 +35,23 @@ protected:
 };
 
 TEST_F(Hosts, ProbeTwoCamerasAtOnceAsIfEachWereAlone) {
-    const Result first = kxinfo({"probe", "S1"});
-    const Result second = kxinfo({"probe", "S2"});
+    const Result first = kxinfoHost({"S1"});
+    const Result second = kxinfoHost({"S2"});
     ASSERT_EQ(0, first.status);
     ASSERT_THAT(first.out, HasSubstr("\nOutput line                     None  one of None, "));
 
-    Process one(KXINFO_PROGRAM, {"probe", "S1"});
-    Process other(KXINFO_PROGRAM, {"probe", "S2"});
+    Process one(KXINFO_HOST, {"S1"});
+    Process other(KXINFO_HOST, {"S2"});
     EXPECT_EQ(first, resultOf(one));
     EXPECT_EQ(second, resultOf(other));
 }
 
 TEST_F(Hosts, ProbeACameraWhileAnotherHostHasAnotherOneOpen) {
-    const Result alone = kxinfo({"probe", "S2"});
+    const Result alone = kxinfoHost({"S2"});
     ASSERT_EQ(0, alone.status);
 
     HeldHost holder("S1");
-    EXPECT_EQ(alone, kxinfo({"probe", "S2"}));
+    EXPECT_EQ(alone, kxinfoHost({"S2"}));
     const Process::End end = holder.goOn();
     EXPECT_EQ(0, end.status);
     EXPECT_EQ(kAllPublished, end.output);
@@ -75,7 +75,7 @@ TEST_F(Hosts, CannotProbeACameraThatAnotherHostHasOpenAndDoNotDisturbIt) {
     EXPECT_EQ(kAllPublished, end.output);
     EXPECT_EQ("", end.errors);
 
-    EXPECT_EQ(0, kxinfo({"probe", "S1"}).status) << "the camera was not given back";
+    EXPECT_EQ(0, kxinfoHost({"S1"}).status) << "the camera was not given back";
 }
 
 TEST_F(Hosts, ListACameraThatAnotherHostHasOpen) {
@@ -84,7 +84,7 @@ TEST_F(Hosts, ListACameraThatAnotherHostHasOpen) {
                       "Printing all Dalsa devices information found:\n" + listed(0, "S1") +
                           listed(1, "S2"),
                       ""}),
-              kxinfo({"list"}));
+              kxinfoHost({}));
     EXPECT_EQ(0, holder.goOn().status);
 }
 

@@ -2,6 +2,8 @@
 
 #include "wire.h"
 
+#include <csignal>
+
 #include <nlohmann/json.hpp>
 
 namespace {
@@ -10,11 +12,11 @@ using nlohmann::json;
 using testing::HasSubstr;
 using testing::StartsWith;
 
+const std::string kHint = "Add '--log stdout --level debug' to see how far it came.";
+
 class ProbeAll : public Wire {
 protected:
     static std::string addressOf(int number) { return "127.0.0.1" + std::to_string(number); }
-
-    static const std::string moreMayExist;
 
     static std::string serialOf(int number) { return "S" + std::to_string(number); }
 
@@ -26,28 +28,33 @@ protected:
                 arguments.insert(arguments.end(), {"--camera", serialOf(i) + "@" + addressOf(i)});
         return arguments;
     }
+
+    static Result probeAll(const std::string &name, std::vector<std::string> options = {}) {
+        options.insert(options.begin(), {"probe", "--all", "--plugin", plugin(name)});
+        return kxinfo(options);
+    }
+
+    static std::string message(const std::string &serial, const std::string &text) {
+        return "kxinfo: camera \"" + serial + "\": " + text + "\n";
+    }
+
+    static std::string inFront(const std::string &other, const std::string &serial) {
+        return message(serial, "the plug-in opens the first camera whose serial number begins with "
+                               "\"" +
+                                   serial + "\", and that is another one, \"" + other +
+                                   "\". To probe this camera, disconnect the other one for the "
+                                   "time.");
+    }
 };
 
-const std::string ProbeAll::moreMayExist =
-    "kxinfo: the plug-in sees eight cameras at most, and it sees as many: more may be there, which "
-    "'kxinfo probe SERIAL' may find by their whole serial numbers alone. To list them, disconnect "
-    "some of these for the time, or set KXGIGE_INTERFACES to search one network at a time.\n";
-
-TEST_F(ProbeAll, ShowsEveryCameraAsAProbeOfItAloneDoes) {
-    const Simcam simcam(cameras(8));
-    ASSERT_EQ(0, kxinfo({"probe", "S0"}).status) << "the first probe leaves its traces";
+TEST_F(ProbeAll, ShowsAllNineCamerasAsProbesOfEachAloneDo) {
+    const Simcam simcam(cameras(9));
+    ASSERT_EQ(0, kxinfoHost({"S0"}).status) << "the first probe leaves its traces";
     std::string tables;
-    for (int i = 0; i < 8; ++i)
-        tables += (i ? "\n" : "") + kxinfo({"probe", serialOf(i)}).out;
-
-    EXPECT_EQ((Result{0, tables, moreMayExist}), kxinfo({"probe", "--all"}));
-}
-
-TEST_F(ProbeAll, HasEveryCameraInItsJsonAsTheProbeOfItAloneHasIt) {
-    const Simcam simcam(cameras(8));
-    json expected = {{"version", 1}, {"moreMayExist", true}, {"cameras", json::array()}};
-    for (int i = 0; i < 8; ++i) {
-        const json alone = json::parse(kxinfo({"probe", serialOf(i), "--json"}).out);
+    json expected = {{"version", 2}, {"cameras", json::array()}};
+    for (int i = 0; i < 9; ++i) {
+        tables += (i ? "\n" : "") + kxinfoHost({serialOf(i)}).out;
+        const json alone = json::parse(kxinfoHost({serialOf(i), "--json"}).out);
         ASSERT_EQ(15u, alone["parameters"].size());
         expected["cameras"].push_back({{"serial", serialOf(i)},
                                        {"status", 0},
@@ -55,12 +62,49 @@ TEST_F(ProbeAll, HasEveryCameraInItsJsonAsTheProbeOfItAloneHasIt) {
                                        {"parameters", alone["parameters"]}});
     }
 
+    EXPECT_EQ((Result{0, tables, ""}), kxinfo({"probe", "--all"}));
     const Result result = kxinfo({"probe", "--all", "--json"});
-
     EXPECT_EQ(0, result.status);
-    EXPECT_EQ(moreMayExist, result.err);
+    EXPECT_EQ("", result.err);
     EXPECT_EQ(expected, json::parse(result.out));
     EXPECT_EQ("", violations(result.out, "probe.schema.json"));
+}
+
+TEST_F(ProbeAll, TellsWhatIsWrongWithEachCamera) {
+    const Simcam simcam(cameras(9));
+    const auto shown = [](const std::string &serial) {
+        return kxinfoHost({serial, "--plugin", plugin("one_of_each"), "--log", "stdout"});
+    };
+    const auto messageOf = [&shown](const std::string &serial) {
+        const std::string err = shown(serial).err;
+        return err.substr(8, err.size() - 9);
+    };
+    const std::string crashed = "the probe crashed, by signal 9 (Killed). " + kHint;
+    const std::string silent = "the probe ended without a result, and did not say why. " + kHint;
+    const std::string flooded = "the probe wrote more than 16 MiB, and was ended. " + kHint;
+
+    const Result result = probeAll("one_of_each", {"--log", "stdout"});
+
+    EXPECT_EQ(3, result.status);
+    EXPECT_EQ(shown("S0").out + "\n" + shown("S1").out + "\nprobing S2\n\n" + shown("S3").out +
+                  "\n" + shown("S4").out + "\nprobing S5\n\n" + shown("S6").out + "\n" +
+                  shown("S7").out + "\n",
+              result.out.substr(0, result.out.find("probing S8")));
+    EXPECT_EQ(message("S2", crashed) + message("S3", messageOf("S3")) +
+                  message("S4", messageOf("S4")) + message("S5", silent) +
+                  message("S6", messageOf("S6")) + message("S8", flooded),
+              result.err);
+
+    const Result withJson = probeAll("one_of_each", {"--json", "--log", "stdout"});
+    EXPECT_EQ(3, withJson.status);
+    EXPECT_THAT(withJson.err, StartsWith("S0: probing S0\nS1: probing S1\n"));
+    const json found = json::parse(withJson.out)["cameras"];
+    const int statuses[] = {0, 0, 3, 1, 3, 3, 0, 0, 3};
+    for (size_t i = 0; i < 9; ++i) {
+        EXPECT_EQ(statuses[i], found[i]["status"]) << i;
+        EXPECT_EQ(statuses[i] != 0, found[i]["parameters"].is_null()) << i;
+    }
+    EXPECT_EQ(json({crashed}), found[2]["messages"]);
 }
 
 TEST_F(ProbeAll, CompletesTheOthersWhenACameraFallsSilentInTheMiddle) {
@@ -68,38 +112,28 @@ TEST_F(ProbeAll, CompletesTheOthersWhenACameraFallsSilentInTheMiddle) {
     json whole;
     {
         Simcam camera({"--camera", "S3@" + addressOf(3)});
-        whole = json::parse(kxinfo({"probe", "S3", "--json"}).out)["parameters"];
+        whole = json::parse(kxinfoHost({"S3", "--json"}).out)["parameters"];
         commands = commandsIn(camera.stop().output);
     }
-    const Simcam others(cameras(8, 3));
+    const Simcam others(cameras(5, 3));
     const Simcam silent(
         {"--silent-after", std::to_string(commands * 3 / 4), "--camera", "S3@" + addressOf(3)});
 
     const Result result = kxinfo({"probe", "--all", "--json"});
 
     EXPECT_EQ(0, result.status);
-    EXPECT_EQ(moreMayExist, result.err);
-    EXPECT_EQ("", violations(result.out, "probe.schema.json"));
     const json found = json::parse(result.out)["cameras"];
-    ASSERT_EQ(8u, found.size());
-    for (size_t i = 0; i < 8; ++i) {
-        SCOPED_TRACE(i);
-        EXPECT_EQ(serialOf(static_cast<int>(i)), found[i]["serial"]);
-        EXPECT_EQ(0, found[i]["status"]);
-        if (i == 3)
-            continue;
-        EXPECT_EQ(json::array(), found[i]["messages"]);
-        EXPECT_EQ(whole, found[i]["parameters"]);
-    }
-    const json &got = found[3]["parameters"];
-    const size_t count = got.size();
-    ASSERT_GT(count, 0u);
-    ASSERT_LT(count, 15u);
-    EXPECT_EQ(json(whole.begin(), whole.begin() + static_cast<ptrdiff_t>(count)), got);
+    ASSERT_EQ(5u, found.size());
+    for (size_t i = 0; i < 5; ++i)
+        if (i != 3) {
+            EXPECT_EQ(json::array(), found[i]["messages"]);
+            EXPECT_EQ(whole, found[i]["parameters"]);
+        }
+    EXPECT_EQ(whole[0], found[3]["parameters"][0]);
+    EXPECT_TRUE(found[3]["parameters"][14].contains("problem"));
     ASSERT_EQ(1u, found[3]["messages"].size());
     EXPECT_THAT(found[3]["messages"][0].get<std::string>(),
-                StartsWith("the plug-in published " + std::to_string(count) +
-                           " of 15 settings; missing: "));
+                HasSubstr("KxScParamOutLines. An error"));
 }
 
 TEST_F(ProbeAll, TellsWhichCameraIsControlledByAnotherProgram) {
@@ -117,50 +151,62 @@ TEST_F(ProbeAll, TellsWhichCameraIsControlledByAnotherProgram) {
                 testing::MatchesRegex("kxinfo: camera \"S0\": " + controlledByAnother("S0")));
 }
 
-TEST_F(ProbeAll, SaysThatThereIsNoCamera) {
-    const std::string sentence =
-        "kxinfo: no Dalsa camera answered. Check that the camera has power, is on this computer's "
-        "network, and that no firewall keeps its answer away; then try again.\n";
+TEST_F(ProbeAll, SaysThatThereIsNoDalsaCamera) {
+    const Simcam foreign({"--vendor", "Other", "--camera", "X1@127.0.0.2"});
+    const std::string sentence = kxinfoHost({"S1"}).err;
+    ASSERT_THAT(sentence, StartsWith("kxinfo: no Dalsa camera answered. "));
 
     EXPECT_EQ((Result{1, "", sentence}), kxinfo({"probe", "--all"}));
-    EXPECT_EQ((Result{1, "{\n  \"version\": 1,\n  \"moreMayExist\": false,\n  \"cameras\": []\n}\n",
-                      sentence}),
+    EXPECT_EQ((Result{1, "{\n  \"version\": 2,\n  \"cameras\": []\n}\n", sentence}),
               kxinfo({"probe", "--all", "--json"}));
 }
 
-TEST_F(ProbeAll, ShowsACameraInFrontOfOneWhoseSerialNumberBeginsTheSame) {
-    const Simcam simcam({"--camera", "S1@127.0.0.2", "--camera", "S10@127.0.0.3"});
+TEST_F(ProbeAll, TakesNoCameraForAnother) {
+    const Simcam simcam({"--camera", "S10@127.0.0.2", "--camera", "S1@127.0.0.3"});
+    const Simcam twin({"--camera", "S1@127.0.0.4"});
+    const std::string ten = kxinfoHost({"S10"}).out;
 
-    const std::string tables = kxinfo({"probe", "S1"}).out + "\n" + kxinfo({"probe", "S10"}).out;
-
-    EXPECT_EQ((Result{0, tables, ""}), kxinfo({"probe", "--all"}));
+    EXPECT_EQ((Result{1, ten + "\n" + kxinfoHost({"S1"}).out, inFront("S1", "S1")}),
+              kxinfo({"probe", "--all"}));
+    // Another plug-in's platform may not find whole serial numbers first.
+    EXPECT_EQ((Result{1, kxinfoHost({"S10", "--plugin", plugin("two_cameras")}).out,
+                      message("S10", "no camera has a serial number that begins with \"S10\". Run "
+                                     "'kxinfo list' to see the cameras that answer.") +
+                          inFront("S10", "S1") + inFront("S10", "S1")}),
+              probeAll("two_cameras"));
 }
 
-TEST_F(ProbeAll, ShowsTheEightCamerasThatThePluginSeesOfNineAndSaysThatMoreMayBeThere) {
-    const Simcam simcam(cameras(9));
-    std::string tables;
-    for (int i = 0; i < 8; ++i)
-        tables += (i ? "\n" : "") + kxinfo({"probe", serialOf(i)}).out;
+TEST_F(ProbeAll, TakesASerialNumberForNoOption) {
+    const Simcam simcam({"--camera", "--json@127.0.0.2", "--camera", "-h@127.0.0.3"});
+    const Result result = probeAll("tells_arguments");
 
-    EXPECT_EQ((Result{0, tables, moreMayExist}), kxinfo({"probe", "--all"}));
+    EXPECT_EQ(0, result.status);
+    EXPECT_EQ(message("--json", "serial \"--json\" mode 1 level 4") +
+                  message("-h", "serial \"-h\" mode 1 level 4"),
+              result.err);
 }
 
-TEST_F(ProbeAll, CountsCamerasOfOtherMakersWhereItSaysThatMoreMayBeThere) {
-    std::vector<std::string> arguments = {"--vendor", "Other"};
-    for (const std::string &argument : cameras(8))
-        arguments.push_back(argument);
-    Simcam foreign(arguments);
-    const Result none = kxinfo({"probe", "--all", "--json"});
+TEST_F(ProbeAll, EndsItsChildrenWhenItIsStopped) {
+    const Simcam simcam({"--camera", "S1@127.0.0.2", "--camera", "S2@127.0.0.3", "--delay", "50"});
+    Client other;
+    Process probe(KXINFO_PROGRAM, {"probe", "--all"});
+    while (other.read(0x0A00) != "00000002") {
+    }
 
-    EXPECT_EQ(1, none.status);
-    EXPECT_EQ("{\n  \"version\": 1,\n  \"moreMayExist\": true,\n  \"cameras\": []\n}\n", none.out);
-    EXPECT_THAT(none.err, testing::EndsWith(moreMayExist));
+    probe.signal(SIGTERM);
+    const Process::End end = probe.wait();
 
-    foreign.stop();
-    const Simcam seven(cameras(7));
-    const Result whole = kxinfo({"probe", "--all"});
-    EXPECT_EQ(0, whole.status);
-    EXPECT_EQ("", whole.err);
+    EXPECT_EQ("00000000", other.read(0x0A00));
+    EXPECT_EQ(-1, end.status);
+    EXPECT_EQ("", end.output);
+    EXPECT_EQ("kxinfo: stopped, as asked for.\n", end.errors);
+}
+
+TEST_F(ProbeAll, TakesNoSerialNumber) {
+    EXPECT_EQ((Result{2, "",
+                      "kxinfo: --all probes every camera, and takes no serial number. Leave out "
+                      "one of them.\n"}),
+              kxinfo({"probe", "S1", "--all"}));
 }
 
 } // namespace

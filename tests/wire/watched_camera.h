@@ -3,6 +3,7 @@
 #define KXINFO_TESTS_WATCHED_CAMERA_H
 
 #include <cstdint>
+#include <map>
 #include <string>
 #include <utility>
 #include <vector>
@@ -16,6 +17,7 @@
 namespace reg {
 constexpr uint32_t kNobodyMayWrite = 0x904; ///< one of the standard's own
 constexpr uint32_t kWidth = 0x10110;
+constexpr uint32_t kHeight = 0x10114;
 constexpr uint32_t kOffsetX = 0x10118;
 constexpr uint32_t kGainSelector = 0x10300;
 constexpr uint32_t kBalanceRatioSelector = 0x10310;
@@ -90,6 +92,9 @@ public:
 
     /** Tells it to stop. \return how many commands it has answered */
     int stop();
+
+    /** Tells it to stop. \return its commands by kind: "readreg", "writereg", "readmem", ... */
+    std::map<std::string, int> stopAndCount();
 
     const TemporaryFolder &folder() const { return folder_; }
 

@@ -81,7 +81,7 @@ std::string snapshotOf(const Simcam &camera, const TemporaryFolder &folder) {
 }
 
 void Wire::SetUpTestSuite() {
-    setenv("KXGIGE_DISCOVERY_MS", "300", 1);
+    setenv("KXGIGE_DISCOVERY_MS", std::to_string(kSearchWindow.count()).c_str(), 1);
 }
 
 std::string Wire::listed(int number, const std::string &serial) {
@@ -102,5 +102,5 @@ std::string Wire::controlledByAnother(const std::string &serial) {
 }
 
 Result Wire::probeWithLog(const std::string &serial) {
-    return kxinfo({"probe", serial, "--log", "stdout", "--level", "debug"});
+    return kxinfoHost({serial, "--log", "stdout", "--level", "debug"});
 }

@@ -2,6 +2,7 @@
 #ifndef KXINFO_TESTS_WIRE_H
 #define KXINFO_TESTS_WIRE_H
 
+#include <chrono>
 #include <string>
 #include <vector>
 
@@ -32,6 +33,9 @@ std::string violations(const std::string &document, const std::string &schema);
 /** What camera S1234 of a kxinfo-simcam that was given that folder for snapshots holds now. */
 std::string snapshotOf(const Simcam &camera, const TemporaryFolder &folder);
 
+/** How long cameras are looked for in tests: they share a computer that may be busy. */
+constexpr std::chrono::milliseconds kSearchWindow{1000};
+
 /** kxinfo and virtual cameras in a network of their own. */
 class Wire : public testing::Test {
 protected:
@@ -42,12 +46,12 @@ protected:
     static std::string listed(int number, const std::string &serial);
 
     /**
-     * What kxinfo probe says of a camera that another program of this computer controls, as an
+     * What a probe says of a camera that another program of this computer controls, as an
      * expression. Where the platform tells why it cannot be opened, that stands there.
      */
     static std::string controlledByAnother(const std::string &serial);
 
-    /** kxinfo probe with the log at level debug on standard output. */
+    /** kxinfo-host with the log at level debug on standard output. */
     static Result probeWithLog(const std::string &serial);
 };
 

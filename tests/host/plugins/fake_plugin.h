@@ -1,6 +1,6 @@
 /**
  * What the plug-ins of these tests share. Each of them is a library whose Vendor__Proc() plays one
- * part a plug-in may play; the tests run kxinfo with it. They log as the real one does: by level,
+ * part a plug-in may play; the tests run kxinfo-host with it. They log as the real one does: by level,
  * to standard output.
  */
 #ifndef KXINFO_TESTS_HOST_FAKE_PLUGIN_H
@@ -65,38 +65,6 @@ inline void publishAll() {
 /** Whether a message of this level goes to standard output. */
 inline bool logs(int logMode, int logLevel, int level) {
     return (logMode & KX_LOG_MODE_STDOUT) && logLevel >= level;
-}
-
-struct Camera {
-    const char *vendor;
-    const char *serial;
-};
-
-/** Logs which cameras it sees, as at the beginning of each run. */
-template <size_t N>
-void see(const Camera (&cameras)[N], int logMode, int logLevel) {
-    if (!logs(logMode, logLevel, KX_LOG_LEVEL_DEBUG))
-        return;
-    for (size_t i = 0; i < N; ++i)
-        printf("[CIPROC:d]: %zu. Vendor \"%s\", Model \"Nano\", Serial \"%s\"\n", i,
-               cameras[i].vendor, cameras[i].serial);
-}
-
-/** Lists those of vendor "Dalsa". */
-template <size_t N>
-int list(const Camera (&cameras)[N], int logMode, int logLevel) {
-    if (!logs(logMode, logLevel, KX_LOG_LEVEL_INFO))
-        return 0;
-    printf("Printing all Dalsa devices information found:\n");
-    for (size_t i = 0; i < N; ++i)
-        if (strcmp(cameras[i].vendor, "Dalsa") == 0)
-            printf("  == %zu. Dalsa Device Information ==\n"
-                   "  ===================================\n"
-                   "  \tDeviceSerial     : %s\n"
-                   "  \tDeviceInterface  : GigE\n"
-                   "  \tDeviceModel      : Nano\n",
-                   i, cameras[i].serial);
-    return 0;
 }
 
 /** A whole probe that goes well. */

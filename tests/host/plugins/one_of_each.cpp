@@ -1,4 +1,4 @@
-// Sees cameras of which each fails in another way: S1 and S7 do not.
+// Probes cameras of which each fails in another way: S0, S1 and S7 do not.
 
 #include <csignal>
 #include <stdexcept>
@@ -9,11 +9,6 @@
 #include "fake_plugin.h"
 
 int Vendor__Proc(const char *serial, int logMode, int logLevel) {
-    const fake::Camera cameras[] = {{"Dalsa", "S1"}, {"Dalsa", "S2"}, {"Dalsa", "S3"},
-                                    {"Dalsa", "S4"}, {"Dalsa", "S5"}, {"Dalsa", "S6"},
-                                    {"Dalsa", "S7"}};
-    if (!serial)
-        return fake::list(cameras, logMode, logLevel);
     const std::string camera = serial;
     if (fake::logs(logMode, logLevel, KX_LOG_LEVEL_INFO))
         printf("probing %s\n", serial);
@@ -34,5 +29,8 @@ int Vendor__Proc(const char *serial, int logMode, int logLevel) {
         KxSc__ProcExport();
         return 0;
     }
+    const std::string flood(1 << 20, 'x');
+    while (camera == "S8")
+        puts(flood.c_str());
     return fake::probe();
 }

@@ -1,0 +1,189 @@
+#include "camera/camera.h"
+
+#include "Base/GCException.h"
+#include "cli/process.h"
+#include "gvcp/network.h"
+
+// The camera maker's framework has no such header.
+#if __has_include("kxgige.h")
+#include "kxgige.h"
+#pragma weak KxGigeCause
+#pragma weak KxGigeLookAt
+#pragma weak KxGigeStopWhen
+#define KXINFO_OPEN_PLATFORM
+#endif
+
+namespace kxinfo {
+
+namespace {
+
+const char *const kStopped = "stopped, as asked for.";
+
+GEV_CAMERA_INFO recordOf(const gvcp::Found &found) {
+    const gvcp::Identity &identity = found.identity;
+    GEV_CAMERA_INFO info{};
+    info.ipAddr = identity.address;
+    info.ipMask = identity.mask;
+    info.ipGateway = identity.gateway;
+    info.macHigh = identity.macHigh;
+    info.macLow = identity.macLow;
+    info.hostIpAddr = found.host;
+    info.hostIfIndex = found.interface;
+    info.capabilities = identity.deviceMode;
+    const auto copy = [](const std::string &from, auto &to) { (void)from.copy(to, sizeof to - 1); };
+    copy(identity.manufacturer, info.manufacturer);
+    copy(identity.model, info.model);
+    copy(identity.serial, info.serial);
+    copy(identity.version, info.version);
+    copy(identity.userName, info.username);
+    return info;
+}
+
+GEV_STATUS open(GEV_CAMERA_INFO &record, Purpose purpose, GEV_CAMERA_HANDLE &handle) {
+#ifdef KXINFO_OPEN_PLATFORM
+    if (purpose == Purpose::Look && KxGigeLookAt)
+        return KxGigeLookAt(&record, &handle);
+#endif
+    return GevOpenCamera(&record, purpose == Purpose::Look ? GevMonitorMode : GevControlMode,
+                         &handle);
+}
+
+#ifdef KXINFO_OPEN_PLATFORM
+
+const char *remedyFor(GEV_STATUS status) {
+    switch (status) {
+    case GEVLIB_ERROR_ACCESS_DENIED:
+        return "End that program, or wait some seconds if it crashed, and try again.";
+    case GEVLIB_ERROR_TIME_OUT:
+        return "Check its power and cable, and that no firewall keeps its answers away; then try "
+               "again.";
+    case GEVLIB_ERROR_NO_CAMERA:
+        return "Check that it is switched on and has started, and that a network interface here "
+               "has an address of its network; then try again.";
+    case GEVLIB_ERROR_NO_DESCRIPTION:
+        return "Try again, since a packet may have been lost; if it stays so, the camera needs "
+               "other firmware.";
+    default:
+        return "Run 'kxinfo list' to see whether the camera still answers, and try again.";
+    }
+}
+
+std::string whyNotOpened(GEV_STATUS status) {
+    const std::string cause = KxGigeCause ? KxGigeCause() : "";
+    return " cannot be opened: " +
+           (cause.empty() ? "the camera platform answers " + std::to_string(status) : cause) +
+           ". " + remedyFor(status);
+}
+
+#else
+
+// The framework's statuses are its own.
+std::string whyNotOpened(GEV_STATUS status) {
+    return " cannot be opened (status " + std::to_string(status) +
+           "). Probably another program controls it: end that program, or wait some seconds if it "
+           "crashed, and try again.";
+}
+
+#endif
+
+} // namespace
+
+CameraName nameOf(const gvcp::Identity &identity) {
+    return {cleaned(identity.manufacturer), cleaned(identity.model), cleaned(identity.serial),
+            cleaned(identity.userName)};
+}
+
+Camera::Camera(const gvcp::Found &found, Purpose purpose) : name_(nameOf(found.identity)) {
+    GEV_CAMERA_INFO record = recordOf(found);
+    const std::string camera = "camera " + name_.serial;
+    if (const GEV_STATUS status = open(record, purpose, handle_); status != GEVLIB_OK)
+        throw Error(kNoCamera, camera + whyNotOpened(status));
+    nodeMap_ = static_cast<GenApi_3_0::CNodeMapRef *>(GevGetFeatureNodeMap(handle_));
+    if (nodeMap_)
+        return;
+    (void)GevCloseCamera(&handle_);
+    throw Error(kFailed, camera + " has no description of its features that can be read, so none "
+                                  "can be shown or set.");
+}
+
+Camera::~Camera() {
+    (void)GevCloseCamera(&handle_);
+    (void)GevApiUninitialize();
+    (void)_CloseSocketAPI();
+}
+
+std::string Camera::heading() const {
+    return "Camera " + name_.serial + " (" + name_.model + ")\n";
+}
+
+void stopWaitingWhen(const volatile std::sig_atomic_t *flag) {
+    gvcp::stopWhen(flag);
+#ifdef KXINFO_OPEN_PLATFORM
+    if (KxGigeStopWhen)
+        KxGigeStopWhen(flag);
+#endif
+}
+
+std::string reasonInFlight() {
+    try {
+        throw;
+    } catch (const Error &error) {
+        const std::string text = error.what();
+        return text.substr(0, text.find_last_not_of('.') + 1);
+    } catch (const GenICam_3_0::GenericException &error) {
+        return error.GetDescription();
+    } catch (const std::exception &error) {
+        return error.what();
+    } catch (...) {
+        return "an error without a reason";
+    }
+}
+
+int tellWhy(const Camera &camera, const std::exception_ptr &why) {
+    // Whatever it looks like: a wait that is over for that reason looks like the camera's failure.
+    if (stopSignal()) {
+        tell(kStopped);
+        return kFailed;
+    }
+    const std::string name = "camera " + camera.name().serial;
+    try {
+        std::rethrow_exception(why);
+    } catch (const Error &error) {
+        tell(error.what());
+        return error.status();
+    } catch (const GenICam_3_0::TimeoutException &) {
+        tell(name + " has stopped answering. Check its power and cable, and try again. (" +
+             reasonInFlight() + ")");
+    } catch (const GenICam_3_0::GenericException &) {
+        tell(name + " refuses: " + reasonInFlight() + ".");
+    } catch (...) {
+        tell("this computer does not let kxinfo do its work: " + reasonInFlight() + ".");
+    }
+    return kFailed;
+}
+
+std::string whyNotDone(const std::function<void()> &work) {
+    try {
+        work();
+        return "";
+    } catch (const GenICam_3_0::TimeoutException &) {
+        throw;
+    } catch (const GenICam_3_0::GenericException &) {
+        stopIfAsked();
+        return reasonInFlight();
+    } catch (const Error &) {
+        stopIfAsked();
+        return reasonInFlight();
+    }
+}
+
+void stopIfAsked() {
+    if (stopSignal())
+        throw Error(kFailed, kStopped);
+}
+
+void waitInSpiteOfAll() {
+    stopWaitingWhen(nullptr);
+}
+
+} // namespace kxinfo

@@ -1,0 +1,152 @@
+/**
+ * One opened camera, and its features as its description has them.
+ *
+ * Reading and writing these raise the platform's exceptions. What a camera says comes cleaned, but a
+ * text as it is, so that it can be put back: it is cleaned where it is shown.
+ */
+#ifndef KXINFO_CAMERA_CAMERA_H
+#define KXINFO_CAMERA_CAMERA_H
+
+#include <csignal>
+#include <cstdint>
+#include <exception>
+#include <functional>
+#include <string>
+#include <variant>
+
+#include "GenApi/GenApi.h"
+#include "camera/features.h"
+#include "cli/error.h"
+#include "gevapi.h"
+#include "gvcp/discovery.h"
+
+namespace kxinfo {
+
+/** The camera's own value; of an enumeration the entry's name. */
+using Value = std::variant<std::monostate, int64_t, double, bool, std::string>;
+
+inline bool hasValue(const Value &value) {
+    return !std::holds_alternative<std::monostate>(value);
+}
+
+/** A number as such; \pre it is one */
+double numberOf(const Value &value);
+
+struct Limits {
+    Value min, max, inc; ///< of the node's kind; no inc: any value in between
+};
+
+/** Whether a register's value that has been read before may be used again. */
+enum class Cache { Used, Ignored };
+
+/** One feature of an opened camera; cheap to copy, valid while the camera is open. */
+class Node {
+public:
+    Node(const GenApi_3_0::CNodeMapRef &nodeMap, const std::string &name);
+
+    Kind kind() const { return kind_; } ///< Missing also when it is something without a value
+    GenApi_3_0::EAccessMode access() const;
+    bool isReadable() const { return GenApi_3_0::IsReadable(base_); }
+
+    /** \pre its kind is not Missing */
+    Value read(Cache cache = Cache::Used) const;
+
+    /** Writes a value of its kind, checked by the camera's description. \throws Error otherwise */
+    void write(const Value &value) const;
+
+    /** Of an integer or a float; none of others. */
+    Limits limits() const;
+
+    /** Of an enumeration: what it may be set to now. */
+    Words entries() const;
+
+    /** Null unless it is an integer: to be read and written many times. */
+    GenApi_3_0::IInteger *integer() const { return integer_; }
+
+private:
+    std::string name_;
+    GenApi_3_0::INode *base_;
+    GenApi_3_0::IValue *value_ = nullptr;
+    GenApi_3_0::IInteger *integer_ = nullptr;
+    GenApi_3_0::IFloat *float_ = nullptr;
+    GenApi_3_0::IBoolean *boolean_ = nullptr;
+    GenApi_3_0::IEnumeration *enumeration_ = nullptr;
+    Kind kind_ = Kind::Missing;
+};
+
+/** What a camera is opened for. */
+enum class Purpose {
+    Look,  ///< nothing is written to it; another program may control it
+    Change ///< it is controlled
+};
+
+/** What a camera says of itself, cleaned. */
+struct CameraName {
+    std::string manufacturer, model, serial, userName;
+};
+CameraName nameOf(const gvcp::Identity &identity);
+
+class Camera {
+public:
+    /** \throws Error (kNoCamera) when it cannot be opened, with why and what to do */
+    Camera(const gvcp::Found &found, Purpose purpose);
+    ~Camera();
+
+    Camera(const Camera &) = delete;
+    Camera &operator=(const Camera &) = delete;
+
+    const CameraName &name() const { return name_; }
+
+    /** Its feature of that name; one of kind Missing when it has none. */
+    Node node(const std::string &name) const { return Node(*nodeMap_, name); }
+
+    /** "Camera S1234 (C1936)\n": what stands in front of a result. */
+    std::string heading() const;
+
+private:
+    CameraName name_;
+    GEV_CAMERA_HANDLE handle_ = nullptr;
+    GenApi_3_0::CNodeMapRef *nodeMap_ = nullptr;
+};
+
+/** While the flag is set, whatever waits for a camera gives up; null: nothing does. */
+void stopWaitingWhen(const volatile std::sig_atomic_t *flag);
+
+/**
+ * Why the exception that is being handled was raised, as a clause: an Error's sentences, the
+ * camera's own reason without its place in a source file, or this computer's. On the camera maker's
+ * framework exceptions of the camera are no std::exception.
+ *
+ * \pre called while an exception is handled
+ */
+std::string reasonInFlight();
+
+/**
+ * Tells what has ended the work: that the user has asked to stop, or else the reason.
+ *
+ * \param why  an Error, an exception of the camera or of this computer
+ * \return the status to end the command with
+ */
+int tellWhy(const Camera &camera, const std::exception_ptr &why);
+
+/**
+ * Does a piece of work that others do not need.
+ *
+ * \return why the camera, or what is known of it, does not let it be done, as a clause; empty: it is done
+ * \throws the platform's TimeoutException when the camera has fallen silent, Error when the user has
+ *         asked to stop
+ */
+std::string whyNotDone(const std::function<void()> &work);
+
+/** \throws Error (kFailed) when the user has asked to stop (SIGINT, SIGTERM, SIGHUP) */
+void stopIfAsked();
+
+/**
+ * From here on the camera is waited for also when the user has asked to stop: what the command has
+ * changed is being put back.
+ */
+void waitInSpiteOfAll();
+
+} // namespace kxinfo
+
+#endif

@@ -1,0 +1,126 @@
+// A child writes into files in memory, which a wait cannot block on and which what the child leaves
+// running cannot hold open. Each child is watched by a thread that lives as long as it does.
+//
+// The children are forked from a process that has threads: until a child becomes the other program
+// it makes system calls only.
+
+#include "camera/child_processes.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/prctl.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <csignal>
+#include <new>
+#include <system_error>
+
+#include "camera/side_by_side.h"
+#include "cli/process.h"
+#include "gvcp/descriptor.h"
+
+namespace kxinfo {
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+constexpr int kCannotExecute = 127; // as shells have it
+
+constexpr std::chrono::seconds kToEnd{2}; // what a child has that was asked to
+
+// How often a child is looked at: signals may ask this process to stop, and what a child writes
+// beyond its limit takes memory until it is seen.
+constexpr int kMillisecondsBetweenLooks = 20;
+
+// In the child; a stream that is -1 stays this process's own.
+[[noreturn]] void become(char *const *arguments, const int (&streams)[3], pid_t parent) {
+    prctl(PR_SET_PDEATHSIG, SIGTERM);
+    if (getppid() != parent) // it was faster
+        _exit(kCannotExecute);
+    for (int stream = 0; stream < 3; ++stream)
+        if (streams[stream] >= 0 && dup2(streams[stream], stream) < 0)
+            _exit(kCannotExecute);
+    execv(arguments[0], arguments);
+    _exit(kCannotExecute);
+}
+
+pid_t start(const Words &command, const int (&streams)[3]) {
+    std::vector<char *> arguments;
+    for (const std::string &word : command)
+        arguments.push_back(const_cast<char *>(word.c_str()));
+    arguments.push_back(nullptr);
+    const pid_t parent = getpid();
+    const pid_t pid = fork();
+    if (pid == 0)
+        become(arguments.data(), streams, parent);
+    return pid;
+}
+
+ChildEnd runChild(const Words &command, Collect collect, const ChildLimits &limits) {
+    using How = ChildEnd::How;
+    const MemoryFile out;
+    const MemoryFile err;
+    const gvcp::Descriptor in(open("/dev/null", O_RDONLY | O_CLOEXEC));
+    const pid_t pid =
+        in ? start(command, {in.get(), collect == Collect::Nothing ? -1 : out.descriptor(),
+                             collect == Collect::Both ? err.descriptor() : -1})
+           : -1;
+    if (pid < 0)
+        return {How::NotStarted, errno, {}, {}};
+
+    auto deadline = limits.time ? Clock::now() + *limits.time : Clock::time_point::max();
+    How how = How::Exited;
+    const auto end = [&](How reason, int signal) {
+        how = reason;
+        kill(pid, signal);
+    };
+    // The C library's own function cannot be called from C++ everywhere. It ends the wait early; a
+    // child that has no such descriptor is looked at as often as any.
+    const gvcp::Descriptor process(static_cast<int>(syscall(SYS_pidfd_open, pid, 0)));
+    pollfd ended = {process.get(), POLLIN, 0};
+    int status = 0;
+    while (waitpid(pid, &status, WNOHANG) == 0) {
+        if (stopSignal() && how != How::Stopped) {
+            end(How::Stopped, SIGTERM);
+            deadline = Clock::now() + kToEnd;
+        } else if (std::max(out.size(), err.size()) > limits.output) {
+            end(How::Flooding, SIGKILL);
+        } else if (Clock::now() >= deadline) {
+            end(how == How::Exited ? How::Overdue : how, SIGKILL);
+        }
+        (void)poll(&ended, 1, kMillisecondsBetweenLooks);
+    }
+    int number = how == How::Exited ? WEXITSTATUS(status) : 0;
+    if (how == How::Exited && WIFSIGNALED(status)) {
+        how = How::Signalled;
+        number = WTERMSIG(status);
+    }
+    return {how, number, out.text(), err.text()};
+}
+
+} // namespace
+
+std::vector<ChildEnd> runChildren(const std::vector<Words> &commands, Collect collect,
+                                  const ChildLimits &limits) {
+    (void)stopOnSignals();
+    std::signal(SIGCHLD, SIG_DFL); // who ignores it is not told how children end
+    std::vector<ChildEnd> ends(commands.size(), {ChildEnd::How::Stopped, 0, {}, {}});
+    sideBySide(commands.size(), limits.sideBySide, [&](size_t i) {
+        try {
+            if (!stopSignal())
+                ends[i] = runChild(commands[i], collect, limits);
+        } catch (const std::system_error &error) {
+            ends[i] = {ChildEnd::How::NotStarted, error.code().value(), {}, {}};
+        } catch (const std::bad_alloc &) {
+            ends[i] = {ChildEnd::How::NotStarted, ENOMEM, {}, {}};
+        }
+    });
+    return ends;
+}
+
+} // namespace kxinfo

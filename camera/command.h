@@ -1,0 +1,59 @@
+/** The commands of kxinfo, one file each, and what those on one camera have in common. */
+#ifndef KXINFO_CAMERA_COMMAND_H
+#define KXINFO_CAMERA_COMMAND_H
+
+#include <functional>
+#include <optional>
+#include <string>
+
+#include "camera/camera.h"
+#include "camera/switches.h"
+#include "cli/program.h"
+
+namespace kxinfo {
+
+/** kxinfo. */
+extern const Program kKxinfo;
+
+Run declareList(CLI::App &command);
+Run declareProbe(CLI::App &command);
+Run declareGet(CLI::App &command);
+Run declareSet(CLI::App &command);
+Run declareGamma(CLI::App &command);
+Run declareLut(CLI::App &command);
+Run declareAuto(CLI::App &command);
+Run declareSave(CLI::App &command);
+Run declareRestore(CLI::App &command);
+Run declareDiff(CLI::App &command);
+
+/** Which camera a command is for, as it was typed; none: see chosenCamera(). */
+using CameraArgument = std::optional<std::string>;
+
+/** Declares the argument CAMERA, which may be left out; what is read into must outlive the parsing. */
+void addCamera(CLI::App &command, CameraArgument &camera);
+
+/** Declares --switch of commands that look; what is read into must outlive the parsing. */
+void addSwitch(CLI::App &command, bool &switching);
+
+/**
+ * Finds and opens the camera, works on it, puts back what the work had to switch, and closes it. What
+ * ends the work early (Error, the camera's exceptions) is told on standard error. Signals stop it at
+ * the next safe place: what it has changed is put back.
+ *
+ * \return an ExitStatus
+ * \throws Error when there is no camera to work on
+ */
+int onCamera(const CameraArgument &camera, Purpose purpose,
+             const std::function<int(Camera &camera, Switches &switches)> &work);
+
+/**
+ * The one argument of a command that takes [CAMERA] FILE is the file.
+ *
+ * \return the file. \throws Error (kWrongUsage) when there is none
+ */
+std::string requireFile(const std::string &command, CameraArgument &camera,
+                        std::optional<std::string> &file);
+
+} // namespace kxinfo
+
+#endif

@@ -1,0 +1,77 @@
+// kxinfo diff: compares the settings of two cameras or files. No camera is written to unless --switch
+// says so.
+
+#include <sys/stat.h>
+
+#include <memory>
+
+#include "camera/command.h"
+#include "camera/saved_camera.h"
+#include "cli/files.h"
+
+namespace kxinfo {
+
+namespace {
+
+constexpr int kSame = 0;
+constexpr int kDifferent = 1;
+
+bool isFile(const std::string &name) {
+    struct stat about = {};
+    return name == "-" || name.find('/') != name.npos || stat(name.c_str(), &about) == 0;
+}
+
+// Returns the status of a camera that failed.
+int read(const std::string &name, bool switching, SavedCamera &saved) {
+    if (isFile(name)) {
+        saved = readSettings(name);
+        return kDone;
+    }
+    return onCamera(name, switching ? Purpose::Change : Purpose::Look,
+                    [&](Camera &camera, Switches &switches) {
+                        saved = readSaved(camera, switching ? &switches : nullptr, true);
+                        return kDone;
+                    });
+}
+
+} // namespace
+
+Run declareDiff(CLI::App &command) {
+    struct Request {
+        Words sides;
+        bool switching = false;
+    };
+    const auto request = std::make_shared<Request>();
+    command
+        .add_option("CAMERA|FILE", request->sides,
+                    "Two cameras or files of 'kxinfo save'; - is standard input")
+        ->type_name("")
+        ->expected(2)
+        ->required();
+    addSwitch(command, request->switching);
+    command.footer(
+        R"(What is the name of a file counts as one. The status is 0 when nothing differs, 1 when something does,
+2 also when there is no such camera, and 3 when a camera failed.
+
+Example:
+  kxinfo diff S1234567 camera.json)");
+    return [request] {
+        SavedCamera a, b;
+        try {
+            int status = read(request->sides[0], request->switching, a);
+            if (status == kDone)
+                status = read(request->sides[1], request->switching, b);
+            if (status != kDone)
+                return status;
+        } catch (const Error &error) {
+            throw Error(error.status() == kNoCamera ? kWrongUsage : error.status(), error.what());
+        }
+        const std::string lines = differences(a, b);
+        writeOut(lines);
+        tellUnread(a, "not compared", &b);
+        tellUnread(b, "not compared", &a);
+        return lines.empty() ? kSame : kDifferent;
+    };
+}
+
+} // namespace kxinfo

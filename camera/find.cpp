@@ -1,0 +1,178 @@
+#include "camera/find.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+#include <functional>
+#include <set>
+#include <system_error>
+
+#include "camera/camera.h"
+#include "gvcp/environment.h"
+
+namespace kxinfo {
+
+namespace {
+
+using Cameras = std::vector<gvcp::Found>;
+
+// For a second camera with a serial number that should be the only one.
+constexpr std::chrono::milliseconds kMoment{20};
+// What a message names, so that it stays readable.
+constexpr size_t kMostNamed = 8;
+
+Cameras those(const Cameras &cameras, const std::function<bool(const gvcp::Identity &)> &fits) {
+    Cameras found;
+    std::copy_if(cameras.begin(), cameras.end(), std::back_inserter(found),
+                 [&](const gvcp::Found &camera) { return fits(camera.identity); });
+    return found;
+}
+
+std::string listed(const Cameras &cameras) {
+    Words words;
+    for (const gvcp::Found &camera : cameras) {
+        const CameraName name = nameOf(camera.identity);
+        words.push_back(name.serial + " (" + name.manufacturer + " " + name.model + ", " +
+                        gvcp::dotted(camera.identity.address) + ")");
+    }
+    if (words.size() > kMostNamed + 1) {
+        words.resize(kMostNamed);
+        words.push_back(std::to_string(cameras.size() - kMostNamed) + " more");
+    }
+    return joined(words, " and ");
+}
+
+// The only one; or what is wrong, which begins as given.
+gvcp::Found only(const Cameras &cameras, const std::string &several) {
+    if (cameras.size() == 1)
+        return cameras.front();
+    const std::string serial = cameras.front().identity.serial;
+    const bool alike =
+        those(cameras, [&](const auto &identity) { return identity.serial == serial; }).size() > 1;
+    throw Error(kNoCamera, several + ": " + listed(cameras) + ". Name one of them by its " +
+                               (alike ? "" : "serial number, user name, ") +
+                               "address or MAC address.");
+}
+
+// A colon or a dash stands between the bytes.
+std::optional<uint64_t> macFrom(std::string text) {
+    std::replace(text.begin(), text.end(), '-', ':');
+    std::string digits = text;
+    digits.erase(std::remove(digits.begin(), digits.end(), ':'), digits.end());
+    const uint64_t mac = std::strtoull(digits.c_str(), nullptr, 16);
+    return macText(mac) == lowered(text) ? std::optional(mac) : std::nullopt;
+}
+
+gvcp::Found cameraAt(uint32_t address) {
+    gvcp::Search search;
+    search.window = gvcp::searchFromEnvironment().window;
+    search.addresses = {address};
+    Cameras answered;
+    try {
+        answered = gvcp::discover(search);
+    } catch (const std::system_error &) {
+        // There is no way there.
+    }
+    if (!answered.empty())
+        return answered.front();
+    const std::string outside = gvcp::whyOutside(address);
+    throw Error(kNoCamera, "no camera answers at " + gvcp::dotted(address) +
+                               (outside.empty()
+                                    ? ". Check that the camera has power, that this is its address "
+                                      "('kxinfo list' shows it), and that no firewall keeps its "
+                                      "answer away; then try again."
+                                    : ": " + outside + "." + kGiveAddress));
+}
+
+// All that answer; of one with exactly this serial number or MAC address, no
+// more than is needed to know that it is meant.
+Cameras camerasFor(const std::string &name) {
+    gvcp::Search search = gvcp::searchFromEnvironment();
+    search.expected.reset(); // the one that is meant may be the last to answer
+    search.serial = name;
+    search.mac = macFrom(name);
+    Cameras cameras = gvcp::discover(search);
+    if (cameras.size() != 1 || cameras.front().identity.serial != name)
+        return cameras;
+    // One of another maker is meant only if no Dalsa camera has that number.
+    if (isDalsa(cameras.front().identity))
+        search.window = std::min(search.window, kMoment);
+    search.serial.clear();
+    const gvcp::Identity first = cameras.front().identity;
+    const Cameras others = those(gvcp::discover(search), [&](const auto &identity) {
+        return identity.address != first.address || macOf(identity) != macOf(first);
+    });
+    cameras.insert(cameras.end(), others.begin(), others.end());
+    return cameras;
+}
+
+gvcp::Found cameraNamed(const std::string &name, const std::string &shown) {
+    const Cameras cameras = camerasFor(name);
+    if (cameras.empty())
+        throw Error(kNoCamera, kNoDalsaCamera);
+    const auto hasSerial = [&](const auto &camera) { return nameOf(camera).serial == name; };
+    const auto begins = [&](const auto &camera) { return nameOf(camera).serial.find(name) == 0; };
+    // The first way in which it is meant for any of them.
+    const std::function<bool(const gvcp::Identity &)> ways[] = {
+        [&](const auto &camera) { return isDalsa(camera) && hasSerial(camera); },
+        hasSerial,
+        [&](const auto &camera) { return macFrom(name) == macOf(camera); },
+        [&](const auto &camera) { return nameOf(camera).userName == name; },
+        [&](const auto &camera) { return isDalsa(camera) && begins(camera); },
+    };
+    for (const auto &way : ways)
+        if (const Cameras fitting = those(cameras, way); !fitting.empty())
+            return only(fitting, "several cameras fit " + shown);
+
+    std::set<std::string> names;
+    for (const gvcp::Found &camera : cameras)
+        names.insert({nameOf(camera.identity).serial, nameOf(camera.identity).userName});
+    names.erase("");
+    const bool foreign = !those(cameras, begins).empty();
+    throw Error(kNoCamera,
+                "no camera fits " + shown + ". These answered: " + listed(cameras) + "." +
+                    (foreign ? " A camera of another maker needs its whole serial number."
+                             : didYouMean(name, Words(names.begin(), names.end()))));
+}
+
+gvcp::Found onlyCamera() {
+    const Cameras cameras = gvcp::discover(gvcp::searchFromEnvironment());
+    const Cameras dalsa = those(cameras, isDalsa);
+    if (!dalsa.empty())
+        return only(dalsa, "several cameras answered");
+    if (cameras.empty())
+        throw Error(kNoCamera, kNoDalsaCamera);
+    throw Error(kNoCamera, kOnlyOthers + (": " + listed(cameras)) + ". " + kNameExactly +
+                               ": by its serial number, address, MAC address or user name.");
+}
+
+} // namespace
+
+gvcp::Found chosenCamera(const std::optional<std::string> &name) {
+    std::string meant = name.value_or("");
+    std::string source;
+    if (const char *variable = getenv(kCameraVariable); meant.empty() && variable) {
+        meant = variable;
+        source = std::string(" (") + kCameraVariable + ")";
+    }
+    if (meant.empty())
+        return onlyCamera();
+    if (const auto address = gvcp::addressFrom(meant))
+        return cameraAt(*address);
+    return cameraNamed(meant, '"' + shortened(meant) + '"' + source);
+}
+
+bool isDalsa(const gvcp::Identity &identity) {
+    return strcasestr(identity.manufacturer.c_str(), "Dalsa") != nullptr;
+}
+
+std::string macText(uint64_t mac) {
+    char text[18];
+    (void)snprintf(text, sizeof text, "%012llx", static_cast<unsigned long long>(mac));
+    std::string result(text);
+    for (size_t at = 10; at > 0; at -= 2)
+        result.insert(at, ":");
+    return result;
+}
+
+} // namespace kxinfo

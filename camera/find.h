@@ -1,0 +1,45 @@
+/** Which camera a user means. */
+#ifndef KXINFO_CAMERA_FIND_H
+#define KXINFO_CAMERA_FIND_H
+
+#include <optional>
+#include <string>
+
+#include "cli/error.h"
+#include "gvcp/discovery.h"
+
+namespace kxinfo {
+
+/** The environment variable that names the camera where the command line does not. */
+constexpr const char *kCameraVariable = "KXINFO_CAMERA";
+
+/** What helps when an address is in no network of this computer. */
+constexpr const char *kGiveAddress = " Give the camera an address in a network of this computer, "
+                                     "or this computer one in the camera's network.";
+
+/** What is said when all that answered are of other makers, and what helps. */
+constexpr const char *kOnlyOthers = "no Dalsa camera answered, but cameras of other makers did";
+constexpr const char *kNameExactly = "To work on one of them, name it exactly";
+
+/**
+ * The camera that a user names: by its serial number, its address, its MAC address (a colon or a
+ * dash between the bytes) or its user name; of a Dalsa camera also by how its serial number begins,
+ * if no other Dalsa camera's begins so. Without a name, or with "", the one that KXINFO_CAMERA
+ * names, or else the only Dalsa camera there is.
+ *
+ * An address is asked alone. An exact serial number or MAC address ends the search as soon as this
+ * camera has answered; then there is only a moment for a second one with the same serial number.
+ *
+ * \throws Error (kNoCamera) when there is none or several fit; says what answered instead
+ */
+gvcp::Found chosenCamera(const std::optional<std::string> &name);
+
+/** Whether the maker's name is one that the plug-in looks for. */
+bool isDalsa(const gvcp::Identity &identity);
+
+/** "02:00:7f:00:00:02" */
+std::string macText(uint64_t mac);
+
+} // namespace kxinfo
+
+#endif

@@ -1,0 +1,77 @@
+// kxinfo gamma: shows gamma, or sets it and switches the lookup table to it.
+
+#include <memory>
+
+#include "camera/assign.h"
+#include "camera/command.h"
+#include "camera/lookup_table.h"
+
+namespace kxinfo {
+
+namespace {
+
+struct Request {
+    CameraArgument camera;
+    std::optional<std::string> value; ///< none: gamma is shown
+};
+
+// No serial number is so short, and no gamma is longer before its point.
+bool isGamma(const std::string &word) {
+    const size_t point = word.find('.');
+    return !word.empty() && word.size() < 12 &&
+           word.find_first_not_of("0123456789.") == word.npos &&
+           (point == word.npos ? word.size() : point) <= 2;
+}
+
+std::string gammaText(const Camera &camera, const Reading &gamma) {
+    const TableState state = tableStateOf(camera);
+    const bool disabled = state != TableState::Gamma && state != TableState::Unknown;
+    return disabled || !hasValue(gamma.value) ? "disabled" : valueText(*gamma.feature, gamma.value);
+}
+
+int show(const Camera &camera) {
+    const Reading gamma = readFeature(camera, featureNamed("gammaCorrection"), nullptr);
+    if (gamma.kind == Kind::Missing || gamma.failed)
+        throw Error(kFailed, "this camera has no gamma: " + gamma.problem + ".");
+    const bool hasRange = hasValue(gamma.limits.min);
+    writeOut(camera.heading() + "Gamma: " + gammaText(camera, gamma) +
+             (hasRange ? " (" + rangeText(gamma) + ")" : "") + "\n");
+    return kDone;
+}
+
+int set(const Camera &camera, Switches &switches, const std::string &value) {
+    const Feature &feature = featureNamed("gammaCorrection");
+    const std::string before = gammaText(camera, readFeature(camera, feature, nullptr));
+    std::vector<Assignment> assignments = settingsFor(camera, TableState::Gamma);
+    assignments.push_back({&feature, value});
+    assign(camera, switches, assignments);
+    const std::string after = gammaText(camera, readFeature(camera, feature, nullptr));
+    switches.keepChanges();
+    writeOut(camera.heading() + changeText("Gamma", before, after));
+    return kDone;
+}
+
+} // namespace
+
+Run declareGamma(CLI::App &command) {
+    const auto request = std::make_shared<Request>();
+    addCamera(command, request->camera);
+    command.add_option("VALUE", request->value, "Gamma to set; without it, gamma is shown")
+        ->type_name("");
+    command.footer(
+        R"(Setting gamma switches the lookup table to the gamma curve; 'kxinfo lut off' switches it off again.
+
+Example:
+  kxinfo gamma S1234567 0.45)");
+    return [request] {
+        if (!request->value && request->camera && isGamma(*request->camera))
+            request->value.swap(request->camera);
+        return onCamera(request->camera, request->value ? Purpose::Change : Purpose::Look,
+                        [&](Camera &camera, Switches &switches) {
+                            return request->value ? set(camera, switches, *request->value)
+                                                  : show(camera);
+                        });
+    };
+}
+
+} // namespace kxinfo

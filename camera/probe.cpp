@@ -1,0 +1,349 @@
+// kxinfo probe: has kxinfo-host run a plug-in, in a process of its own for each camera: the plug-in
+// serves one at a time, and what a camera or a plug-in does to that process reaches no other.
+//
+// The plug-in publishes a value also for what a camera lacks. So afterwards kxinfo looks at the camera
+// itself, and says which values are none.
+
+#include <algorithm>
+#include <csignal>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <memory>
+#include <sstream>
+#include <system_error>
+
+#include "camera/child_processes.h"
+#include "camera/command.h"
+#include "camera/find.h"
+#include "camera/values.h"
+#include "cli/host_options.h"
+#include "cli/json.h"
+#include "gvcp/environment.h"
+
+namespace kxinfo {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+// Where the plug-in's folder is, seen from the folder of this program: in the build tree, and
+// installed.
+constexpr const char *kPlaces[] = {
+    "../lib/",
+    "../lib/kxinfo/",
+#ifdef KXINFO_ARCHITECTURE
+    "../lib/" KXINFO_ARCHITECTURE "/kxinfo/",
+#endif
+};
+
+constexpr size_t kMebibyte = 1 << 20;
+constexpr size_t kMostMebibytes = 16;
+// A probe takes a second or two; a camera that falls silent again and again makes it longer.
+constexpr std::chrono::seconds kLongest{60};
+
+// Whether a plug-in built for this platform finds a camera by its whole serial number first.
+#if __has_include("kxgige.h")
+constexpr bool kFindsWholeSerials = true;
+#else
+constexpr bool kFindsWholeSerials = false;
+#endif
+
+constexpr const char *kFooter =
+    R"(Without CAMERA the plug-in lists the cameras, in log lines of level info. Without --json the table
+follows the log lines, if any, after an empty line. With --json standard output holds the JSON
+document and nothing else; '--log stdout' then goes to standard error.
+
+With --all every camera is probed in a process of its own, side by side: one that fails does not
+hide the others. The exit status is the highest of theirs.
+
+Example:
+  kxinfo probe S1234567 --log stdout --level debug)";
+
+std::string hostProgram() {
+    const fs::path folder = fs::read_symlink("/proc/self/exe").parent_path();
+    Words looked;
+    for (const char *place : kPlaces) {
+        std::string file = (folder / place / "kxinfo-host").lexically_normal();
+        std::error_code ignored;
+        if (fs::exists(file, ignored))
+            return file;
+        looked.push_back(std::move(file));
+    }
+    throw Error(kWrongUsage, "the program that runs plug-ins is not where kxinfo looks for it: " +
+                                 joined(looked) + ". Install it with kxinfo.");
+}
+
+/** What the probe of one camera came to. */
+struct Result {
+    std::string serial;
+    const gvcp::Found *found;  ///< null: nobody knows which camera it was
+    int status = kFailed;      ///< an ExitStatus
+    Words messages = {};       ///< lines of standard error, without "kxinfo: "
+    std::string log = {};      ///< with JSON: the lines of a log for standard output
+    std::string table = {};    ///< without JSON: standard output, a log included
+    Json parameters = nullptr; ///< with JSON: those of the document of one camera
+};
+
+// Why the plug-in finds no value in a feature, as a clause; empty: it does.
+std::string problemOf(const Camera &camera, const Feature &feature) {
+    const Kind kind = camera.node(feature.node).kind();
+    if (kind == feature.kind)
+        return "";
+    if (kind == Kind::Missing)
+        return whyMissing(camera, feature, "feature " + feature.node);
+    return "the camera has " + feature.node + " as another kind: " + nameOf(kind) +
+           ", expected is " + nameOf(feature.kind);
+}
+
+// Says of which parameters the values are not the camera's; nothing when it cannot be looked at.
+void lookAtCamera(Result &result) {
+    // What the plug-in reads for a parameter.
+    static const struct {
+        const char *parameter;
+        Words features;
+    } kRead[] = {
+        {"KxScParamAutoBrightTarget", {"autoBrightnessTarget"}},
+        {"KxScParamAutoExpoLower", {"exposureAutoMinValue"}},
+        {"KxScParamAutoExpoUpper", {"exposureAutoMaxValue"}},
+        {"KxScParamAutoGainLower", {"gainAutoMinValue"}},
+        {"KxScParamAutoGainUpper", {"gainAutoMaxValue"}},
+        {"KxScParamExposure", {"ExposureTime"}},
+        {"KxScParamFps", {"AcquisitionFrameRate"}},
+        {"KxScParamGain", {"Gain"}},
+        {"KxScParamGamma", {"gammaCorrection", "lutMode", "lutType"}},
+        {"KxScParamHeight", {"Height", "HeightMax"}},
+        {"KxScParamOffsetX", {"OffsetX", "WidthMax"}},
+        {"KxScParamOffsetY", {"OffsetY", "HeightMax"}},
+        {"KxScParamWidth", {"Width", "WidthMax"}},
+    };
+    try {
+        stopWaitingWhen(stopOnSignals());
+        const Camera camera(*result.found, Purpose::Look);
+        for (const auto &[parameter, features] : kRead) {
+            std::string problem;
+            for (const std::string &name : features)
+                if (problem.empty())
+                    problem = problemOf(camera, featureNamed(name));
+            if (problem.empty())
+                continue;
+            result.messages.push_back(std::string(parameter) + ": " + problem + ".");
+            for (Json &published : result.parameters)
+                if (published.value("name", "") == parameter && !published.contains("problem"))
+                    published["problem"] = problem;
+        }
+    } catch (...) { // whatever it was, the probe itself has gone well
+    }
+}
+
+// Takes apart what stands on standard error.
+void sortLines(const std::string &err, bool withLog, Result &result) {
+    const std::string mark = "kxinfo: ";
+    std::istringstream lines(err);
+    for (std::string line; std::getline(lines, line);) {
+        // A log line without an end has the next message behind it.
+        const size_t at = line.find(mark);
+        if (withLog && at != 0)
+            result.log += line.substr(0, at) + "\n";
+        if (at == 0 || (withLog && at != line.npos))
+            result.messages.push_back(line.substr(at + mark.size()));
+        else if (!withLog)
+            result.messages.push_back(line);
+    }
+}
+
+// Why a child has no exit status of kxinfo's; empty: it has.
+std::string failureOf(const ChildEnd &end) {
+    using How = ChildEnd::How;
+    const std::string number = std::to_string(end.number);
+    if (end.how == How::NotStarted)
+        return "the probe could not be started: " + std::generic_category().message(end.number) +
+               ". End other programs, and try again.";
+    std::string what;
+    if (end.how == How::Signalled)
+        // NOLINTNEXTLINE(concurrency-mt-unsafe)
+        what = "crashed, by signal " + number + " (" + strsignal(end.number) + ")";
+    else if (end.how == How::Overdue)
+        what = "had not ended after " + std::to_string(kLongest.count()) + " s, and was ended";
+    else if (end.how == How::Flooding)
+        what = "wrote more than " + std::to_string(kMostMebibytes) + " MiB, and was ended";
+    else if (end.number > kFailed)
+        what = "ended with status " + number + ", expected was 0 to 3";
+    return what.empty() ? "" : "the probe " + what + ". " + kHintOfLog;
+}
+
+// The parameters in the document of one camera; null when it is none.
+Json parametersIn(const std::string &text) {
+    const Json document = Json::parse(text, nullptr, false);
+    return document.is_object() ? document.value("parameters", Json()) : Json();
+}
+
+// Reads what kxinfo-host left, of which \p collect says what was collected, and looks at the camera.
+void complete(Result &result, const ChildEnd &end, const HostOptions &options, Collect collect) {
+    sortLines(end.err, options.json && options.showsLog(), result);
+    std::string failure = failureOf(end);
+    result.status = failure.empty() ? end.number : kFailed;
+    if (!failure.empty())
+        result.messages.push_back(std::move(failure));
+    if (!options.json)
+        result.table = end.out;
+    else if (result.status == kDone)
+        result.parameters = parametersIn(end.out);
+
+    const bool shown = options.json ? !result.parameters.is_null()
+                                    : collect == Collect::Nothing ||
+                                          end.out.find(headingOf(result.serial)) != end.out.npos;
+    const bool lost = result.status == kDone && !shown;
+    if (lost)
+        result.status = kFailed;
+    if (result.messages.empty() && (lost || (collect == Collect::Both && result.status != kDone)))
+        result.messages.push_back("the probe ended without a result, and did not say why. " +
+                                  std::string(kHintOfLog));
+    if (result.status == kDone && result.found)
+        lookAtCamera(result);
+}
+
+// The camera that is meant, if that is sure. The open platform is told to search for it, and what is
+// no beginning of its serial number becomes this.
+std::optional<gvcp::Found> choose(HostOptions &options) {
+    std::string &name = *options.serial;
+    try {
+        gvcp::Found found = chosenCamera(name);
+        const std::string &serial = found.identity.serial;
+        if (serial.compare(0, name.size(), name) != 0) {
+            name = serial; // which another camera may have, too, so that this one is asked alone
+            (void)setenv("KXGIGE_ADDRESSES", gvcp::dotted(found.identity.address).c_str(), 1);
+            (void)unsetenv("KXGIGE_INTERFACES");
+        }
+        (void)setenv("KXGIGE_SERIAL", serial.c_str(), 1);
+        return found;
+    } catch (const Error &) { // the plug-in may see it otherwise
+        if (!name.empty())
+            (void)unsetenv("KXGIGE_SERIAL"); // kxinfo-host sets it
+        return std::nullopt;
+    }
+}
+
+int probeOne(HostOptions options) {
+    std::optional<gvcp::Found> found;
+    if (options.serial)
+        found = choose(options);
+    const Collect collect = options.json ? Collect::Output : Collect::Nothing;
+    const ChildLimits limits = {std::nullopt, kMostMebibytes * kMebibyte, 1};
+    const ChildEnd end = runChildren({options.command(hostProgram())}, collect, limits).front();
+    if (stopSignal())
+        return kFailed;
+    if (end.how == ChildEnd::How::Signalled && end.number == SIGPIPE)
+        dieOf(SIGPIPE); // the reader of standard output has gone away
+    Result result{options.serial.value_or(""), found ? &*found : nullptr};
+    complete(result, end, options, collect);
+    if (!result.parameters.is_null())
+        writeOut(jsonText(
+            {{"version", 1}, {"serial", *options.serial}, {"parameters", result.parameters}}));
+    for (const std::string &message : result.messages)
+        tell(message);
+    return result.status;
+}
+
+// The camera that the plug-in would open instead of this one: it takes the first, of whatever
+// maker, whose serial number begins with the given one, unless its platform shows it no others.
+const gvcp::Found *cameraInFrontOf(const gvcp::Found &camera,
+                                   const std::vector<gvcp::Found> &cameras, bool wholeSerials) {
+    const std::string &serial = camera.identity.serial;
+    const auto *first = std::find_if(cameras.data(), &camera, [&](const gvcp::Found &other) {
+        return wholeSerials && !serial.empty() ? other.identity.serial == serial
+                                               : other.identity.serial.rfind(serial, 0) == 0;
+    });
+    return first == &camera ? nullptr : first;
+}
+
+std::vector<Result> probeEach(const std::vector<gvcp::Found> &cameras, HostOptions options) {
+    std::vector<Result> results;
+    std::vector<size_t> probed; // of the results
+    std::vector<Words> commands;
+    for (const gvcp::Found &camera : cameras) {
+        if (!isDalsa(camera.identity))
+            continue;
+        const std::string &serial = camera.identity.serial;
+        results.push_back({serial, &camera, kNoCamera});
+        if (const auto *inFront =
+                cameraInFrontOf(camera, cameras, kFindsWholeSerials && !options.plugin)) {
+            results.back().messages = {
+                "the plug-in opens the first camera whose serial number begins with \"" + serial +
+                "\", and that is another one, \"" + inFront->identity.serial +
+                "\". To probe this camera, disconnect the other one for the time."};
+            continue;
+        }
+        probed.push_back(results.size() - 1);
+        options.serial = serial;
+        commands.push_back(options.command(hostProgram()));
+    }
+    const auto ends =
+        runChildren(commands, Collect::Both, {kLongest, kMostMebibytes * kMebibyte, 8});
+    for (size_t i = 0; i < ends.size() && !stopSignal(); ++i)
+        complete(results[probed[i]], ends[i], options, Collect::Both);
+    return results;
+}
+
+void showTables(const std::vector<Result> &results) {
+    const char *gap = "";
+    for (const Result &result : results) {
+        if (!result.table.empty()) {
+            writeOut(gap + result.table + (result.table.back() == '\n' ? "" : "\n"));
+            gap = "\n";
+        }
+        for (const std::string &message : result.messages)
+            tell("camera \"" + result.serial + "\": " + message);
+    }
+}
+
+void showJson(const std::vector<Result> &results) {
+    Json cameras = Json::array();
+    for (const Result &result : results) {
+        cameras.push_back({{"serial", result.serial},
+                           {"status", result.status},
+                           {"messages", result.messages},
+                           {"parameters", result.parameters}});
+        std::istringstream lines(result.log);
+        for (std::string line; std::getline(lines, line);)
+            (void)fprintf(stderr, "%s: %s\n", cleaned(result.serial).c_str(),
+                          cleaned(line).c_str());
+    }
+    writeOut(jsonText({{"version", 2}, {"cameras", cameras}}));
+}
+
+int probeAll(const HostOptions &options) {
+    const std::vector<gvcp::Found> cameras = gvcp::discover(gvcp::searchFromEnvironment());
+    (void)unsetenv("KXGIGE_SERIAL"); // kxinfo-host sets it
+    const auto results = probeEach(cameras, options);
+    stopIfAsked();
+    if (options.json)
+        showJson(results);
+    else
+        showTables(results);
+    if (results.empty())
+        throw Error(kNoCamera, kNoDalsaCamera);
+    int status = kDone;
+    for (const Result &result : results)
+        status = std::max(status, result.status);
+    return status;
+}
+
+} // namespace
+
+Run declareProbe(CLI::App &command) {
+    struct Options {
+        HostOptions host;
+        bool all = false;
+    };
+    const auto options = std::make_shared<Options>();
+    addHostOptions(command, options->host, "CAMERA");
+    command.add_flag("--all", options->all, "Probe every Dalsa camera, side by side");
+    command.footer(kFooter);
+    return [options] {
+        options->host.check(options->all);
+        return options->all ? probeAll(options->host) : probeOne(options->host);
+    };
+}
+
+} // namespace kxinfo

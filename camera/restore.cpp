@@ -1,0 +1,227 @@
+// kxinfo restore: what the camera refuses is tried again after the other settings, since the range
+// of one may depend on another; what it refuses to the end is told, and the rest stays restored.
+
+#include <algorithm>
+#include <map>
+#include <memory>
+
+#include "camera/command.h"
+#include "camera/saved_camera.h"
+#include "camera/values.h"
+
+namespace kxinfo {
+
+namespace {
+
+// A saved table as entries for the camera's.
+std::vector<TableEntry> entriesFor(const LookupTable &table, const SavedTable &saved) {
+    const Words &channels = table.channels();
+    if (std::find(channels.begin(), channels.end(), saved.channel) == channels.end())
+        throw Error(kFailed, "the camera has no such table");
+    if (saved.entries.size() != table.size())
+        throw Error(kFailed, "the file holds " + std::to_string(saved.entries.size()) +
+                                 " entries, but the camera's table has " +
+                                 std::to_string(table.size()));
+    std::vector<TableEntry> entries;
+    for (const int value : saved.entries) {
+        entries.push_back({static_cast<int>(entries.size()), value, 0});
+        if (const std::string why = table.problemOf(entries.back()); !why.empty())
+            throw Error(kFailed, why);
+    }
+    return entries;
+}
+
+class Restoring {
+public:
+    Restoring(const Camera &camera, Switches &switches) : camera_(camera), switches_(switches) {}
+
+    // Writes the tables that fit.
+    void tables(LookupTable &table, const std::vector<SavedTable> &tables) {
+        for (const SavedTable &saved : tables) {
+            const size_t before = table.written();
+            const std::string why =
+                whyNotDone([&] { table.write({saved.channel}, entriesFor(table, saved)); });
+            if (!why.empty())
+                leaveOut(
+                    (saved.channel.empty() ? "" : " of " + saved.channel) +
+                    (table.written() == before ? " stays as it is: " : " is restored in part: ") +
+                    why);
+        }
+        if (table.written())
+            tableChange_ = "lookup table: " + std::to_string(table.written()) + " entries\n";
+    }
+
+    // Sets what differs, and looks afterwards whether it is still so: a setting may move another.
+    void settings(const std::vector<SavedValue> &saved) {
+        for (size_t before = saved.size() + 1; before != wanted_.size();) {
+            before = wanted_.size();
+            refusals_.clear();
+            for (const SavedValue &value : saved)
+                if (wanted_.count(&value) == 0)
+                    attempt(value, [&] { set(value); });
+        }
+        for (const SavedValue &value : saved)
+            if (wanted_.count(&value))
+                attempt(value, [&] { setAgain(value); });
+        for (const SavedValue &value : saved)
+            if (wanted_.count(&value))
+                requireLimitsInOrder(camera_, *value.feature, switches_);
+    }
+
+    // Of the lookup table.
+    void leaveOut(const std::string &what) { leftOut_.push_back("the lookup table" + what + "."); }
+
+    int tellAll() const {
+        const bool refused = !refusals_.empty() || !leftOut_.empty();
+        const std::string lines = changes_ + tableChange_;
+        writeOut(camera_.heading() +
+                 (lines.empty() && !refused
+                      ? "Nothing to restore: the camera is set as the file says.\n"
+                      : lines));
+        for (const Words *sentences : {&refusals_, &leftOut_})
+            for (const std::string &sentence : *sentences)
+                tell(sentence);
+        return refused ? kFailed : kDone;
+    }
+
+private:
+    void attempt(const SavedValue &value, const std::function<void()> &work) {
+        stopIfAsked();
+        if (const std::string why = whyNotDone(work); !why.empty())
+            refusals_.push_back(value.feature->name + whatBecomesOf(*value.feature) + ": " + why +
+                                ".");
+    }
+
+    // Of a feature that is refused.
+    std::string whatBecomesOf(const Feature &feature) {
+        const Reading reading = readFeature(camera_, feature, &switches_);
+        if (reading.kind == Kind::Missing)
+            return " is left out";
+        return " stays " +
+               (hasValue(reading.value) ? quantityText(feature, reading.value) : "as it is");
+    }
+
+    // What the automatic functions set can be set, and keeps its value, while they are off.
+    static Switches::Automation automationFor(const Feature &feature) {
+        return feature.setBy ? Switches::Automation::Off : Switches::Automation::Kept;
+    }
+
+    void set(const SavedValue &saved) {
+        const Feature &feature = *saved.feature;
+        Reading reading = readFeature(camera_, feature, &switches_);
+        const Value present = reading.value;
+        if (!hasValue(present))
+            throw Error(kFailed, reading.problem);
+        Value wanted = saved.value;
+        if (!saved.isExact || present != wanted) {
+            if (feature.setBy) {
+                switches_.reach(feature, automationFor(feature));
+                reading = readFeature(camera_, feature, nullptr);
+            }
+            wanted = checkedValue(camera_, reading, saved.typed);
+            if (saved.isExact && reading.kind == Kind::Float)
+                wanted = std::clamp(std::get<double>(saved.value), numberOf(reading.limits.min),
+                                    numberOf(reading.limits.max));
+        }
+        if (present != wanted) {
+            switches_.write(feature, wanted, automationFor(feature));
+            changes_ += changeText(feature.name, quantityText(feature, present),
+                                   quantityText(feature, wanted));
+        }
+        wanted_[&saved] = wanted;
+    }
+
+    void setAgain(const SavedValue &saved) {
+        const Feature &feature = *saved.feature;
+        const std::string wanted = quantityText(feature, wanted_[&saved]);
+        const auto isKept = [&] {
+            return quantityText(feature, switches_.readAnew(feature)) == wanted;
+        };
+        if (isKept())
+            return;
+        switches_.write(feature, wanted_[&saved], automationFor(feature));
+        if (!isKept())
+            throw Error(kFailed, "the camera does not keep " + wanted);
+    }
+
+    const Camera &camera_;
+    Switches &switches_;
+    std::map<const SavedValue *, Value> wanted_; // of those that are not refused
+    std::string changes_, tableChange_;          // lines
+    Words refusals_, leftOut_;                   // sentences
+};
+
+void tellWhose(const SavedCamera &saved, const std::string &file, const Camera &camera) {
+    const std::string whose = '"' + file + "\" was saved from ";
+    if (saved.name.model != camera.name().model)
+        tell(whose + "a camera of another model, " + saved.name.model +
+             "; what this one does not take is left as it is.");
+    else if (saved.name.serial != camera.name().serial)
+        tell(whose + "another camera, " + saved.name.serial + ".");
+}
+
+int restore(Camera &camera, Switches &switches, const SavedCamera &saved) {
+    Restoring restoring(camera, switches);
+    std::optional<LookupTable> table;
+    try {
+        const auto openTable = [&] { table.emplace(camera, switches); };
+        const std::string why = saved.tables.empty() ? "" : whyNotDone(openTable);
+        if (!why.empty())
+            restoring.leaveOut(" is left out: " + why);
+        if (table)
+            restoring.tables(*table, saved.tables);
+        restoring.settings(saved.settings);
+        switches.keepChanges();
+    } catch (...) {
+        if (!table)
+            throw;
+        return table->giveUp();
+    }
+    return restoring.tellAll();
+}
+
+// What is not in the file stays as it is.
+int tellChanges(const Camera &camera, const SavedCamera &saved) {
+    SavedCamera present = readSaved(camera, nullptr, !saved.tables.empty());
+    const auto isLeftOut = [&](const SavedValue &one) { return !saved.find(*one.feature); };
+    present.settings.erase(
+        std::remove_if(present.settings.begin(), present.settings.end(), isLeftOut),
+        present.settings.end());
+    const std::string lines = differences(present, saved);
+    writeOut(camera.heading() + (lines.empty() ? "Nothing would change.\n" : lines));
+    tellUnread(present, "not compared", &saved);
+    return kDone;
+}
+
+} // namespace
+
+Run declareRestore(CLI::App &command) {
+    struct Request {
+        CameraArgument camera;
+        std::optional<std::string> file;
+        bool dryRun = false;
+    };
+    const auto request = std::make_shared<Request>();
+    addCamera(command, request->camera);
+    command.add_option("FILE", request->file, "File of 'kxinfo save'; - is standard input")
+        ->type_name("");
+    command.add_flag("--dry-run", request->dryRun,
+                     "Tell what would change and write nothing to the camera");
+    command.footer(
+        R"(What the camera refuses is told, and the rest is restored.
+
+Example:
+  kxinfo restore S1234567 camera.json)");
+    return [request] {
+        const std::string file = requireFile("restore", request->camera, request->file);
+        const SavedCamera saved = readSettings(file);
+        return onCamera(request->camera, request->dryRun ? Purpose::Look : Purpose::Change,
+                        [&](Camera &camera, Switches &switches) {
+                            tellWhose(saved, file, camera);
+                            return request->dryRun ? tellChanges(camera, saved)
+                                                   : restore(camera, switches, saved);
+                        });
+    };
+}
+
+} // namespace kxinfo

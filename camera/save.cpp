@@ -1,0 +1,120 @@
+// kxinfo save: what can be read is saved, and what is left out is told.
+
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <cctype>
+#include <cerrno>
+#include <memory>
+#include <set>
+#include <system_error>
+
+#include "camera/command.h"
+#include "camera/find.h"
+#include "camera/saved_camera.h"
+#include "cli/files.h"
+#include "gvcp/environment.h"
+
+namespace kxinfo {
+
+namespace {
+
+struct Request {
+    CameraArgument camera;
+    std::optional<std::string> file;
+    std::string folder;
+    bool noTable = false;
+    bool switching = false;
+};
+
+int save(const CameraArgument &name, const std::string &fileName, const Request &request) {
+    NewFile file(fileName); // before the camera is asked for thousands of entries
+    const Purpose purpose = request.switching ? Purpose::Change : Purpose::Look;
+    return onCamera(name, purpose, [&](Camera &camera, Switches &switches) {
+        const SavedCamera saved =
+            readSaved(camera, request.switching ? &switches : nullptr, !request.noTable);
+        stopIfAsked();
+        waitInSpiteOfAll();
+        // A camera that is lost meanwhile looks like one that lacks the rest.
+        if (const std::string left = switches.putBack(); !left.empty())
+            throw Error(kFailed, left + " Nothing is saved.");
+        file.write(settingsText(saved));
+        size_t entries = 0;
+        for (const SavedTable &table : saved.tables)
+            entries += table.entries.size();
+        if (!file.isStandardOutput())
+            writeOut(camera.heading() + std::to_string(saved.settings.size()) + " settings and " +
+                     std::to_string(entries) + " entries of the lookup table saved to " +
+                     cleaned(fileName) + "\n");
+        tellUnread(saved, "left out");
+        if (!request.switching && !saved.unread.empty())
+            tell("with --switch kxinfo switches the camera for a moment, and reads such settings "
+                 "too.");
+        return kDone;
+    });
+}
+
+// Nothing in it leads elsewhere, or is hidden.
+std::string fileNameFor(const gvcp::Found &camera, std::set<std::string> &taken) {
+    std::string name = camera.identity.serial;
+    const auto isOther = [](unsigned char c) { return !std::isalnum(c) && c != '-' && c != '_'; };
+    std::replace_if(name.begin(), name.end(), isOther, '_');
+    if (name.empty() || taken.count(lowered(name)))
+        name += "_" + gvcp::dotted(camera.identity.address);
+    taken.insert(lowered(name));
+    return name + ".json";
+}
+
+int saveAll(const Request &request) {
+    if (mkdir(request.folder.c_str(), 0777) < 0 && errno != EEXIST)
+        throw Error(kFailed, "the folder \"" + request.folder + "\" cannot be made: " +
+                                 std::generic_category().message(errno) + ".");
+    int status = kDone;
+    std::set<std::string> taken;
+    for (const gvcp::Found &camera : gvcp::discover(gvcp::searchFromEnvironment())) {
+        if (!isDalsa(camera.identity))
+            continue;
+        const std::string file = request.folder + '/' + fileNameFor(camera, taken);
+        try {
+            status = std::max(status, save(gvcp::dotted(camera.identity.address), file, request));
+        } catch (const Error &error) {
+            tell(error.what());
+            status = std::max<int>(status, error.status());
+        }
+        if (stopSignal())
+            break;
+    }
+    if (taken.empty())
+        throw Error(kNoCamera, kNoDalsaCamera);
+    return status;
+}
+
+} // namespace
+
+Run declareSave(CLI::App &command) {
+    const auto request = std::make_shared<Request>();
+    addCamera(command, request->camera);
+    command.add_option("FILE", request->file, "File to write; - is standard output")->type_name("");
+    command
+        .add_option("--all", request->folder,
+                    "Save every camera that answers to this folder, each to SERIAL.json")
+        ->type_name("FOLDER");
+    command.add_flag("--no-table", request->noTable, "Leave the user's lookup table out");
+    addSwitch(command, request->switching);
+    command.footer(
+        R"(Writes nothing to the camera unless --switch says so. The file appears whole or not at all.
+
+Example:
+  kxinfo save S1234567 camera.json)");
+    return [request] {
+        if (!request->folder.empty()) {
+            if (request->camera)
+                throw Error(kWrongUsage, "'kxinfo save' takes --all FOLDER or a file, not both.");
+            return saveAll(*request);
+        }
+        const std::string file = requireFile("save", request->camera, request->file);
+        return save(request->camera, file, *request);
+    };
+}
+
+} // namespace kxinfo

@@ -1,0 +1,117 @@
+#include "camera/saved_camera.h"
+
+#include <algorithm>
+#include <map>
+#include <set>
+
+#include "camera/values.h"
+#include "cli/json.h"
+
+namespace kxinfo {
+
+namespace {
+
+constexpr const char *kTable = "the lookup table";
+
+// With all digits: for values that would look the same otherwise.
+std::string wholeText(const SavedValue &saved) {
+    const char *unit = nameOf(unitOf(*saved.feature, Kind::Float));
+    return shownValue(*saved.feature, saved.value).dump() + (unit ? " " + std::string(unit) : "");
+}
+
+std::string difference(const Feature &feature, const SavedValue *a, const SavedValue *b) {
+    const auto text = [](const SavedValue *saved) {
+        return saved ? quantityText(*saved->feature, saved->value) : kNone;
+    };
+    if (text(a) != text(b))
+        return changeText(feature.name, text(a), text(b));
+    if (a && a->isExact && b->isExact && a->value != b->value)
+        return changeText(feature.name, wholeText(*a), wholeText(*b));
+    return "";
+}
+
+std::string difference(const std::string &channel, const SavedCamera &a, const SavedCamera &b) {
+    const std::string name = "lookup table" + (channel.empty() ? "" : " of " + channel);
+    const auto entriesOf = [&](const SavedCamera &camera) {
+        for (const SavedTable &table : camera.tables)
+            if (table.channel == channel)
+                return table.entries;
+        return std::vector<int>();
+    };
+    const auto size = [](const std::vector<int> &entries) {
+        return entries.empty() ? kNone : std::to_string(entries.size()) + " entries";
+    };
+    const std::vector<int> ofA = entriesOf(a);
+    const std::vector<int> ofB = entriesOf(b);
+    if (ofA.size() != ofB.size())
+        return changeText(name, size(ofA), size(ofB));
+    size_t count = 0;
+    for (size_t i = 0; i < ofA.size(); ++i)
+        count += ofA[i] != ofB[i];
+    return count ? name + ": " + std::to_string(count) + " of " + size(ofA) + " differ\n" : "";
+}
+
+} // namespace
+
+const SavedValue *SavedCamera::find(const Feature &feature) const {
+    const auto found = std::find_if(settings.begin(), settings.end(),
+                                    [&](const SavedValue &s) { return s.feature == &feature; });
+    return found == settings.end() ? nullptr : &*found;
+}
+
+SavedCamera readSaved(const Camera &camera, Switches *switches, bool table) {
+    SavedCamera saved{camera.name()};
+    for (const Feature *feature : savedFeatures()) {
+        stopIfAsked();
+        const Reading reading = readFeature(camera, *feature, switches);
+        if (hasValue(reading.value))
+            saved.settings.push_back({feature, reading.value, true, ""});
+        else if (reading.kind != Kind::Missing)
+            saved.unread.push_back({feature->name, reading.problem});
+    }
+    if (!table || !LookupTable::isOn(camera))
+        return saved;
+    std::string why = "its entries are read by writing their index";
+    if (switches)
+        why = whyNotDone([&] {
+            LookupTable lookupTable(camera, *switches);
+            saved.tables = lookupTable.read(lookupTable.channels());
+        });
+    if (!why.empty())
+        saved.unread.push_back({kTable, why});
+    return saved;
+}
+
+void tellUnread(const SavedCamera &camera, const std::string &what, const SavedCamera *other) {
+    Words reasons; // in the order in which they came
+    std::map<std::string, Words> names;
+    for (const SavedCamera::Unread &unread : camera.unread) {
+        if (other && (unread.name == kTable ? other->tables.empty()
+                                            : !other->find(featureNamed(unread.name))))
+            continue;
+        if (names.count(unread.why) == 0)
+            reasons.push_back(unread.why);
+        names[unread.why].push_back(unread.name);
+    }
+    const auto tellOf = [&](const std::string &reason) {
+        tell(what + ", since " + reason + ": " + joined(names[reason], ", ") + ".");
+    };
+    std::for_each(reasons.begin(), reasons.end(), tellOf);
+}
+
+std::string differences(const SavedCamera &a, const SavedCamera &b) {
+    std::set<std::string> unread;
+    for (const SavedCamera *camera : {&a, &b})
+        for (const SavedCamera::Unread &one : camera->unread)
+            unread.insert(one.name);
+    std::string lines;
+    for (const Feature *feature : savedFeatures())
+        if (unread.count(feature->name) == 0)
+            lines += difference(*feature, a.find(*feature), b.find(*feature));
+    for (const char *channel : {"", "Red", "Green", "Blue"})
+        if (unread.count(kTable) == 0)
+            lines += difference(channel, a, b);
+    return lines;
+}
+
+} // namespace kxinfo

@@ -1,0 +1,207 @@
+// A number stands in the file twice: as "value" in its unit, for people, and as "raw", exactly as
+// the camera holds it, since decibels cannot be turned back without a rest. Who edits "value" or
+// "unit" means it: "raw" counts while it belongs to them.
+
+#include "camera/saved_camera.h"
+
+#include <algorithm>
+#include <cmath>
+#include <set>
+
+#include "camera/values.h"
+#include "cli/files.h"
+#include "cli/json.h"
+
+namespace kxinfo {
+
+extern const char *const kSettingsSchema; // docs/schema/settings.schema.json
+
+namespace {
+
+using nlohmann::json; // finds a member in no time, unlike one that keeps their order
+
+constexpr int kVersion = 1;
+const char *const kExpectedFile = "Expected is a file that 'kxinfo save' wrote.";
+
+// Our own files nest 4 deep and have 4 members in one place.
+constexpr int kDeepest = 16;
+constexpr size_t kMostMembers = 64;
+// Three tables of 16 bits, and room for the settings.
+constexpr size_t kMostValues = 1 << 18;
+// A list or an object counts for as many: checking one takes that much longer.
+constexpr size_t kValuesOfList = 256;
+// Of what a parser says, with a part of the file in it.
+constexpr size_t kLongestReason = 200;
+// Numbers that differ by less are the same: there are files with the digits of single precision, and
+// decibels computed with it.
+constexpr double kSameNumber = 1e-7;
+constexpr double kSameDecibels = 1e-6;
+
+// A complaint about the file; its name comes in front in the end.
+[[noreturn]] void complain(const std::string &what) {
+    throw Error(kWrongUsage, what);
+}
+
+Json asJson(const SavedValue &saved) {
+    const Feature &feature = *saved.feature;
+    Json setting = {{"name", feature.name}, {"value", shownValue(feature, saved.value)}};
+    const auto *number = std::get_if<double>(&saved.value);
+    if (number || std::holds_alternative<int64_t>(saved.value)) {
+        const char *unit = nameOf(unitOf(feature, number ? Kind::Float : Kind::Integer));
+        setting["unit"] = unit ? Json(unit) : Json(nullptr);
+    }
+    if (number && std::isfinite(*number)) // JSON has no other numbers
+        setting["raw"] = *number;
+    return setting;
+}
+
+// Bounded while it is read: what comes after is of no great size.
+json parsed(const std::string &text) {
+    std::vector<std::set<std::string>> members; // of the objects that are open
+    size_t values = 0;
+    const auto look = [&](int depth, json::parse_event_t event, const json &part) {
+        using Event = json::parse_event_t;
+        if (depth > kDeepest)
+            complain("nests lists or objects more than " + std::to_string(kDeepest) + " deep.");
+        if (event == Event::object_start)
+            members.emplace_back();
+        else if (event == Event::object_end)
+            members.pop_back();
+        else if (event == Event::key && !members.back().insert(part).second)
+            complain("has a member \"" + shortened(part) + "\" twice in one place.");
+        else if (event == Event::key && members.back().size() > kMostMembers)
+            complain("has more than " + std::to_string(kMostMembers) + " members in one place.");
+        const bool isList = event == Event::array_start || event == Event::object_start;
+        values += isList ? kValuesOfList : event == Event::value;
+        if (values > kMostValues)
+            complain("holds more than " + std::to_string(kMostValues) + " values.");
+        return true;
+    };
+    try {
+        return json::parse(text, look);
+    } catch (const json::parse_error &error) { // "[json.exception...] parse error at line 1, ..."
+        const std::string what = error.what();
+        complain("is no JSON document: " +
+                 shortened(what.substr(what.find(' ') + 1), kLongestReason) + ".");
+    } catch (const json::exception &) {
+        complain("holds a number beyond all that JSON readers take.");
+    }
+}
+
+std::string cleanedText(const json &value) {
+    return cleaned(value.get_ref<const std::string &>());
+}
+
+// Whether the camera's own number is still the one that value and unit show.
+bool belongs(double raw, const Feature &feature, const json &value, const std::string &unit) {
+    const char *usual = nameOf(feature.unit);
+    if (!unit.empty() && unit != (usual ? usual : ""))
+        return false;
+    const double shown = shownNumber(feature.unit, raw);
+    if (!value.is_number())
+        return !std::isfinite(shown) && value == nameOfNonNumber(shown);
+    const double same = feature.unit == Unit::Decibels ? kSameDecibels : kSameNumber;
+    return std::fabs(shown - value.get<double>()) <=
+           same * std::max(1.0, std::fabs(value.get<double>()));
+}
+
+SavedValue settingIn(const json &entry) {
+    const Feature &feature = featureNamed(entry.at("name"));
+    const json &value = entry.at("value");
+    SavedValue saved{&feature, {}, false, value.is_string() ? cleanedText(value) : value.dump()};
+    if (value.is_boolean())
+        saved.value = value.get<bool>();
+    else if (value.is_string())
+        saved.value = saved.typed;
+    else if (value.is_number_integer() && std::fabs(value.get<double>()) < 0x1p63)
+        saved.value = value.get<int64_t>();
+    else
+        saved.value = value.get<double>();
+
+    // Without a unit a number is in the one that save writes.
+    const char *usual = nameOf(feature.unit);
+    const bool hasNone = entry.contains("unit") && entry.at("unit").is_null();
+    const std::string unit = hasNone ? "" : entry.value("unit", "");
+    if (value.is_number() && !hasNone && (usual || !unit.empty())) {
+        const double number = numberOf(saved.value);
+        const auto own = ownNumber(feature, number, unit.empty() ? usual : unit);
+        if (!own)
+            complain("has \"" + shortened(unit) + "\" as unit of " + feature.name +
+                     "; expected is " +
+                     (unitsOf(feature).empty() ? "null" : joined(unitsOf(feature))) + ".");
+        if (*own != number || feature.unit == Unit::Decibels)
+            saved.value = *own;
+    }
+    if (hasNone && value.is_number() && feature.unit == Unit::Decibels)
+        saved.typed += " x"; // of a camera that has whole factors
+    else if (!unit.empty())
+        saved.typed += ' ' + unit; // "301/s" would be 301
+    if (entry.contains("raw") && belongs(entry.at("raw"), feature, value, unit)) {
+        saved.value = entry.at("raw").get<double>();
+        saved.isExact = true;
+    }
+    return saved;
+}
+
+SavedCamera cameraIn(const json &document) {
+    static const json schema = json::parse(kSettingsSchema);
+    if (document.is_object() && document.contains("version") && document["version"] != kVersion)
+        complain("is of version " + shortened(document["version"].dump()) +
+                 "; this kxinfo reads version " + std::to_string(kVersion) + ".");
+    if (const std::string wrong = violation(document, schema); !wrong.empty())
+        complain("is no file of settings: " + wrong);
+    const json &about = document["camera"];
+    SavedCamera camera{{cleanedText(about["manufacturer"]), cleanedText(about["model"]),
+                        cleanedText(about["serial"]), ""}};
+    for (const json &setting : document["settings"])
+        camera.settings.push_back(settingIn(setting));
+    std::sort(camera.settings.begin(), camera.settings.end(),
+              [](const auto &a, const auto &b) { return a.feature->saved < b.feature->saved; });
+    for (size_t i = 1; i < camera.settings.size(); ++i)
+        if (camera.settings[i].feature == camera.settings[i - 1].feature)
+            complain("holds the setting \"" + camera.settings[i].feature->name + "\" twice.");
+    for (const json &table : document.value("lookupTables", json::array())) {
+        const std::string channel =
+            table.at("channel").is_null() ? "" : cleanedText(table.at("channel"));
+        for (const SavedTable &other : camera.tables)
+            if (other.channel == channel)
+                complain("holds the lookup table of " +
+                         (channel.empty() ? "all colours" : channel) + " twice.");
+        camera.tables.push_back({channel, table.at("entries").get<std::vector<int>>()});
+    }
+    return camera;
+}
+
+} // namespace
+
+std::string settingsText(const SavedCamera &camera) {
+    Json settings = Json::array();
+    for (const SavedValue &value : camera.settings)
+        settings.push_back(asJson(value));
+    Json tables = Json::array();
+    for (const SavedTable &table : camera.tables)
+        tables.push_back({{"channel", table.channel.empty() ? Json(nullptr) : Json(table.channel)},
+                          {"entries", table.entries}});
+    const Json document = {{"version", kVersion},
+                           {"camera",
+                            {{"manufacturer", camera.name.manufacturer},
+                             {"model", camera.name.model},
+                             {"serial", camera.name.serial}}},
+                           {"settings", settings},
+                           {"lookupTables", tables}};
+    return document.dump(1, ' ', false, Json::error_handler_t::replace) + '\n';
+}
+
+SavedCamera settingsFrom(const std::string &text, const std::string &name) {
+    try {
+        return cameraIn(parsed(text));
+    } catch (const Error &complaint) {
+        throw Error(kWrongUsage, '"' + name + "\" " + complaint.what() + " " + kExpectedFile);
+    }
+}
+
+SavedCamera readSettings(const std::string &name) {
+    return settingsFrom(readFile(name, kExpectedFile), name);
+}
+
+} // namespace kxinfo

@@ -1,0 +1,238 @@
+#include "camera/switches.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "camera/values.h"
+
+namespace kxinfo {
+
+namespace {
+
+// Automatic control, the latest switched first.
+constexpr const char *kAutomation[] = {"gainAutoSource", "GainAuto", "ExposureAuto",
+                                       "autoBrightnessMode"};
+constexpr const char *kWholeAutomation = "autoBrightnessMode";
+
+bool isAutomation(const Feature &feature) {
+    return std::find(std::begin(kAutomation), std::end(kAutomation), feature.name) !=
+           std::end(kAutomation);
+}
+
+bool needsAutomation(const Feature &feature) {
+    return std::any_of(feature.needs.begin(), feature.needs.end(),
+                       [](const Need &need) { return need.node == std::string(kWholeAutomation); });
+}
+
+} // namespace
+
+// BalanceRatio of red and of blue, for example, are two features.
+Switches::Remembered *Switches::find(const Feature &feature) {
+    const auto found =
+        std::find_if(remembered_.begin(), remembered_.end(),
+                     [&](const Remembered &r) { return r.feature->name == feature.name; });
+    return found == remembered_.end() ? nullptr : &*found;
+}
+
+// A mode is remembered after those that it needs itself, so that putting back the latest first
+// finds them switched.
+void Switches::keep(const Feature &feature) {
+    const Node node = camera_.node(feature.node);
+    if (!find(feature) && node.kind() != Kind::Missing && node.isReadable())
+        remembered_.push_back({&feature, node.read(), {}});
+}
+
+// Makes it that value. What was written last does not count: whether it has arrived is unknown when
+// the wait for the camera's answer was cut short.
+void Switches::settle(const Feature &feature, const Value &value) const {
+    const Node node = camera_.node(feature.node);
+    if (node.read(Cache::Ignored) != value)
+        node.write(value);
+}
+
+void Switches::remember(const Feature &feature, Automation automation) {
+    reach(feature, automation);
+    keep(feature);
+    if (Remembered *remembered = find(feature))
+        remembered->touched = true;
+}
+
+// Whether the camera sets exposure time, or gain, by itself when all is put back.
+bool Switches::isAutomatic(const Feature &automation) {
+    const auto is = [this](const Feature &feature, const char *entry) {
+        if (const Remembered *remembered = find(feature))
+            return remembered->settled() == Value(entry);
+        const Node node = camera_.node(feature.node);
+        return node.isReadable() && node.read() == Value(entry);
+    };
+    const Feature &whole = featureNamed(kWholeAutomation);
+    return is(automation, "Continuous") &&
+           (camera_.node(whole.node).kind() != Kind::Enumeration || is(whole, "Active"));
+}
+
+// Automatic control works as soon as it is on, if only for a moment and for another feature's sake.
+void Switches::keepWhatAutomationMoves() {
+    for (const Feature &feature : allFeatures()) {
+        if (!feature.setBy || camera_.node(feature.node).kind() == Kind::Missing ||
+            isAutomatic(featureNamed(feature.setBy)))
+            continue;
+        switchFor(feature);
+        keep(feature);
+    }
+}
+
+void Switches::putBackWhatAutomationMoved() {
+    for (const Feature &feature : allFeatures()) {
+        const Remembered *remembered = feature.setBy ? find(feature) : nullptr;
+        if (!remembered || isAutomatic(featureNamed(feature.setBy)))
+            continue;
+        const Value settled = remembered->settled();
+        switchFor(feature);
+        settle(feature, settled);
+    }
+}
+
+void Switches::leaveAutomation() {
+    bool left = false;
+    for (const char *name : kAutomation) {
+        const Feature &mode = featureNamed(name);
+        const Remembered *remembered = find(mode);
+        if (!remembered || !remembered->switched)
+            continue;
+        const Value settled = remembered->settled();
+        switchFor(mode); // may remember more
+        settle(mode, settled);
+        find(mode)->switched = false;
+        left = true;
+    }
+    if (left)
+        putBackWhatAutomationMoved();
+}
+
+void Switches::select(const Feature &feature, const std::string &entry) {
+    const Node node = camera_.node(feature.node);
+    if (node.kind() != Kind::Enumeration || !node.isReadable())
+        return;
+    if (node.read() == Value(entry))
+        return keep(feature);
+    if (isAutomation(feature))
+        keepWhatAutomationMoves();
+    keep(feature);
+    if (Remembered *const kept = find(feature)) { // what was switched may have made it unreadable
+        kept->switched = kept->everSwitched = true;
+        node.write(entry);
+    }
+}
+
+void Switches::switchFor(const Feature &feature) {
+    for (const Need &need : feature.needs)
+        select(featureNamed(need.node), need.entry);
+}
+
+void Switches::switchToManual() {
+    const Feature &whole = featureNamed(kWholeAutomation);
+    if (camera_.node(whole.node).kind() == Kind::Enumeration)
+        return select(whole, "Off");
+    select(featureNamed("ExposureAuto"), "Off");
+    select(featureNamed("GainAuto"), "Off");
+}
+
+void Switches::reach(const Feature &feature, Automation automation) {
+    const Remembered *mode = find(featureNamed(kWholeAutomation));
+    const bool isManual =
+        mode && mode->switched && camera_.node(kWholeAutomation).read() == Value("Off");
+    if (!needsAutomation(feature) && !(automation == Automation::Off && isManual))
+        leaveAutomation();
+    if (automation == Automation::Off)
+        switchToManual();
+    switchFor(feature);
+}
+
+Value Switches::read(const Feature &feature) {
+    reach(feature);
+    const Remembered *remembered = find(feature);
+    return remembered ? remembered->settled() : camera_.node(feature.node).read();
+}
+
+Value Switches::readAnew(const Feature &feature) {
+    reach(feature);
+    const Remembered *remembered = find(feature);
+    if (remembered && remembered->switched)
+        return remembered->settled();
+    return camera_.node(feature.node).read(Cache::Ignored);
+}
+
+void Switches::write(const Feature &feature, const Value &value, Automation automation) {
+    remember(feature, automation);
+    const Node node = camera_.node(feature.node);
+    node.write(value);
+    if (Remembered *remembered = find(feature)) {
+        remembered->after = node.read();
+        remembered->switched = false;
+    }
+}
+
+void Switches::keepChanges() {
+    stopIfAsked();
+    for (Remembered &remembered : remembered_) {
+        if (!remembered.after)
+            continue;
+        remembered.before = *std::exchange(remembered.after, std::nullopt);
+        remembered.touched = false;
+    }
+}
+
+std::string Switches::named(bool (*which)(const Remembered &remembered)) const {
+    Words names;
+    for (const Remembered &remembered : remembered_)
+        if (which(remembered))
+            names.push_back(remembered.feature->name);
+    return joined(names, ", ");
+}
+
+std::string Switches::changes() const {
+    return named([](const Remembered &remembered) { return remembered.after.has_value(); });
+}
+
+std::string Switches::switched() const {
+    return named([](const Remembered &remembered) { return remembered.everSwitched; });
+}
+
+Switches::Failures Switches::putBackOnce() {
+    Failures failures;
+    for (size_t i = remembered_.size(); i-- > 0;) {
+        const Remembered mode = remembered_[i]; // reaching may remember more
+        if (!mode.switched && !mode.touched)
+            continue;
+        try {
+            reach(*mode.feature);
+            settle(*mode.feature, mode.before);
+        } catch (...) {
+            failures.features.push_back(mode.feature->name + " to " +
+                                        quantityText(*mode.feature, mode.before));
+            if (failures.reason.empty())
+                failures.reason = reasonInFlight();
+        }
+    }
+    return failures;
+}
+
+// The range of a feature may depend on another that is put back after it, so what has failed is
+// tried again as long as that helps: with all others, since reaching it may switch them once more.
+std::string Switches::putBack() {
+    for (Remembered &remembered : remembered_)
+        remembered.after.reset();
+    Failures failures = putBackOnce();
+    for (size_t before = remembered_.size() + 1;
+         !failures.features.empty() && failures.features.size() < before;) {
+        before = failures.features.size();
+        failures = putBackOnce();
+    }
+    remembered_.clear();
+    if (failures.features.empty())
+        return "";
+    return "this could not be put back: " + joined(failures.features, ", ") + " (" +
+           failures.reason + ").";
+}
+
+} // namespace kxinfo

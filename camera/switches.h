@@ -1,0 +1,103 @@
+/**
+ * What a command finds on a camera and has to leave there.
+ *
+ * Some features can only be reached while others are switched: selectors, the automatic functions,
+ * the kind of lookup table. These are switched for as long as a command needs it and put back at
+ * its end. What a command changes for good is put back too, unless the command came to its end.
+ */
+#ifndef KXINFO_CAMERA_SWITCHES_H
+#define KXINFO_CAMERA_SWITCHES_H
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "camera/camera.h"
+
+namespace kxinfo {
+
+class Switches {
+public:
+    explicit Switches(const Camera &camera) : camera_(camera) {}
+
+    /** What becomes of the automatic functions while a feature is reached. */
+    enum class Automation {
+        Kept,
+        Off ///< what they set can be set then
+    };
+
+    /**
+     * Switches what the feature needs and the camera has, and remembers what it was. Automatic
+     * functions that have been switched on for another feature are put back first: while they are
+     * on, a camera may not let exposure time and gain be set. What cannot be reached because the
+     * camera lacks a mode is not told here: the feature itself will not be available.
+     */
+    void reach(const Feature &feature, Automation automation = Automation::Kept);
+
+    /** Remembers a feature's value, so that it is put back. No harm when it cannot be read. */
+    void remember(const Feature &feature, Automation automation = Automation::Kept);
+
+    /** The value that the feature has, or will have when all is put back. */
+    Value read(const Feature &feature);
+
+    /** The same, but of a feature that is not switched at the moment as the camera has it now. */
+    Value readAnew(const Feature &feature);
+
+    /** Remembers a feature and writes it for good. */
+    void write(const Feature &feature, const Value &value,
+               Automation automation = Automation::Kept);
+
+    /** What has been written for good stays. \throws Error when the user has asked to stop */
+    void keepChanges();
+
+    /** Features that are to stay changed, separated by commas. */
+    std::string changes() const;
+
+    /** What has been switched for the moment, separated by commas. */
+    std::string switched() const;
+
+    /**
+     * Puts everything back, the latest first, and goes on when one cannot be.
+     *
+     * \return what could not be put back and why, as a sentence; empty when all is as before
+     */
+    std::string putBack();
+
+private:
+    struct Remembered {
+        const Feature *feature;
+        Value before;
+        std::optional<Value> after; ///< what it is meant to stay
+        bool switched = false;      ///< at the moment, to reach another feature
+        bool everSwitched = false;  ///< for that at any time
+        bool touched = false;       ///< something else than reach() may have changed it
+
+        const Value &settled() const { return after ? *after : before; }
+    };
+
+    /** What could not be put back. */
+    struct Failures {
+        Words features;     ///< and their values
+        std::string reason; ///< of the first
+    };
+
+    Failures putBackOnce();
+    std::string named(bool (*which)(const Remembered &remembered)) const;
+    Remembered *find(const Feature &feature);
+    void settle(const Feature &feature, const Value &value) const;
+    void keep(const Feature &feature);
+    void keepWhatAutomationMoves();
+    void putBackWhatAutomationMoved();
+    void leaveAutomation();
+    bool isAutomatic(const Feature &automation);
+    void switchFor(const Feature &feature);
+    void switchToManual();
+    void select(const Feature &feature, const std::string &entry);
+
+    const Camera &camera_;
+    std::vector<Remembered> remembered_;
+};
+
+} // namespace kxinfo
+
+#endif

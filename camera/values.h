@@ -1,0 +1,102 @@
+/** Features with their values and ranges: read, shown, typed, converted. */
+#ifndef KXINFO_CAMERA_VALUES_H
+#define KXINFO_CAMERA_VALUES_H
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include <nlohmann/json_fwd.hpp>
+
+#include "camera/camera.h"
+
+namespace kxinfo {
+
+class Switches;
+
+/** What is known of a feature. Values are the camera's own. */
+struct Reading {
+    const Feature *feature;
+    Kind kind = Kind::Missing;
+    GenApi_3_0::EAccessMode access = GenApi_3_0::NI;
+    Value value = {}; ///< none: it cannot be read at present, see \ref problem
+    Limits limits = {};
+    Words entries = {};       ///< of an enumeration: what it may be set to
+    std::string problem = {}; ///< why there is no value, or no range, as a clause
+    bool failed = false;      ///< the problem is an error, not the camera's present state
+};
+
+/**
+ * Reads a feature, its range and its access. What it needs is switched by \p switches; without, what
+ * would have to be is told as the problem.
+ *
+ * \throws the platform's TimeoutException when the camera has fallen silent; its other exceptions
+ *         end up in Reading::problem
+ */
+Reading readFeature(const Camera &camera, const Feature &feature, Switches *switches);
+
+/**
+ * That the camera lacks the feature, with what it has in its place, as a clause.
+ *
+ * \param what  how the feature is named there
+ */
+std::string whyMissing(const Camera &camera, const Feature &feature,
+                       const std::string &what = "such feature");
+
+/** The unit of a feature's numbers: that of the table where the camera's kind bears it. */
+Unit unitOf(const Feature &feature, Kind kind);
+
+/** The camera's number in the unit that users see, and back. The one place for decibels. */
+double shownNumber(Unit unit, double own);
+double ownNumber(Unit unit, double shown);
+
+/** Units that may be typed behind a number of the feature, in any capitals. */
+Words unitsOf(const Feature &feature);
+
+/** The camera's own number for one with such a unit; none: it is a unit of something else. */
+std::optional<double> ownNumber(const Feature &feature, double typed, std::string_view unit);
+
+/** A value in the unit that users see; null for none. */
+nlohmann::ordered_json shownValue(const Feature &feature, const Value &value);
+
+/** A value for people: in its unit, rounded, without the unit's name; "-" for none. */
+std::string valueText(const Feature &feature, const Value &value);
+
+/** The same with the unit's name. */
+std::string quantityText(const Feature &feature, const Value &value);
+
+/** "NAME: VALUE (PROBLEM)" of a row of the table, as it can be read; with a line end. */
+std::string lineOf(const Camera &camera, const char *name);
+
+/** "NAME: BEFORE -> AFTER", or "NAME: BEFORE" when that is the same; with a line end. */
+std::string changeText(const std::string &name, const std::string &before,
+                       const std::string &after);
+
+/** "a number, 0 to 18.0618 dB", "one of Off, Continuous", "true or false". */
+std::string rangeText(const Reading &reading);
+
+/**
+ * What a user typed as a value of the feature, if it may be set to that now: with a unit that fits
+ * or without one, entries and switches in any capitals. A number that is shown like an end of the
+ * range counts as that end; decibels go to the nearest step.
+ *
+ * \throws Error (kWrongUsage) when it is none, outside the range or, a whole number, off its steps,
+ *         or the feature cannot be written; (kFailed) when the camera does not have it
+ */
+Value checkedValue(const Camera &camera, const Reading &reading, const std::string &text);
+
+/**
+ * What to say of a float that is beside its steps, with the nearest ones; empty: it is on one.
+ * Cameras take such a value: it is for them to say what becomes of it.
+ */
+std::string offStepNote(const Reading &reading, const Value &value);
+
+/** \throws Error (kWrongUsage) when the feature is a limit, and the lower is above the upper by now */
+void requireLimitsInOrder(const Camera &camera, const Feature &changed, Switches &switches);
+
+/** "NA", "RO", ... */
+const char *nameOf(GenApi_3_0::EAccessMode access);
+
+} // namespace kxinfo
+
+#endif

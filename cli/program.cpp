@@ -1,0 +1,178 @@
+#include "cli/program.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <csignal>
+#include <map>
+#include <new>
+#include <sstream>
+#include <utility>
+
+namespace kxinfo {
+
+namespace {
+
+bool isOption(const std::string &word) {
+    return word.size() > 1 && word[0] == '-';
+}
+
+Words namesOf(const Program &program) {
+    Words names;
+    for (const Command &command : program.commands)
+        names.emplace_back(command.name);
+    return names;
+}
+
+// Brings the command to the front, and "help" behind it as its option.
+void sortOut(const Program &program, Words &arguments) {
+    const Words names = namesOf(program);
+    const auto isCommand = [&](const std::string &word) {
+        return std::find(names.begin(), names.end(), word) != names.end();
+    };
+    if (!arguments.empty() && arguments.front() == "help") {
+        arguments.erase(arguments.begin());
+        arguments.push_back("--help");
+    }
+    if (arguments.empty() || !isOption(arguments.front()))
+        return;
+    const auto command = std::find_if(arguments.begin(), arguments.end(), isCommand);
+    if (command != arguments.end() && arguments.front() != "--version")
+        std::rotate(arguments.begin(), command, command + 1);
+}
+
+Words optionsOf(const CLI::App &command) {
+    Words options;
+    for (const CLI::Option *option : command.get_options())
+        for (const std::string &name : option->get_lnames())
+            options.push_back("--" + name);
+    return options;
+}
+
+// What is wrong behind a command.
+std::string wrongBehind(const Program &program, const CLI::App &command,
+                        const CLI::ParseError &error) {
+    const std::string full =
+        program.name + (command.get_name() == program.name ? "" : " " + command.get_name());
+    const std::string hint = " Run '" + full + " --help' for what is expected.";
+    const auto is = [&error](CLI::ExitCodes code) {
+        return error.get_exit_code() == static_cast<int>(code);
+    };
+    const std::string what = error.what();
+    const std::string subject = what.substr(0, what.find(':'));
+    const Words rest = command.remaining();
+    if (is(CLI::ExitCodes::ExtrasError) && !rest.empty())
+        return "'" + full + "' does not take \"" + shortened(rest.front()) + "\"." +
+               (isOption(rest.front())
+                    ? didYouMean(rest.front().substr(0, rest.front().find('=')), optionsOf(command))
+                    : "") +
+               hint;
+    if (is(CLI::ExitCodes::RequiredError))
+        return "'" + full + "' needs " + what.substr(0, what.find(" is required")) + "." + hint;
+    if (is(CLI::ExitCodes::ArgumentMismatch) && isOption(subject)) // the option's name
+        return subject +
+               (what.find("missing") != what.npos ? " needs a value." : " is given twice.") + hint;
+    return what + (what.empty() || what.back() != '.' ? "." : "") + hint;
+}
+
+// What is wrong in front of a command, or with it.
+std::string wrongInFront(const Program &program, const CLI::App &app, const Words &given) {
+    const std::string hint =
+        std::string(" Run '") + program.name + " --help' for the commands and examples.";
+    const Words names = namesOf(program);
+    const std::string expected = "; expected is " + joined(names) + ".";
+    if (given.empty())
+        return "a command is missing" + expected + hint;
+    const Words front = app.remaining();
+    const std::string word = front.empty() ? given.front() : front.front();
+    Words known = isOption(word) ? optionsOf(app) : names;
+    known.emplace_back(isOption(word) ? "--help" : "help");
+    const std::string guess = didYouMean(word, known);
+    return (isOption(word) ? "unknown option \"" : "unknown command \"") + shortened(word) + "\"" +
+           (guess.empty() ? expected : "." + guess) + hint;
+}
+
+int run(const Program &program, Words arguments) {
+    try {
+        return readCommandLine(program, std::move(arguments))();
+    } catch (const Error &error) {
+        tell(error.what());
+        return error.status();
+    } catch (const std::bad_alloc &) {
+        tell("there is not enough memory. End other programs, or allow this one more, and try "
+             "again.");
+    } catch (const std::exception &error) {
+        tell("this computer does not let kxinfo do its work: " + std::string(error.what()) + ".");
+    }
+    return kFailed;
+}
+
+} // namespace
+
+Run readCommandLine(const Program &program, Words arguments) {
+    CLI::App app{program.description, program.name};
+    app.set_version_flag("--version", std::string(program.name) + " " KXINFO_VERSION);
+    app.footer(program.footer);
+    std::map<const CLI::App *, Run> runs;
+    const bool single = !*program.commands.front().name;
+    if (single) {
+        runs[&app] = program.commands.front().declare(app);
+    } else {
+        sortOut(program, arguments);
+        app.require_subcommand(1);
+        app.get_formatter()->label("SUBCOMMAND", "COMMAND");
+        for (const Command &command : program.commands) {
+            CLI::App *added = app.add_subcommand(command.name, command.summary);
+            added->group("Commands");
+            runs[added] = command.declare(*added);
+        }
+    }
+    const auto chosen = [&] { return single ? &app : app.get_subcommands().front(); };
+    try {
+        app.parse(Words(arguments.rbegin(), arguments.rend()));
+        return runs.at(chosen());
+    } catch (const CLI::ParseError &error) {
+        if (error.get_exit_code() == 0) { // --help or --version
+            std::ostringstream text;
+            (void)app.exit(error, text, text);
+            return [text = text.str()] {
+                writeOut(text);
+                return kDone;
+            };
+        }
+        if (single || (!app.get_subcommands().empty() && app.remaining().empty()))
+            throw Error(kWrongUsage, wrongBehind(program, *chosen(), error));
+        throw Error(kWrongUsage, wrongInFront(program, app, arguments));
+    }
+}
+
+int runProgram(const Program &program, int argc, char **argv) {
+    prepareStandardStreams();
+    int status = run(program, Words(argv + std::min(argc, 1), argv + argc));
+    errno = 0;
+    if (!finishStandardOutput()) {
+        if (brokenPipe())
+            dieOf(SIGPIPE);
+        tell("standard output did not take all that was written to it. Check that its disk is not "
+             "full and that its reader still reads.");
+        status = kFailed;
+    }
+    if (const int signal = stopSignal())
+        dieOf(signal);
+    return status;
+}
+
+CLI::Validator oneOf(const Words &names, const std::string &wrong) {
+    return CLI::Validator(
+        [=](std::string &given) -> std::string {
+            for (const std::string &name : names)
+                if (sameWord(name, given)) {
+                    given = name;
+                    return {};
+                }
+            throw Error(kWrongUsage, wrong + " \"" + shortened(given) + "\"; expected is " +
+                                         joined(names) + ".");
+        },
+        "{" + joined(names, ",", ",") + "}");
+}
+
+} // namespace kxinfo
