@@ -30,15 +30,12 @@ size_t distance(const std::string &left, const std::string &right) {
 
 std::string escaped(const std::string &text, const std::string &others) {
     std::string clean;
-    unsigned char before = 0;
     for (const char c : text) {
         const auto byte = static_cast<unsigned char>(c);
-        const bool isControl =
-            byte < 0x20 || byte == 0x7F || (before == 0xC2 && byte >= 0x80 && byte < 0xA0); // UTF-8
+        const bool isPrintable = c >= ' ' && c <= '~';
         char code[8];
         std::snprintf(code, sizeof code, "\\x%02X", byte);
-        clean += isControl || others.find(c) != std::string::npos ? code : std::string(1, c);
-        before = byte;
+        clean += isPrintable && others.find(c) == std::string::npos ? std::string(1, c) : code;
     }
     return clean;
 }

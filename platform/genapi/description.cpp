@@ -184,11 +184,20 @@ private:
             REFUSE("'%.60s': there are two nodes of that name", name);
     }
 
+    // Entries' names go to logs as they are: with a '?' for what would act there.
+    const char *printable(const char *text) {
+        const auto acts = [](char c) { return c < ' ' || c > '~'; };
+        std::string clean = text;
+        std::replace_if(clean.begin(), clean.end(), acts, '?');
+        return clean == text ? text : to_.texts_.emplace_back(std::move(clean)).c_str();
+    }
+
     // Declares a node, and before it those inside it. What is inside those is properties only.
     Id declare(pugi::xml_node xml, Element element, Id owner) {
         const bool isNamed = element != Element::StructReg;
         const char *nameSpace = xml.attribute("NameSpace").as_string("Custom");
-        const Declaration declaration{isNamed ? xml.attribute("Name").value() : "StructReg", owner,
+        const char *name = isNamed ? xml.attribute("Name").value() : "StructReg";
+        const Declaration declaration{element == Element::EnumEntry ? printable(name) : name, owner,
                                       element, strcmp(nameSpace, "Standard") == 0};
         if (!isChoice(nameSpace, "Standard|Custom"))
             REFUSE_NODE(declaration, "its NameSpace is '%.60s', expected Standard or Custom",
@@ -210,9 +219,9 @@ private:
             if (!nested || schema[*propertyOf(child.name())].slot == 0)
                 continue;
             inside.push_back(declare(child, *nested, node));
-            const char *name = to_.declarations_[inside.back()].name;
-            if (*nested == Element::EnumEntry && !entries.insert(name).second)
-                REFUSE_NODE(declaration, "it has two entries '%.60s'", name);
+            const char *entry = to_.declarations_[inside.back()].name;
+            if (*nested == Element::EnumEntry && !entries.insert(entry).second)
+                REFUSE_NODE(declaration, "it has two entries '%.60s'", entry);
         }
         const auto first = static_cast<uint32_t>(to_.items_.size());
         to_.declarations_[node].firstItem = first;
@@ -275,7 +284,9 @@ private:
     }
 
     void readItem(pugi::xml_node xml, const Declaration &of, Property property) {
-        Item item{textIn(xml, of), nullptr, kNobody, property};
+        const char *text = textIn(xml, of);
+        Item item{property == Property::Symbolic ? printable(text) : text, nullptr, kNobody,
+                  property};
         check(item, of);
         if (isOneOf(property, {Property::pVariable, Property::Constant, Property::Expression})) {
             item.attribute = xml.attribute("Name").value();

@@ -76,7 +76,7 @@ private:
     friend class Loader;
 
     std::string document_;
-    std::deque<std::string> texts_; // those that lie in several pieces
+    std::deque<std::string> texts_; // those that do not stand in the document so
     std::vector<Declaration> declarations_;
     std::vector<Item> items_;
     std::map<std::string_view, Id> names_; // not hashed: a camera chooses the names

@@ -2,6 +2,8 @@
 // texts, exceptions, the interfaces' type information and the node-map reference. Each
 // implementation links it in, so that one library of the process holds it.
 
+#include <algorithm>
+
 #include "GenApi/GenApi.h"
 
 namespace GenICam_3_0 {
@@ -63,11 +65,18 @@ std::string orEmpty(const char *text) {
     return text ? text : "";
 }
 
+// A description's words are in it, and it goes to logs: with a '?' for what would act there.
+std::string printable(std::string text) {
+    std::replace_if(
+        text.begin(), text.end(), [](char c) { return c < ' ' || c > '~'; }, '?');
+    return text;
+}
+
 } // namespace
 
 GenericException::GenericException(const char *description, const char *sourceFileName,
                                    unsigned int sourceLine, const char *exceptionType)
-    : description_(orEmpty(description)),
+    : description_(printable(orEmpty(description))),
       sourceFileName_(orEmpty(sourceFileName)),
       sourceLine_(sourceLine),
       what_(description_ + " : " + orEmpty(exceptionType) + " thrown (file '" + sourceFileName_ +

@@ -63,10 +63,13 @@ GEV_STATUS explained(Call call) {
     });
 }
 
+// Hosts put these into their logs: with a '?' for what would act there.
 template <size_t Room>
 void copyText(const std::string &from, char (&to)[Room]) {
     const size_t length = std::min(from.size(), Room - 1);
-    memcpy(to, from.data(), length);
+    std::replace_copy_if(
+        from.begin(), from.begin() + static_cast<ptrdiff_t>(length), to,
+        [](char c) { return c < ' ' || c > '~'; }, '?');
     to[length] = '\0';
 }
 

@@ -54,6 +54,14 @@ TEST(Enumerations, NameTheirAvailableEntriesWhenATextIsNone) {
                 testing::MatchesRegex(".* .Entry0, .*, Entry2[0-9], \\.\\.\\..$"));
 }
 
+TEST(Enumerations, HaveNothingInEntriesThatActsInALog) {
+    Camera camera(
+        "Enumeration E EnumEntry.O\x1b=0 EnumEntry.Named={Value=1 Symbolic='\u202eO'} Value=0");
+    GenApi_3_0::StringList_t list;
+    camera.enumeration("E").GetSymbolics(list);
+    EXPECT_THAT(list, ElementsAre(testing::StrEq("O?"), testing::StrEq("???O")));
+}
+
 TEST(Enumerations, FindEntriesByTheirSymbol) {
     Camera camera(kEnumeration);
     for (const char *symbol : {"Plain", "By Symbol", "NotNow", "Never", "Abc"})

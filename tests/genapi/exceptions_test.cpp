@@ -19,6 +19,11 @@ TEST(Exceptions, OfAReferenceWithoutMapSayThatTheFeatureIsNotPresent) {
     }
 }
 
+TEST(Exceptions, HaveNothingInTheirReasonThatActsOnATerminal) {
+    const GenICam_3_0::RuntimeException error("a\nb\x1b[2J\u202e", "", 1, "RuntimeException");
+    EXPECT_STREQ("a?b?[2J???", error.GetDescription());
+}
+
 TEST(Exceptions, SayWhatHappenedAloneAndWhereWithIt) {
     Camera camera("Integer Ranged Value=10 Min=10 Max=20 Inc=5");
     try {

@@ -375,7 +375,8 @@ TEST(Formula, IsShownShortenedToWholeCharacters) {
     const std::string text = "\n" + std::string(58, '1') + "\u00B5";
     EXPECT_EQ("the formula ' " + std::string(58, '1') +
                   "...' is none: "
-                  "expected an operator at '\u00B5' (character 60)",
+                  "expected an operator at '?"
+                  "?' (character 60)",
               refusedInteger(text));
 }
 

@@ -249,9 +249,9 @@ TEST(Options, NamesMayFillTheirRegistersToTheLastByteButOne) {
 }
 
 TEST(WrongUsage, IsToldOnStandardErrorWithAStatusOfItsOwn) {
-    const Process::End end = runSimcam({"--camera", "S1@127.0.0.2", "--snap\x1B[2J"});
+    const Process::End end = runSimcam({"--camera", "S1@127.0.0.2", "--snap\x1B[2J\u202E"});
 
-    EXPECT_EQ("kxinfo-simcam: there is no argument '--snap\\x1B[2J'.\n"
+    EXPECT_EQ("kxinfo-simcam: there is no argument '--snap\\x1B[2J\\xE2\\x80\\xAE'.\n"
               "Try 'kxinfo-simcam --help'.\n",
               end.errors);
     EXPECT_EQ("", end.output);

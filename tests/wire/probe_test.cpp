@@ -75,6 +75,14 @@ TEST_F(Probe, TakesTheFirstOfSeveralWhoseSerialNumbersBeginSo) {
                 HasSubstr("Using device Model:C1936 Serial:S10\n"));
 }
 
+TEST_F(Probe, HasNothingInTheLogThatActsOnATerminal) {
+    const Simcam camera({"--model", "C\x1b[2J\nkxinfo: \u202efake", "--vendor", "Dalsa\a",
+                         "--camera", "S1@127.0.0.2"});
+    const std::string log = kxinfo({"probe", "S1", "--log", "stdout", "--level", "debug"}).out;
+    EXPECT_THAT(log, HasSubstr("Model            : C?[2J?kxinfo: ???fake\n"));
+    EXPECT_THAT(log, HasSubstr("Vendor           : Dalsa?\n"));
+}
+
 TEST_F(Probe, SaysWhatTheCameraLacks) {
     const TemporaryFolder folder;
     std::string model = readFile(BUILT_IN_DESCRIPTION);
