@@ -106,7 +106,7 @@ std::string everything();
 void reset();
 
 /** Calls of malloc(), calloc() and realloc() since the start of the process, except those of the
- * host's own functions; -1 where they cannot be counted (sanitizers). */
+ * host's own functions; -1 where they cannot be counted (sanitizers, valgrind). */
 long allocations();
 
 /** Blocks allocated and not yet freed; -1 where they cannot be counted. */
