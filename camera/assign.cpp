@@ -9,9 +9,13 @@ namespace kxinfo {
 
 namespace {
 
-Change assignOne(const Camera &camera, Switches &switches, const Assignment &assignment) {
+Change assignOne(const Camera &camera, Switches &switches, const Assignment &assignment,
+                 const std::vector<Change> &made) {
     const Feature &feature = *assignment.feature;
-    const Reading before = readFeature(camera, feature, &switches);
+    Reading before = readFeature(camera, feature, &switches);
+    for (const Change &other : made)
+        before.limitIsMeant |=
+            other.feature && feature.limitedBy && other.feature->name == feature.limitedBy;
     const Value value = checkedValue(camera, before, assignment.text);
     // What is switched for the moment has to be written, or it would be put back.
     if (value == before.value && value == camera.node(feature.node).read())
@@ -40,7 +44,7 @@ std::vector<Change> assign(const Camera &camera, Switches &switches,
                 continue;
             stopIfAsked();
             try {
-                changes[i] = assignOne(camera, switches, assignments[i]);
+                changes[i] = assignOne(camera, switches, assignments[i], changes);
                 ++done;
             } catch (const Error &) { // its range may depend on one that is set later
                 if (!first)
@@ -51,7 +55,8 @@ std::vector<Change> assign(const Camera &camera, Switches &switches,
             std::rethrow_exception(first);
     }
     for (const Assignment &assignment : assignments)
-        requireLimitsInOrder(camera, *assignment.feature, switches);
+        checkLimits(*assignment.feature,
+                    [&](const Feature &limit) { return switches.readAnew(limit); });
     return changes;
 }
 

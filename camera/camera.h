@@ -29,9 +29,6 @@ inline bool hasValue(const Value &value) {
     return !std::holds_alternative<std::monostate>(value);
 }
 
-/** A number as such; \pre it is one */
-double numberOf(const Value &value);
-
 struct Limits {
     Value min, max, inc; ///< of the node's kind; no inc: any value in between
 };
@@ -145,7 +142,9 @@ void stopIfAsked();
  * From here on the camera is waited for also when the user has asked to stop: what the command has
  * changed is being put back.
  */
-void waitInSpiteOfAll();
+inline void waitInSpiteOfAll() {
+    stopWaitingWhen(nullptr);
+}
 
 } // namespace kxinfo
 

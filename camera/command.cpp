@@ -4,6 +4,53 @@
 
 namespace kxinfo {
 
+namespace {
+
+constexpr const char *kDescription =
+    "kxinfo lists GigE Vision cameras, shows what Dalsa ones are and how they are set, and changes "
+    "that.";
+
+constexpr const char *kFooter =
+    R"(CAMERA is a serial number or how it begins, an address, a MAC address or a user name. It may be left
+out when there is one camera, or when KXINFO_CAMERA names one.
+
+Examples:
+  kxinfo list                     lists the cameras that answer
+  kxinfo get ExposureTime         shows a feature of the only camera
+  kxinfo set S1234567 Gain=6      sets it, in decibels
+  kxinfo save S1234567 camera.json
+                                  writes its settings to a file, for 'kxinfo restore'
+  kxinfo probe S1234567           shows what a plug-in's host is told of it
+
+'kxinfo help COMMAND' tells the options of a command and shows an example.
+
+Exit status:
+  0  done
+  1  no camera was found, none or several are named so, or it cannot be opened
+  2  wrong usage: an unknown feature, a value out of range, a file that cannot be read; no setting
+     was changed
+  3  the camera or the plug-in failed, or not all could be done; the message says what)";
+
+} // namespace
+
+const Program kKxinfo = {
+    "kxinfo",
+    kDescription,
+    kFooter,
+    {
+        {"list", "Lists the cameras that answer", declareList},
+        {"get", "Shows features of a camera: value, range, step, unit, kind and access",
+         declareGet},
+        {"set", "Sets features of a camera", declareSet},
+        {"gamma", "Shows gamma, or sets it", declareGamma},
+        {"lut", "Shows, switches, loads or saves the lookup table", declareLut},
+        {"auto", "Shows automatic exposure and gain, switches them on or off", declareAuto},
+        {"save", "Writes the settings of a camera to a file", declareSave},
+        {"restore", "Sets a camera to what a file holds", declareRestore},
+        {"diff", "Tells in what cameras or files differ", declareDiff},
+        {"probe", "Runs a plug-in as its host does, and shows what it publishes", declareProbe},
+    }};
+
 void addCamera(CLI::App &command, CameraArgument &camera) {
     command
         .add_option("CAMERA", camera,

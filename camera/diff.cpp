@@ -13,8 +13,7 @@ namespace kxinfo {
 
 namespace {
 
-constexpr int kSame = 0;
-constexpr int kDifferent = 1;
+enum Status { kSame, kDifferent };
 
 bool isFile(const std::string &name) {
     struct stat about = {};
@@ -55,7 +54,7 @@ Run declareDiff(CLI::App &command) {
 
 Example:
   kxinfo diff S1234567 camera.json)");
-    return [request] {
+    return [request]() -> int {
         SavedCamera a, b;
         try {
             int status = read(request->sides[0], request->switching, a);
@@ -68,8 +67,9 @@ Example:
         }
         const std::string lines = differences(a, b);
         writeOut(lines);
-        tellUnread(a, "not compared", &b);
-        tellUnread(b, "not compared", &a);
+        a.unread.insert(a.unread.end(), b.unread.begin(), b.unread.end());
+        tellUnread(a, "not compared, since ",
+                   request->switching ? "" : "it cannot be read without --switch");
         return lines.empty() ? kSame : kDifferent;
     };
 }

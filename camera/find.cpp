@@ -109,7 +109,7 @@ Cameras camerasFor(const std::string &name) {
 gvcp::Found cameraNamed(const std::string &name, const std::string &shown) {
     const Cameras cameras = camerasFor(name);
     if (cameras.empty())
-        throw Error(kNoCamera, kNoDalsaCamera);
+        throw NoneFits(kNoCamera, kNoDalsaCamera);
     const auto hasSerial = [&](const auto &camera) { return nameOf(camera).serial == name; };
     const auto begins = [&](const auto &camera) { return nameOf(camera).serial.find(name) == 0; };
     // The first way in which it is meant for any of them.
@@ -129,10 +129,10 @@ gvcp::Found cameraNamed(const std::string &name, const std::string &shown) {
         names.insert({nameOf(camera.identity).serial, nameOf(camera.identity).userName});
     names.erase("");
     const bool foreign = !those(cameras, begins).empty();
-    throw Error(kNoCamera,
-                "no camera fits " + shown + ". These answered: " + listed(cameras) + "." +
-                    (foreign ? " A camera of another maker needs its whole serial number."
-                             : didYouMean(name, Words(names.begin(), names.end()))));
+    throw NoneFits(kNoCamera,
+                   "no camera fits " + shown + ". These answered: " + listed(cameras) + "." +
+                       (foreign ? " A camera of another maker needs its whole serial number."
+                                : didYouMean(name, Words(names.begin(), names.end()))));
 }
 
 gvcp::Found onlyCamera() {
@@ -140,13 +140,18 @@ gvcp::Found onlyCamera() {
     const Cameras dalsa = those(cameras, isDalsa);
     if (!dalsa.empty())
         return only(dalsa, "several cameras answered");
-    if (cameras.empty())
-        throw Error(kNoCamera, kNoDalsaCamera);
-    throw Error(kNoCamera, kOnlyOthers + (": " + listed(cameras)) + ". " + kNameExactly +
-                               ": by its serial number, address, MAC address or user name.");
+    throw Error(kNoCamera, noDalsaCamera(cameras));
 }
 
 } // namespace
+
+std::string noDalsaCamera(const Cameras &answered) {
+    if (answered.empty() || !those(answered, isDalsa).empty())
+        return answered.empty() ? kNoDalsaCamera : "";
+    return "no Dalsa camera answered, but cameras of other makers did: " + listed(answered) +
+           ". All commands but probe work on one that is named exactly: by its serial number, "
+           "address, MAC address or user name.";
+}
 
 gvcp::Found chosenCamera(const std::optional<std::string> &name) {
     std::string meant = name.value_or("");

@@ -4,6 +4,7 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "cli/error.h"
 #include "gvcp/discovery.h"
@@ -13,13 +14,17 @@ namespace kxinfo {
 /** The environment variable that names the camera where the command line does not. */
 constexpr const char *kCameraVariable = "KXINFO_CAMERA";
 
+/** No camera has the name that was given. */
+struct NoneFits : Error {
+    using Error::Error;
+};
+
 /** What helps when an address is in no network of this computer. */
 constexpr const char *kGiveAddress = " Give the camera an address in a network of this computer, "
                                      "or this computer one in the camera's network.";
 
-/** What is said when all that answered are of other makers, and what helps. */
-constexpr const char *kOnlyOthers = "no Dalsa camera answered, but cameras of other makers did";
-constexpr const char *kNameExactly = "To work on one of them, name it exactly";
+/** Why there is no Dalsa camera among those that answered; empty when there is. */
+std::string noDalsaCamera(const std::vector<gvcp::Found> &answered);
 
 /**
  * The camera that a user names: by its serial number, its address, its MAC address (a colon or a

@@ -33,9 +33,8 @@ int show(const Camera &camera) {
     const Reading gamma = readFeature(camera, featureNamed("gammaCorrection"), nullptr);
     if (gamma.kind == Kind::Missing || gamma.failed)
         throw Error(kFailed, "this camera has no gamma: " + gamma.problem + ".");
-    const bool hasRange = hasValue(gamma.limits.min);
     writeOut(camera.heading() + "Gamma: " + gammaText(camera, gamma) +
-             (hasRange ? " (" + rangeText(gamma) + ")" : "") + "\n");
+             (hasValue(gamma.limits.min) ? " (" + rangeText(gamma) + ")" : "") + "\n");
     return kDone;
 }
 

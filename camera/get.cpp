@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "camera/command.h"
+#include "camera/find.h"
 #include "camera/values.h"
 #include "cli/json.h"
 
@@ -126,13 +127,17 @@ int tellProblems(const std::vector<Reading> &readings, bool named, bool mayHint)
     return worst;
 }
 
-int get(const Request &request) {
-    const auto features = wanted(request.names);
-    if (request.value && features.size() != 1)
-        throw Error(kWrongUsage, "--value prints the value of one feature; name one, for example "
-                                 "'kxinfo get Gain --value'.");
+// noneFits: empty, or why the first of the names is that of no camera.
+int get(Request request, const std::string &noneFits = "") {
     std::string result;
     const auto work = [&](Camera &camera, Switches &switches) {
+        if (!noneFits.empty() && camera.node(request.names.front()).kind() == Kind::Missing)
+            throw Error(kNoCamera, noneFits + " Nor has camera " + camera.name().serial +
+                                       " such a feature." + nearestFeatures(request.names.front()));
+        const auto features = wanted(request.names);
+        if (request.value && features.size() != 1)
+            throw Error(kWrongUsage, "--value prints the value of one feature; name one, for "
+                                     "example 'kxinfo get Gain --value'.");
         std::vector<Reading> readings;
         for (const Feature *feature : features) {
             stopIfAsked();
@@ -150,10 +155,20 @@ int get(const Request &request) {
             result = bareText(*first.feature, first.value) + "\n";
         return status;
     };
-    const int status =
-        onCamera(request.camera, request.switches ? Purpose::Change : Purpose::Look, work);
-    writeOut(result);
-    return status;
+    try {
+        const int status =
+            onCamera(request.camera, request.switches ? Purpose::Change : Purpose::Look, work);
+        writeOut(result);
+        return status;
+    } catch (const NoneFits &error) {
+        if (request.camera.value_or("").empty())
+            throw;
+        // It is a feature, if a camera is meant without being named.
+        request.names.insert(request.names.begin(), *std::exchange(request.camera, {}));
+        return get(std::move(request), error.what());
+    } catch (const Error &error) {
+        throw noneFits.empty() ? error : Error(kNoCamera, noneFits);
+    }
 }
 
 } // namespace

@@ -171,19 +171,14 @@ int list(bool json) {
         writeOut(asTable(lines));
     }
 
-    if (lines.empty()) {
-        tell(kNoDalsaCamera);
-        return kNoCamera;
-    }
-    if (std::none_of(cameras.begin(), cameras.end(),
-                     [](const gvcp::Found &camera) { return isDalsa(camera.identity); }))
-        tell(std::string(kOnlyOthers) + ". " + kNameExactly + ".");
+    if (const std::string why = noDalsaCamera(cameras); !why.empty())
+        tell(why);
     tellShared(lines);
     for (const Line &line : lines)
         if (line.state.name == kUnreachable)
             tell("camera " + line.name.serial +
                  " is not reachable from here: " + line.state.problem + "." + kGiveAddress);
-    return kDone;
+    return lines.empty() ? kNoCamera : kDone;
 }
 
 } // namespace

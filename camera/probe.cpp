@@ -203,31 +203,46 @@ void complete(Result &result, const ChildEnd &end, const HostOptions &options, C
         lookAtCamera(result);
 }
 
-// The camera that is meant, if that is sure. The open platform is told to search for it, and what is
-// no beginning of its serial number becomes this.
+// Has the open platform ask this camera alone.
+void askAlone(const gvcp::Found &camera) {
+    (void)setenv("KXGIGE_ADDRESSES", gvcp::dotted(camera.identity.address).c_str(), 1);
+    (void)unsetenv("KXGIGE_INTERFACES");
+}
+
+// The camera that is meant, or the first of several. The open platform is told to search for it, and
+// what is no beginning of its serial number becomes this.
 std::optional<gvcp::Found> choose(HostOptions &options) {
     std::string &name = *options.serial;
     try {
         gvcp::Found found = chosenCamera(name);
         const std::string &serial = found.identity.serial;
         if (serial.compare(0, name.size(), name) != 0) {
-            name = serial; // which another camera may have, too, so that this one is asked alone
-            (void)setenv("KXGIGE_ADDRESSES", gvcp::dotted(found.identity.address).c_str(), 1);
-            (void)unsetenv("KXGIGE_INTERFACES");
+            name = serial; // which another camera may have, too
+            askAlone(found);
         }
         (void)setenv("KXGIGE_SERIAL", serial.c_str(), 1);
         return found;
-    } catch (const Error &) { // the plug-in may see it otherwise
+    } catch (const Error &error) {
         if (!name.empty())
             (void)unsetenv("KXGIGE_SERIAL"); // kxinfo-host sets it
-        return std::nullopt;
+        const auto answered = gvcp::discover(gvcp::searchFromEnvironment());
+        for (const gvcp::Found &camera : answered) {
+            if (!isDalsa(camera.identity) || camera.identity.serial.rfind(name, 0) != 0)
+                continue;
+            if (!name.empty())
+                tell(std::string(error.what()) + " The first by address is probed.");
+            askAlone(camera);
+            return camera;
+        }
+        const std::string why = noDalsaCamera(answered);
+        if (why != kNoDalsaCamera && !why.empty()) // which the plug-in's host says otherwise
+            tell(why);
+        return std::nullopt; // the plug-in may see it otherwise
     }
 }
 
 int probeOne(HostOptions options) {
-    std::optional<gvcp::Found> found;
-    if (options.serial)
-        found = choose(options);
+    const auto found = options.serial ? choose(options) : std::nullopt;
     const Collect collect = options.json ? Collect::Output : Collect::Nothing;
     const ChildLimits limits = {std::nullopt, kMostMebibytes * kMebibyte, 1};
     const ChildEnd end = runChildren({options.command(hostProgram())}, collect, limits).front();
@@ -271,7 +286,8 @@ std::vector<Result> probeEach(const std::vector<gvcp::Found> &cameras, HostOptio
             results.back().messages = {
                 "the plug-in opens the first camera whose serial number begins with \"" + serial +
                 "\", and that is another one, \"" + inFront->identity.serial +
-                "\". To probe this camera, disconnect the other one for the time."};
+                "\". On the open platform, 'kxinfo probe " + gvcp::dotted(camera.identity.address) +
+                "' probes this one."};
             continue;
         }
         probed.push_back(results.size() - 1);
@@ -322,7 +338,7 @@ int probeAll(const HostOptions &options) {
     else
         showTables(results);
     if (results.empty())
-        throw Error(kNoCamera, kNoDalsaCamera);
+        throw Error(kNoCamera, noDalsaCamera(cameras));
     int status = kDone;
     for (const Result &result : results)
         status = std::max(status, result.status);

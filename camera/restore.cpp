@@ -33,7 +33,8 @@ std::vector<TableEntry> entriesFor(const LookupTable &table, const SavedTable &s
 
 class Restoring {
 public:
-    Restoring(const Camera &camera, Switches &switches) : camera_(camera), switches_(switches) {}
+    Restoring(const Camera &camera, Switches &switches, bool dry)
+        : camera_(camera), switches_(switches), dry_(dry) {}
 
     // Writes the tables that fit.
     void tables(LookupTable &table, const std::vector<SavedTable> &tables) {
@@ -57,15 +58,27 @@ public:
             before = wanted_.size();
             refusals_.clear();
             for (const SavedValue &value : saved)
-                if (wanted_.count(&value) == 0)
+                if (wanted_.count(value.feature) == 0)
                     attempt(value, [&] { set(value); });
         }
         for (const SavedValue &value : saved)
-            if (wanted_.count(&value))
+            if (!dry_ && wanted_.count(value.feature))
                 attempt(value, [&] { setAgain(value); });
+        const auto valueInTheEnd = [&](const Feature &feature) {
+            if (!dry_)
+                return switches_.readAnew(feature);
+            return wanted_.count(&feature) ? wanted_[&feature]
+                                           : readFeature(camera_, feature, nullptr).value;
+        };
         for (const SavedValue &value : saved)
-            if (wanted_.count(&value))
-                requireLimitsInOrder(camera_, *value.feature, switches_);
+            if (wanted_.count(value.feature))
+                checkLimits(*value.feature, valueInTheEnd);
+    }
+
+    // Of what would be written: it remains to be seen what that does.
+    void leaveOpen(const std::string &name) {
+        open_ +=
+            (open_.empty() ? "What becomes of these shows when they are written: " : ", ") + name;
     }
 
     // Of the lookup table.
@@ -73,7 +86,7 @@ public:
 
     int tellAll() const {
         const bool refused = !refusals_.empty() || !leftOut_.empty();
-        const std::string lines = changes_ + tableChange_;
+        const std::string lines = changes_ + tableChange_ + open_ + (open_.empty() ? "" : "\n");
         writeOut(camera_.heading() +
                  (lines.empty() && !refused
                       ? "Nothing to restore: the camera is set as the file says.\n"
@@ -94,7 +107,7 @@ private:
 
     // Of a feature that is refused.
     std::string whatBecomesOf(const Feature &feature) {
-        const Reading reading = readFeature(camera_, feature, &switches_);
+        const Reading reading = readFeature(camera_, feature, dry_ ? nullptr : &switches_);
         if (reading.kind == Kind::Missing)
             return " is left out";
         return " stays " +
@@ -108,13 +121,17 @@ private:
 
     void set(const SavedValue &saved) {
         const Feature &feature = *saved.feature;
-        Reading reading = readFeature(camera_, feature, &switches_);
+        Reading reading = readFeature(camera_, feature, dry_ ? nullptr : &switches_);
         const Value present = reading.value;
-        if (!hasValue(present))
+        if (!hasValue(present) && (!dry_ || reading.failed || reading.kind == Kind::Missing))
             throw Error(kFailed, reading.problem);
         Value wanted = saved.value;
-        if (!saved.isExact || present != wanted) {
-            if (feature.setBy) {
+        const bool isOpen = !hasValue(present) || reading.access != GenApi_3_0::RW ||
+                            (feature.limitedBy && wanted_.count(&featureNamed(feature.limitedBy)));
+        if (dry_ && isOpen && present != wanted) {
+            leaveOpen(feature.name);
+        } else if (!saved.isExact || present != wanted) {
+            if (feature.setBy && !dry_) {
                 switches_.reach(feature, automationFor(feature));
                 reading = readFeature(camera_, feature, nullptr);
             }
@@ -123,32 +140,35 @@ private:
                 wanted = std::clamp(std::get<double>(saved.value), numberOf(reading.limits.min),
                                     numberOf(reading.limits.max));
         }
-        if (present != wanted) {
+        if (present != wanted && !dry_)
             switches_.write(feature, wanted, automationFor(feature));
+        if (present != wanted && hasValue(present))
             changes_ += changeText(feature.name, quantityText(feature, present),
                                    quantityText(feature, wanted));
-        }
-        wanted_[&saved] = wanted;
+        if (present != wanted || !dry_)
+            wanted_[&feature] = wanted;
     }
 
     void setAgain(const SavedValue &saved) {
         const Feature &feature = *saved.feature;
-        const std::string wanted = quantityText(feature, wanted_[&saved]);
+        const std::string wanted = quantityText(feature, wanted_[&feature]);
         const auto isKept = [&] {
             return quantityText(feature, switches_.readAnew(feature)) == wanted;
         };
         if (isKept())
             return;
-        switches_.write(feature, wanted_[&saved], automationFor(feature));
+        switches_.write(feature, wanted_[&feature], automationFor(feature));
         if (!isKept())
             throw Error(kFailed, "the camera does not keep " + wanted);
     }
 
     const Camera &camera_;
     Switches &switches_;
-    std::map<const SavedValue *, Value> wanted_; // of those that are not refused
-    std::string changes_, tableChange_;          // lines
-    Words refusals_, leftOut_;                   // sentences
+    bool dry_; // nothing is written: what would be is found out as far as that goes
+    std::map<const Feature *, Value> wanted_; // not refused; dry: and other than at present
+    std::string changes_, tableChange_;       // lines
+    std::string open_;                        // a line without its end
+    Words refusals_, leftOut_;                // sentences
 };
 
 void tellWhose(const SavedCamera &saved, const std::string &file, const Camera &camera) {
@@ -160,11 +180,15 @@ void tellWhose(const SavedCamera &saved, const std::string &file, const Camera &
         tell(whose + "another camera, " + saved.name.serial + ".");
 }
 
-int restore(Camera &camera, Switches &switches, const SavedCamera &saved) {
-    Restoring restoring(camera, switches);
+int restore(const Camera &camera, Switches &switches, const SavedCamera &saved, bool dry) {
+    Restoring restoring(camera, switches, dry);
     std::optional<LookupTable> table;
     try {
-        const auto openTable = [&] { table.emplace(camera, switches); };
+        const auto openTable = [&] {
+            if (dry && LookupTable::isOn(camera))
+                return restoring.leaveOpen("the lookup table");
+            table.emplace(camera, switches);
+        };
         const std::string why = saved.tables.empty() ? "" : whyNotDone(openTable);
         if (!why.empty())
             restoring.leaveOut(" is left out: " + why);
@@ -178,19 +202,6 @@ int restore(Camera &camera, Switches &switches, const SavedCamera &saved) {
         return table->giveUp();
     }
     return restoring.tellAll();
-}
-
-// What is not in the file stays as it is.
-int tellChanges(const Camera &camera, const SavedCamera &saved) {
-    SavedCamera present = readSaved(camera, nullptr, !saved.tables.empty());
-    const auto isLeftOut = [&](const SavedValue &one) { return !saved.find(*one.feature); };
-    present.settings.erase(
-        std::remove_if(present.settings.begin(), present.settings.end(), isLeftOut),
-        present.settings.end());
-    const std::string lines = differences(present, saved);
-    writeOut(camera.heading() + (lines.empty() ? "Nothing would change.\n" : lines));
-    tellUnread(present, "not compared", &saved);
-    return kDone;
 }
 
 } // namespace
@@ -218,8 +229,7 @@ Example:
         return onCamera(request->camera, request->dryRun ? Purpose::Look : Purpose::Change,
                         [&](Camera &camera, Switches &switches) {
                             tellWhose(saved, file, camera);
-                            return request->dryRun ? tellChanges(camera, saved)
-                                                   : restore(camera, switches, saved);
+                            return restore(camera, switches, saved, request->dryRun);
                         });
     };
 }

@@ -46,7 +46,7 @@ int save(const CameraArgument &name, const std::string &fileName, const Request 
             writeOut(camera.heading() + std::to_string(saved.settings.size()) + " settings and " +
                      std::to_string(entries) + " entries of the lookup table saved to " +
                      cleaned(fileName) + "\n");
-        tellUnread(saved, "left out");
+        tellUnread(saved, "left out, since ");
         if (!request.switching && !saved.unread.empty())
             tell("with --switch kxinfo switches the camera for a moment, and reads such settings "
                  "too.");
@@ -71,7 +71,8 @@ int saveAll(const Request &request) {
                                  std::generic_category().message(errno) + ".");
     int status = kDone;
     std::set<std::string> taken;
-    for (const gvcp::Found &camera : gvcp::discover(gvcp::searchFromEnvironment())) {
+    const std::vector<gvcp::Found> cameras = gvcp::discover(gvcp::searchFromEnvironment());
+    for (const gvcp::Found &camera : cameras) {
         if (!isDalsa(camera.identity))
             continue;
         const std::string file = request.folder + '/' + fileNameFor(camera, taken);
@@ -85,7 +86,7 @@ int saveAll(const Request &request) {
             break;
     }
     if (taken.empty())
-        throw Error(kNoCamera, kNoDalsaCamera);
+        throw Error(kNoCamera, noDalsaCamera(cameras));
     return status;
 }
 

@@ -19,6 +19,13 @@ std::string wholeText(const SavedValue &saved) {
     return shownValue(*saved.feature, saved.value).dump() + (unit ? " " + std::string(unit) : "");
 }
 
+const SavedValue *find(const SavedCamera &camera, const Feature *feature) {
+    for (const SavedValue &saved : camera.settings)
+        if (saved.feature == feature)
+            return &saved;
+    return nullptr;
+}
+
 std::string difference(const Feature &feature, const SavedValue *a, const SavedValue *b) {
     const auto text = [](const SavedValue *saved) {
         return saved ? quantityText(*saved->feature, saved->value) : kNone;
@@ -53,12 +60,6 @@ std::string difference(const std::string &channel, const SavedCamera &a, const S
 
 } // namespace
 
-const SavedValue *SavedCamera::find(const Feature &feature) const {
-    const auto found = std::find_if(settings.begin(), settings.end(),
-                                    [&](const SavedValue &s) { return s.feature == &feature; });
-    return found == settings.end() ? nullptr : &*found;
-}
-
 SavedCamera readSaved(const Camera &camera, Switches *switches, bool table) {
     SavedCamera saved{camera.name()};
     for (const Feature *feature : savedFeatures()) {
@@ -67,7 +68,7 @@ SavedCamera readSaved(const Camera &camera, Switches *switches, bool table) {
         if (hasValue(reading.value))
             saved.settings.push_back({feature, reading.value, true, ""});
         else if (reading.kind != Kind::Missing)
-            saved.unread.push_back({feature->name, reading.problem});
+            saved.unread.push_back({feature->name, reading.problem, reading.failed});
     }
     if (!table || !LookupTable::isOn(camera))
         return saved;
@@ -78,25 +79,23 @@ SavedCamera readSaved(const Camera &camera, Switches *switches, bool table) {
             saved.tables = lookupTable.read(lookupTable.channels());
         });
     if (!why.empty())
-        saved.unread.push_back({kTable, why});
+        saved.unread.push_back({kTable, why, switches != nullptr});
     return saved;
 }
 
-void tellUnread(const SavedCamera &camera, const std::string &what, const SavedCamera *other) {
+void tellUnread(const SavedCamera &camera, const std::string &what, const std::string &state) {
     Words reasons; // in the order in which they came
     std::map<std::string, Words> names;
     for (const SavedCamera::Unread &unread : camera.unread) {
-        if (other && (unread.name == kTable ? other->tables.empty()
-                                            : !other->find(featureNamed(unread.name))))
-            continue;
-        if (names.count(unread.why) == 0)
-            reasons.push_back(unread.why);
-        names[unread.why].push_back(unread.name);
+        const std::string &why = unread.failed || state.empty() ? unread.why : state;
+        if (names.count(why) == 0)
+            reasons.push_back(why);
+        if (Words &told = names[why];
+            std::find(told.begin(), told.end(), unread.name) == told.end())
+            told.push_back(unread.name);
     }
-    const auto tellOf = [&](const std::string &reason) {
-        tell(what + ", since " + reason + ": " + joined(names[reason], ", ") + ".");
-    };
-    std::for_each(reasons.begin(), reasons.end(), tellOf);
+    for (const std::string &reason : reasons)
+        tell(what + reason + ": " + joined(names[reason], ", ") + ".");
 }
 
 std::string differences(const SavedCamera &a, const SavedCamera &b) {
@@ -107,7 +106,7 @@ std::string differences(const SavedCamera &a, const SavedCamera &b) {
     std::string lines;
     for (const Feature *feature : savedFeatures())
         if (unread.count(feature->name) == 0)
-            lines += difference(*feature, a.find(*feature), b.find(*feature));
+            lines += difference(*feature, find(a, feature), find(b, feature));
     for (const char *channel : {"", "Red", "Green", "Blue"})
         if (unread.count(kTable) == 0)
             lines += difference(channel, a, b);

@@ -24,14 +24,13 @@ struct SavedCamera {
     struct Unread {
         std::string name; ///< of a feature, or "the lookup table"
         std::string why;  ///< as a clause
+        bool failed;      ///< that is an error, not the camera's present state
     };
 
     CameraName name;
     std::vector<SavedValue> settings = {}; ///< in the order of savedFeatures(), each at most once
     std::vector<SavedTable> tables = {};
     std::vector<Unread> unread = {}; ///< of what the camera has
-
-    const SavedValue *find(const Feature &feature) const;
 };
 
 /**
@@ -45,12 +44,11 @@ struct SavedCamera {
 SavedCamera readSaved(const Camera &camera, Switches *switches, bool table);
 
 /**
- * Tells what could not be read, one line for each reason, behind "kxinfo: WHAT, since REASON: ".
+ * Tells what could not be read, one line for each reason: \p what, the reason, the names.
  *
- * \param other  null, or with which it is compared: what that has not either is not told
+ * \param state  the one reason to tell where it is the camera's present state; empty: each its own
  */
-void tellUnread(const SavedCamera &camera, const std::string &what,
-                const SavedCamera *other = nullptr);
+void tellUnread(const SavedCamera &camera, const std::string &what, const std::string &state = "");
 
 /** Lines "NAME: A -> B" for what differs; what one of them could not read is left out. */
 std::string differences(const SavedCamera &a, const SavedCamera &b);

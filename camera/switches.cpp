@@ -159,7 +159,8 @@ Value Switches::readAnew(const Feature &feature) {
     const Remembered *remembered = find(feature);
     if (remembered && remembered->switched)
         return remembered->settled();
-    return camera_.node(feature.node).read(Cache::Ignored);
+    const Node node = camera_.node(feature.node);
+    return node.kind() == Kind::Missing ? Value() : node.read(Cache::Ignored);
 }
 
 void Switches::write(const Feature &feature, const Value &value, Automation automation) {
@@ -198,8 +199,8 @@ std::string Switches::switched() const {
     return named([](const Remembered &remembered) { return remembered.everSwitched; });
 }
 
-Switches::Failures Switches::putBackOnce() {
-    Failures failures;
+Words Switches::putBackOnce(std::string &reason) {
+    Words failures;
     for (size_t i = remembered_.size(); i-- > 0;) {
         const Remembered mode = remembered_[i]; // reaching may remember more
         if (!mode.switched && !mode.touched)
@@ -208,10 +209,10 @@ Switches::Failures Switches::putBackOnce() {
             reach(*mode.feature);
             settle(*mode.feature, mode.before);
         } catch (...) {
-            failures.features.push_back(mode.feature->name + " to " +
-                                        quantityText(*mode.feature, mode.before));
-            if (failures.reason.empty())
-                failures.reason = reasonInFlight();
+            failures.push_back(mode.feature->name + " to " +
+                               quantityText(*mode.feature, mode.before));
+            if (failures.size() == 1)
+                reason = reasonInFlight();
         }
     }
     return failures;
@@ -222,17 +223,16 @@ Switches::Failures Switches::putBackOnce() {
 std::string Switches::putBack() {
     for (Remembered &remembered : remembered_)
         remembered.after.reset();
-    Failures failures = putBackOnce();
-    for (size_t before = remembered_.size() + 1;
-         !failures.features.empty() && failures.features.size() < before;) {
-        before = failures.features.size();
-        failures = putBackOnce();
+    std::string reason;
+    Words failures = putBackOnce(reason);
+    for (size_t before = remembered_.size() + 1; !failures.empty() && failures.size() < before;) {
+        before = failures.size();
+        failures = putBackOnce(reason);
     }
     remembered_.clear();
-    if (failures.features.empty())
-        return "";
-    return "this could not be put back: " + joined(failures.features, ", ") + " (" +
-           failures.reason + ").";
+    return failures.empty()
+               ? ""
+               : "this could not be put back: " + joined(failures, ", ") + " (" + reason + ").";
 }
 
 } // namespace kxinfo

@@ -40,7 +40,7 @@ public:
     /** The value that the feature has, or will have when all is put back. */
     Value read(const Feature &feature);
 
-    /** The same, but of a feature that is not switched at the moment as the camera has it now. */
+    /** The same, but as the camera has it now unless it is switched; none: it lacks the feature. */
     Value readAnew(const Feature &feature);
 
     /** Remembers a feature and writes it for good. */
@@ -75,13 +75,8 @@ private:
         const Value &settled() const { return after ? *after : before; }
     };
 
-    /** What could not be put back. */
-    struct Failures {
-        Words features;     ///< and their values
-        std::string reason; ///< of the first
-    };
-
-    Failures putBackOnce();
+    /** \return what could not be put back, with its value. \param reason  of the first */
+    Words putBackOnce(std::string &reason);
     std::string named(bool (*which)(const Remembered &remembered)) const;
     Remembered *find(const Feature &feature);
     void settle(const Feature &feature, const Value &value) const;

@@ -82,8 +82,9 @@ std::string lockedText(const Reading &reading) {
 
 // Names the setting that has to be made first, if another one stands in the way of a value above the
 // range, or below it.
-std::string inTheWay(const Camera &camera, const Feature &feature, bool above) {
-    if (!feature.limitedBy)
+std::string inTheWay(const Camera &camera, const Reading &refused, bool above) {
+    const Feature &feature = *refused.feature;
+    if (!feature.limitedBy || refused.limitIsMeant)
         return "";
     const Feature &other = featureNamed(feature.limitedBy);
     const bool isUpperLimit = other.upTo && other.upTo == feature.name;
@@ -175,7 +176,7 @@ Value checkedNumber(const Camera &camera, const Reading &reading, const std::str
                 valueText(*reading.feature, limit))
                 number = wide(limit);
     if (!(number >= min && number <= max))
-        throw refusal(reading, text, inTheWay(camera, *reading.feature, number > max));
+        throw refusal(reading, text, inTheWay(camera, reading, number > max));
     const Number beyond = step > 0 && (isWhole || !exact) ? std::fmod(number - min, step) : 0;
     if (beyond == 0)
         return narrow(reading, number);
@@ -248,6 +249,12 @@ std::string whyMissing(const Camera &camera, const Feature &feature, const std::
     const auto legacy = std::find_if(feature.legacy.begin(), feature.legacy.end(), isThere);
     return "the camera has no " + what +
            (legacy == feature.legacy.end() ? "" : "; it has " + *legacy + " instead");
+}
+
+double numberOf(const Value &value) {
+    const auto *integer = std::get_if<int64_t>(&value);
+    const auto *number = std::get_if<double>(&value);
+    return integer ? static_cast<double>(*integer) : number ? *number : NAN;
 }
 
 Unit unitOf(const Feature &feature, Kind kind) {
@@ -370,19 +377,13 @@ std::string offStepNote(const Reading &reading, const Value &value) {
            " is on no step: " + nearestSteps(reading, wide(value));
 }
 
-void requireLimitsInOrder(const Camera &camera, const Feature &changed, Switches &switches) {
+void checkLimits(const Feature &changed, const std::function<Value(const Feature &)> &valueOf) {
     for (const Feature &lower : allFeatures()) {
         if (!lower.upTo || (lower.name != changed.name && lower.upTo != changed.name))
             continue;
         const Feature &upper = featureNamed(lower.upTo);
-        const auto isNumber = [&](const Feature &limit) {
-            const Kind kind = camera.node(limit.node).kind();
-            return kind == Kind::Integer || kind == Kind::Float;
-        };
-        if (!isNumber(lower) || !isNumber(upper))
-            continue;
-        const Value low = switches.readAnew(lower);
-        const Value high = switches.readAnew(upper);
+        const Value low = valueOf(lower);
+        const Value high = valueOf(upper);
         if (numberOf(low) > numberOf(high))
             throw Error(kWrongUsage, lower.name + " would be " + quantityText(lower, low) +
                                          ", above " + upper.name + ", " +

@@ -21,9 +21,10 @@ struct Reading {
     GenApi_3_0::EAccessMode access = GenApi_3_0::NI;
     Value value = {}; ///< none: it cannot be read at present, see \ref problem
     Limits limits = {};
-    Words entries = {};       ///< of an enumeration: what it may be set to
-    std::string problem = {}; ///< why there is no value, or no range, as a clause
-    bool failed = false;      ///< the problem is an error, not the camera's present state
+    Words entries = {};        ///< of an enumeration: what it may be set to
+    std::string problem = {};  ///< why there is no value, or no range, as a clause
+    bool failed = false;       ///< the problem is an error, not the camera's present state
+    bool limitIsMeant = false; ///< what its range depends on is as the user wants it
 };
 
 /**
@@ -42,6 +43,9 @@ Reading readFeature(const Camera &camera, const Feature &feature, Switches *swit
  */
 std::string whyMissing(const Camera &camera, const Feature &feature,
                        const std::string &what = "such feature");
+
+/** A number as such; NaN: it is none. */
+double numberOf(const Value &value);
 
 /** The unit of a feature's numbers: that of the table where the camera's kind bears it. */
 Unit unitOf(const Feature &feature, Kind kind);
@@ -91,8 +95,8 @@ Value checkedValue(const Camera &camera, const Reading &reading, const std::stri
  */
 std::string offStepNote(const Reading &reading, const Value &value);
 
-/** \throws Error (kWrongUsage) when the feature is a limit, and the lower is above the upper by now */
-void requireLimitsInOrder(const Camera &camera, const Feature &changed, Switches &switches);
+/** \throws Error (kWrongUsage) when the feature is a limit, and the lower is above the upper */
+void checkLimits(const Feature &changed, const std::function<Value(const Feature &)> &valueOf);
 
 /** "NA", "RO", ... */
 const char *nameOf(GenApi_3_0::EAccessMode access);

@@ -68,7 +68,9 @@ std::string wrongBehind(const Program &program, const CLI::App &command,
                hint;
     if (is(CLI::ExitCodes::RequiredError))
         return "'" + full + "' needs " + what.substr(0, what.find(" is required")) + "." + hint;
-    if (is(CLI::ExitCodes::ArgumentMismatch) && isOption(subject)) // the option's name
+    if (is(CLI::ExitCodes::ArgumentMismatch) && !isOption(subject))
+        return "'" + full + "' needs another " + subject + "." + hint;
+    if (is(CLI::ExitCodes::ArgumentMismatch)) // the option's name
         return subject +
                (what.find("missing") != what.npos ? " needs a value." : " is given twice.") + hint;
     return what + (what.empty() || what.back() != '.' ? "." : "") + hint;
@@ -131,7 +133,7 @@ Run readCommandLine(const Program &program, Words arguments) {
         app.parse(Words(arguments.rbegin(), arguments.rend()));
         return runs.at(chosen());
     } catch (const CLI::ParseError &error) {
-        if (error.get_exit_code() == 0) { // --help or --version
+        if (error.get_exit_code() == 0 && app.remaining().empty()) { // --help or --version
             std::ostringstream text;
             (void)app.exit(error, text, text);
             return [text = text.str()] {

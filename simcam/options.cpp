@@ -354,6 +354,7 @@ const PerCameraOption kPerCameraOptions[] = {
 
 std::vector<std::string> serialsOf(const std::vector<CameraOptions> &cameras) {
     std::vector<std::string> serials;
+    serials.reserve(cameras.size());
     for (const CameraOptions &camera : cameras)
         serials.push_back(camera.identity.serial);
     return serials;

@@ -52,21 +52,30 @@ TEST_F(Diff, ComparesACameraWithAFileAndWithAnother) {
     const Simcam other({"--camera", "S99@127.0.0.3", "--set", "S99:Width=640"});
     const std::string saved = camera.folder().path() + "/saved";
     ASSERT_EQ(0, kxinfo({"save", "S1234", saved, "--switch"}).status);
-    EXPECT_EQ((Result{0, "", ""}), kxinfo({"diff", "--switch", "S1234", saved}));
+    const std::string unreachable =
+        "kxinfo: not compared, since it is not available at present: balanceWhitePeriod.\n";
+    EXPECT_EQ((Result{0, "", unreachable}), kxinfo({"diff", "--switch", "S1234", saved}));
     camera.write({{reg::kWidth, 320}, {reg::kLutValues, 9}});
     (void)camera.changes();
 
     const Result looked = kxinfo({"diff", "S1234", saved});
     EXPECT_EQ(1, looked.status);
     EXPECT_EQ("Width: 320 px -> 1936 px\n", looked.out);
-    EXPECT_THAT(looked.err, HasSubstr("kxinfo: not compared, since its entries are read by writing "
-                                      "their index: the lookup table.\n"));
+    const std::string unread =
+        "kxinfo: not compared, since it cannot be read without --switch: autoBrightnessTarget, "
+        "autoBrightnessSequence, exposureAutoMinValue, exposureAutoMaxValue, gainAutoMinValue, "
+        "gainAutoMaxValue, gainAutoSource, ExposureAuto, GainAuto, Gain, BalanceRatio[Red], "
+        "BalanceRatio[Blue], balanceWhitePeriod, gammaCorrection, the lookup table.\n";
+    EXPECT_EQ(unread, looked.err);
     EXPECT_THAT(camera.changes(), IsEmpty());
-    EXPECT_EQ(
-        (Result{1, "Width: 1936 px -> 320 px\nlookup table of Red: 1 of 16 entries differ\n", ""}),
-        kxinfo({"diff", saved, "S1234", "--switch"}));
+    EXPECT_EQ((Result{1, "Width: 1936 px -> 320 px\nlookup table of Red: 1 of 16 entries differ\n",
+                      unreachable}),
+              kxinfo({"diff", saved, "S1234", "--switch"}));
     EXPECT_THAT(camera.changes(), IsEmpty());
-    EXPECT_EQ("Width: 320 px -> 640 px\n", kxinfo({"diff", "S1234", "S99"}).out);
+    EXPECT_EQ((Result{1, "Width: 320 px -> 640 px\n", unread}), kxinfo({"diff", "S1234", "S99"}));
+    ASSERT_EQ(0, kxinfo({"save", "S1234", saved}).status);
+    EXPECT_EQ((Result{0, "", unread}), kxinfo({"diff", "S1234", saved}))
+        << "though the file holds nothing of these";
 }
 
 TEST_F(Diff, EndsWithAStatusThatSaysNothingOfDifferencesWhenItCannotCompare) {
@@ -80,11 +89,19 @@ TEST_F(Diff, EndsWithAStatusThatSaysNothingOfDifferencesWhenItCannotCompare) {
     EXPECT_EQ(
         (Result{
             2, "",
-            "kxinfo: CAMERA|FILE: At least 2 required but received 1. Run 'kxinfo diff --help' for "
-            "what is expected.\n"}),
+            "kxinfo: 'kxinfo diff' needs another CAMERA|FILE. Run 'kxinfo diff --help' for what is "
+            "expected.\n"}),
         kxinfo({"diff", mine}));
     const Result silent = whenSilentHalfway({"diff", mine, "S1234"});
     EXPECT_EQ(3, silent.status);
+}
+
+TEST_F(Diff, SaysThatOneSideIsMissing) {
+    EXPECT_EQ(
+        (Result{2, "",
+                "kxinfo: 'kxinfo diff' needs another CAMERA|FILE. Run 'kxinfo diff --help' for "
+                "what is expected.\n"}),
+        kxinfo({"diff", "a.json"}));
 }
 
 } // namespace

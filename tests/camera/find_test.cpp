@@ -60,10 +60,10 @@ TEST_F(FindAmongFour, SaysWhichAreThereWhenNoneOrSeveralFit) {
                    "127.0.0.3)" +
                    advice),
               foundBy("S"));
-    EXPECT_EQ(none("several cameras answered: S10 (Dalsa C1936, 127.0.0.2), S1 (Dalsa C1936, "
-                   "127.0.0.3) and T5 (Dalsa C1936, 127.0.0.4)" +
-                   advice),
-              foundBy(""));
+    const std::string several = "several cameras answered: S10 (Dalsa C1936, 127.0.0.2), S1 (Dalsa "
+                                "C1936, 127.0.0.3) and T5 (Dalsa C1936, 127.0.0.4)" +
+                                advice;
+    EXPECT_EQ(none(several), foundBy(""));
     EXPECT_EQ(none("no camera fits \"S100\"." + all + " Did you mean S10 or S1?"), foundBy("S100"));
     EXPECT_EQ(none("no camera fits \"X\"." + all +
                    " A camera of another maker needs its whole serial number."),
@@ -122,10 +122,14 @@ TEST_F(Find, SaysThatNoDalsaCameraAnswers) {
     EXPECT_EQ(nobody, foundBy(""));
     EXPECT_EQ(nobody, foundBy("S1"));
     const Simcam other({"--vendor", "Other", "--camera", "X1@127.0.0.2"});
-    EXPECT_EQ(none("no Dalsa camera answered, but cameras of other makers did: X1 (Other C1936, "
-                   "127.0.0.2). To work on one of them, name it exactly: by its serial number, "
-                   "address, MAC address or user name."),
-              foundBy(""));
+    const std::string others =
+        none("no Dalsa camera answered, but cameras of other makers did: X1 (Other C1936, "
+             "127.0.0.2). All commands but probe work on one that is named exactly: by its serial "
+             "number, address, MAC address or user name.");
+    EXPECT_EQ(others, foundBy(""));
+    EXPECT_EQ(others, kxinfo({"save", "--all", "."}).err);
+    EXPECT_EQ(others, kxinfo({"probe", "--all"}).err);
+    EXPECT_EQ(others + nobody, kxinfo({"probe", "X9"}).err);
 }
 
 TEST_F(Find, TakesADalsaCameraRatherThanOneOfAnotherMakerWithThatSerialNumber) {

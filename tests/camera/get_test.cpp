@@ -3,6 +3,9 @@
 #include "watched_camera.h"
 #include "wire.h"
 
+#include <algorithm>
+#include <cstdlib>
+
 #include <nlohmann/json.hpp>
 
 namespace {
@@ -55,6 +58,17 @@ LUTIndex                          0        0         255     1     -      RW  in
 LUTValue                          -        -           -     -     -      RW  integer; it needs lutSize on Bpp12, which is on Bpp8
 )"),
         kxinfo({"get", "S1234"}));
+}
+
+TEST_F(Get, FitsItsTableToTheTerminal) {
+    const WatchedCamera camera;
+    const Result result = run(
+        {"/usr/bin/script", "-qec", "stty cols 60 && " KXINFO_PROGRAM " get S1234", "/dev/null"});
+    EXPECT_EQ(0, result.status) << result;
+    size_t widest = 0;
+    for (const std::string &line : linesOf(replaced(result.out, {"…\r", ".\r"})))
+        widest = std::max(widest, line.size() - 1); // without the '\r' of a terminal
+    EXPECT_EQ(60u, widest) << result;
 }
 
 TEST_F(Get, SwitchesWhatIsNeededWhenToldAndSaysSo) {
@@ -124,6 +138,24 @@ TEST_F(Get, WritesOneBareValue) {
                       "kxinfo: --value prints the value of one feature; name one, for example "
                       "'kxinfo get Gain --value'.\n"}),
               kxinfo({"get", "Width", "Height", "--value"}));
+}
+
+TEST_F(Get, TakesAFirstWordThatIsNoCamerasForAFeatureWhereACameraIsMeantWithoutName) {
+    WatchedCamera camera;
+    const std::string none = "\". These answered: S1234 (Dalsa C1936, 127.0.0.2).";
+    const auto value = [] { return kxinfo({"get", "DeviceSerialNumber", "--value"}); };
+
+    EXPECT_EQ((Result{0, "S1234\n", ""}), value());
+    EXPECT_EQ((Result{1, "",
+                      "kxinfo: no camera fits \"Wdth" + none +
+                          " Nor has camera S1234 such a feature. Did you mean Width?\n"}),
+              kxinfo({"get", "Wdth", "Height"}));
+    const Simcam other({"--camera", "T5@127.0.0.3"});
+    EXPECT_THAT(value().err,
+                testing::HasSubstr("no camera fits \"DeviceSerialNumber\". These answered: S1234"));
+    setenv("KXINFO_CAMERA", "T5", 1);
+    EXPECT_EQ((Result{0, "T5\n", ""}), value());
+    unsetenv("KXINFO_CAMERA");
 }
 
 TEST_F(Get, WritesJson) {

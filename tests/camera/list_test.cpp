@@ -119,9 +119,7 @@ TEST_F(List, TellsThatOnlyCamerasOfOtherMakersAnswer) {
 
     EXPECT_EQ(0, result.status);
     EXPECT_EQ(2u, linesOf(result.out).size());
-    EXPECT_EQ("kxinfo: no Dalsa camera answered, but cameras of other makers did. To work on one "
-              "of them, name it exactly.\n",
-              result.err);
+    EXPECT_THAT(result.err, HasSubstr("no Dalsa camera answered, but cameras of other makers did"));
 }
 
 TEST_F(List, TellsOfTwoCamerasWithOneSerialNumber) {

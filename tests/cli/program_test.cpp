@@ -97,6 +97,8 @@ TEST(CommandLine, SaysWhatIsWrongAndWhatWasProbablyMeant) {
     } cases[] = {
         {{}, "a command is missing; expected is paint." + before},
         {{"piant"}, "unknown command \"piant\". Did you mean paint?" + before},
+        {{"help", "piant"}, "unknown command \"piant\". Did you mean paint?" + before},
+        {{"piant", "--help"}, "unknown command \"piant\". Did you mean paint?" + before},
         {{"dig"}, "unknown command \"dig\"; expected is paint." + before},
         {{"--versoin"}, "unknown option \"--versoin\". Did you mean --version?" + before},
         {{"paint"}, "'painter paint' needs WALL." + behind},

@@ -38,12 +38,13 @@ protected:
         return "kxinfo: camera \"" + serial + "\": " + text + "\n";
     }
 
-    static std::string inFront(const std::string &other, const std::string &serial) {
+    static std::string inFront(const std::string &other, const std::string &serial,
+                               const std::string &address) {
         return message(serial, "the plug-in opens the first camera whose serial number begins with "
                                "\"" +
                                    serial + "\", and that is another one, \"" + other +
-                                   "\". To probe this camera, disconnect the other one for the "
-                                   "time.");
+                                   "\". On the open platform, 'kxinfo probe " + address +
+                                   "' probes this one.");
     }
 };
 
@@ -153,8 +154,8 @@ TEST_F(ProbeAll, TellsWhichCameraIsControlledByAnotherProgram) {
 
 TEST_F(ProbeAll, SaysThatThereIsNoDalsaCamera) {
     const Simcam foreign({"--vendor", "Other", "--camera", "X1@127.0.0.2"});
-    const std::string sentence = kxinfoHost({"S1"}).err;
-    ASSERT_THAT(sentence, StartsWith("kxinfo: no Dalsa camera answered. "));
+    const std::string sentence = kxinfo({"get"}).err;
+    ASSERT_THAT(sentence, StartsWith("kxinfo: no Dalsa camera answered, but"));
 
     EXPECT_EQ((Result{1, "", sentence}), kxinfo({"probe", "--all"}));
     EXPECT_EQ((Result{1, "{\n  \"version\": 2,\n  \"cameras\": []\n}\n", sentence}),
@@ -166,13 +167,13 @@ TEST_F(ProbeAll, TakesNoCameraForAnother) {
     const Simcam twin({"--camera", "S1@127.0.0.4"});
     const std::string ten = kxinfoHost({"S10"}).out;
 
-    EXPECT_EQ((Result{1, ten + "\n" + kxinfoHost({"S1"}).out, inFront("S1", "S1")}),
+    EXPECT_EQ((Result{1, ten + "\n" + kxinfoHost({"S1"}).out, inFront("S1", "S1", "127.0.0.4")}),
               kxinfo({"probe", "--all"}));
     // Another plug-in's platform may not find whole serial numbers first.
     EXPECT_EQ((Result{1, kxinfoHost({"S10", "--plugin", plugin("two_cameras")}).out,
                       message("S10", "no camera has a serial number that begins with \"S10\". Run "
                                      "'kxinfo list' to see the cameras that answer.") +
-                          inFront("S10", "S1") + inFront("S10", "S1")}),
+                          inFront("S10", "S1", "127.0.0.3") + inFront("S10", "S1", "127.0.0.4")}),
               probeAll("two_cameras"));
 }
 

@@ -73,6 +73,20 @@ TEST_F(Probe, TakesTheFirstOfSeveralWhoseSerialNumbersBeginSo) {
     const Simcam cameras({"--camera", "S10@127.0.0.2", "--camera", "S11@127.0.0.3"});
     EXPECT_THAT(kxinfo({"probe", "S1", "--log", "stdout", "--level", "debug"}).out,
                 HasSubstr("Using device Model:C1936 Serial:S10\n"));
+    const Simcam twin({"--camera", "S11@127.0.0.4"});
+    EXPECT_THAT(kxinfo({"probe", "S11"}).err,
+                testing::MatchesRegex("kxinfo: several cameras fit \"S11\": .*\\. The first by "
+                                      "address is probed\\.\n"));
+}
+
+TEST_F(Probe, TakesTheFirstThatBeginsSoAlsoBeyondThoseThatAHostSees) {
+    std::vector<std::string> arguments;
+    for (int i = 10; i < 20; ++i)
+        arguments.insert(arguments.end(), {"--camera", (i < 18 ? "S" : "A") + std::to_string(i) +
+                                                           "@127.0.0." + std::to_string(i)});
+    const Simcam cameras(arguments);
+    EXPECT_THAT(kxinfo({"probe", "A1", "--log", "stdout", "--level", "debug"}).out,
+                HasSubstr("Using device Model:C1936 Serial:A18\n"));
 }
 
 TEST_F(Probe, HasNothingInTheLogThatActsOnATerminal) {
@@ -97,6 +111,7 @@ TEST_F(Probe, SaysWhatTheCameraLacks) {
     model = replaced(model, integer, "<Float Name=\"autoBrightnessTarget\">");
     const Simcam camera(
         {"--description", folder.file("model.xml", model), "--camera", "S1234@127.0.0.2"});
+    const Simcam other({"--camera", "S1235@127.0.0.3"});
     const std::string lines =
         "kxinfo: KxScParamAutoBrightTarget: the camera has autoBrightnessTarget as another kind: "
         "float, expected is integer.\n"
@@ -104,7 +119,14 @@ TEST_F(Probe, SaysWhatTheCameraLacks) {
         "AcquisitionFrameRateAbs instead.\n"
         "kxinfo: KxScParamGamma: the camera has no feature gammaCorrection.\n";
 
-    EXPECT_EQ((Result{0, kxinfoHost({"S1234"}).out, lines}), kxinfo({"probe", "S1234"}));
+    const std::string several =
+        "kxinfo: several cameras fit \"S12\": S1234 (Dalsa C1936, 127.0.0.2) and S1235 (Dalsa "
+        "C1936, "
+        "127.0.0.3). Name one of them by its serial number, user name, address or MAC address. The "
+        "first by address is probed.\n";
+    for (const std::string name : {"S1234", "S12", ""})
+        EXPECT_EQ((Result{0, kxinfoHost({name}).out, (name == "S12" ? several : "") + lines}),
+                  kxinfo({"probe", name}));
     const Result result = kxinfo({"probe", "S1234", "--json"});
     EXPECT_EQ(lines, result.err);
     EXPECT_EQ("", violations(result.out, "probe.schema.json"));
