@@ -10,11 +10,16 @@ constexpr size_t kLongestQuote = 60;
 
 } // namespace
 
-std::string quoted(std::string_view text) {
-    std::string shown(text.substr(0, kLongestQuote));
+std::string printable(std::string_view text) {
+    std::string shown(text);
     std::replace_if(
         shown.begin(), shown.end(), [](char c) { return c < ' ' || c > '~'; }, '?');
-    return "'" + shown + (text.size() > kLongestQuote ? "...'" : "'");
+    return shown;
+}
+
+std::string quoted(std::string_view text) {
+    return "'" + printable(text.substr(0, kLongestQuote)) +
+           (text.size() > kLongestQuote ? "...'" : "'");
 }
 
 } // namespace gvcp

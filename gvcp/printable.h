@@ -7,6 +7,9 @@
 
 namespace gvcp {
 
+/** \p text with a '?' for each byte that is not of printable ASCII: it may act on a terminal. */
+std::string printable(std::string_view text);
+
 /**
  * \p text in quotes, with a '?' for each byte that is not of printable ASCII, and "..." for what is
  * beyond the first 60: it may be anything, and anybody's terminal may show it.

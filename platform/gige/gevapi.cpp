@@ -8,6 +8,7 @@
 #include "GenApi/GenApi.h"
 #include "errors.h"
 #include "gvcp/environment.h"
+#include "gvcp/printable.h"
 #include "kxgige.h"
 #include "session.h"
 
@@ -63,14 +64,10 @@ GEV_STATUS explained(Call call) {
     });
 }
 
-// Hosts put these into their logs: with a '?' for what would act there.
+// Hosts put these into their logs.
 template <size_t Room>
 void copyText(const std::string &from, char (&to)[Room]) {
-    const size_t length = std::min(from.size(), Room - 1);
-    std::replace_copy_if(
-        from.begin(), from.begin() + static_cast<ptrdiff_t>(length), to,
-        [](char c) { return c < ' ' || c > '~'; }, '?');
-    to[length] = '\0';
+    to[gvcp::printable(from).copy(to, Room - 1)] = '\0';
 }
 
 GEV_CAMERA_INFO recordOf(const gvcp::Found &found) {

@@ -96,12 +96,4 @@ TEST_F(Diff, EndsWithAStatusThatSaysNothingOfDifferencesWhenItCannotCompare) {
     EXPECT_EQ(3, silent.status);
 }
 
-TEST_F(Diff, SaysThatOneSideIsMissing) {
-    EXPECT_EQ(
-        (Result{2, "",
-                "kxinfo: 'kxinfo diff' needs another CAMERA|FILE. Run 'kxinfo diff --help' for "
-                "what is expected.\n"}),
-        kxinfo({"diff", "a.json"}));
-}
-
 } // namespace
