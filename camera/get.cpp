@@ -167,7 +167,7 @@ int get(Request request, const std::string &noneFits = "") {
         request.names.insert(request.names.begin(), *std::exchange(request.camera, {}));
         return get(std::move(request), error.what());
     } catch (const Error &error) {
-        throw noneFits.empty() ? error : Error(kNoCamera, noneFits);
+        throw noneFits.empty() || error.status() != kNoCamera ? error : Error(kNoCamera, noneFits);
     }
 }
 
