@@ -22,7 +22,7 @@ using testing::HasSubstr;
 using testing::SizeIs;
 using testing::StartsWith;
 
-#ifdef SANITIZED
+#if KXINFO_SANITIZED
 constexpr double kSoon = 10; // seconds of the processor
 constexpr long kLittle = 4 << 20;
 constexpr size_t kMany = 20'000; // as deep as the stack is, where each call takes more of it

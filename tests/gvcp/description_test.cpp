@@ -142,9 +142,8 @@ TEST_F(Description, IsReadAgainWhenItWasDamagedOnTheWay) {
 }
 
 TEST_F(Description, TakesLittleMemoryForTheLargest) {
-#ifdef __SANITIZE_ADDRESS__
-    GTEST_SKIP() << "a sanitizer takes memory of its own";
-#endif
+    if (KXINFO_SANITIZED)
+        GTEST_SKIP() << "a sanitizer takes memory of its own";
     const auto field = [](const char *name) {
         std::ifstream status("/proc/self/status");
         for (std::string word; status >> word;) {

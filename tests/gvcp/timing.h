@@ -19,11 +19,7 @@ private:
 };
 
 /** What a computer that has much else to do may add to any time; sanitizers look for else. */
-#ifdef __SANITIZE_ADDRESS__
-constexpr std::chrono::milliseconds kStall{10000};
-#else
-constexpr std::chrono::milliseconds kStall{1000};
-#endif
+constexpr std::chrono::milliseconds kStall{KXINFO_SANITIZED ? 10000 : 1000};
 
 /** A time, or what a busy computer makes of it. */
 inline auto lasts(std::chrono::milliseconds time) {

@@ -185,7 +185,8 @@ KX_API void __syslog_chk(int priority, int, const char *format, ...) {
     va_end(arguments);
 }
 
-#ifndef HOST_SANITIZED
+// Sanitizers have a malloc() of their own, in front of which none can be put.
+#if !KXINFO_SANITIZED
 void *__libc_malloc(size_t size);
 void *__libc_calloc(size_t count, size_t size);
 void *__libc_realloc(void *block, size_t size);
