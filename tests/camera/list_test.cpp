@@ -96,7 +96,7 @@ TEST_F(List, ShowsEightyCamerasWithThoseThatFallSilentAndTheEightThatAHostLooksA
     const auto lines = linesOf(kxinfo({"list"}).out);
 
     // One after the other they would be waited for a minute.
-    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(8));
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(20));
     ASSERT_EQ(81u, lines.size());
     for (size_t i = 0; i < 80; ++i) {
         const std::string host = i == 2  ? "no: another maker"

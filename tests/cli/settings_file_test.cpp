@@ -3,7 +3,7 @@
 #include "camera/saved_camera.h"
 
 #include <algorithm>
-#include <chrono>
+#include <ctime>
 #include <fstream>
 
 #include <gmock/gmock.h>
@@ -125,10 +125,9 @@ TEST(SettingsFile, IsReadInNoTimeHoweverMuchIsInIt) {
          "is of version \"" + times(39, "x") + "...; this kxinfo reads version 1."},
     };
     for (const auto &wrong : cases) {
-        const auto start = std::chrono::steady_clock::now();
+        const std::clock_t start = std::clock();
         EXPECT_EQ(wrong.why, refusal(wrong.text));
-        EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(20))
-            << "took ten minutes once";
+        EXPECT_LT(std::clock() - start, 20 * CLOCKS_PER_SEC) << "took ten minutes once";
     }
 }
 

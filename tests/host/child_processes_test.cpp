@@ -171,7 +171,7 @@ TEST(ChildProcesses, AreAskedToEndWhenTheProcessThatStartedThemDies) {
 }
 
 TEST(ChildProcesses, AreAskedToEndWhenTheProcessIsAndHaveTimeForIt) {
-    const Starter starter("trap 'kill $!; echo bye >&$fd; exit' TERM\nsleep 60 &", "wait");
+    const Starter starter("trap 'kill -KILL $!; echo bye >&$fd; exit' TERM\nsleep 60 &", "wait");
     EXPECT_EQ(42, starter.signal(SIGINT));
     EXPECT_EQ("bye\n", starter.lastWords());
 }

@@ -13,7 +13,7 @@
 
 namespace {
 
-constexpr int kPatienceMs = 60'000;
+constexpr int kPatienceMs = 250'000;
 
 void closePipe(int &fd) {
     if (fd >= 0)
