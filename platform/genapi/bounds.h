@@ -45,6 +45,11 @@ constexpr size_t kMostTogether = 512;
 /** How long they may be used when they are asked for only later. */
 constexpr std::chrono::milliseconds kLongestUnasked{100};
 
+/** Registers that are read ahead; a description of 1.3 MB has some thousands. */
+constexpr size_t kMostAhead = 16'384;
+/** How often that may fail: registers that a camera describes and does not have are found one by one. */
+constexpr int kMostRefusals = 32;
+
 /** Bytes of registers that are kept; all are forgotten when there are more. */
 constexpr size_t kMostKept = 4 << 20;
 

@@ -134,6 +134,45 @@ const std::vector<uint8_t> *Map::readWithNeighbours(const Place &place, ByteOrde
     return kept(place);
 }
 
+void Map::readAhead() {
+    if (use_ == Use::Monitor)
+        return; // nothing is kept
+    if (!hasNeighbours_)
+        findNeighbours();
+    int refusals = 0;
+    for (const ByteOrder order : {ByteOrder::Big, ByteOrder::Little}) {
+        std::vector<uint64_t> addresses;
+        for (const auto &[address, own] : neighbours_) {
+            if (own != order || kept_.count({address, kNeighbour}) != 0)
+                continue;
+            addresses.push_back(address);
+            if (addresses.size() == kMostTogether / kNeighbour)
+                readAhead(std::exchange(addresses, {}), order, refusals);
+            if (kept_.size() >= kMostAhead)
+                return;
+        }
+        readAhead(addresses, order, refusals);
+    }
+}
+
+// What is refused is tried again by halves, to find what the camera does not have.
+void Map::readAhead(const std::vector<uint64_t> &addresses, ByteOrder order, int &refusals) {
+    if (addresses.empty() || refusals == kMostRefusals)
+        return;
+    std::vector<uint8_t> bytes(addresses.size() * kNeighbour);
+    if (port_.readApart(addresses, bytes.data(), order)) {
+        for (size_t i = 0; i < addresses.size(); ++i)
+            keep({addresses[i], kNeighbour}, &bytes[i * kNeighbour]);
+        return;
+    }
+    ++refusals;
+    if (addresses.size() == 1)
+        return;
+    const auto middle = addresses.begin() + static_cast<ptrdiff_t>(addresses.size() / 2);
+    readAhead({addresses.begin(), middle}, order, refusals);
+    readAhead({middle, addresses.end()}, order, refusals);
+}
+
 std::optional<Place> Map::constantPlaceOf(Id id) const {
     const Id above = description_.above(id);
     Place place{0, 0};
@@ -298,6 +337,10 @@ bool Port::readTogether(uint64_t, uint8_t *, size_t, ByteOrder) {
     return false;
 }
 
+bool Port::readApart(const std::vector<uint64_t> &, uint8_t *, ByteOrder) {
+    return false;
+}
+
 NodeMap::NodeMap(std::string document, Port &port, Use use)
     : map_(std::make_unique<Map>(std::move(document), port, use)), reference_(this) {}
 
@@ -305,6 +348,10 @@ NodeMap::~NodeMap() = default;
 
 GenApi_3_0::INode *NodeMap::GetNode(const GenApi_3_0::gcstring &name) const {
     return map_->find(name.c_str());
+}
+
+void NodeMap::readAhead() {
+    map_->readAhead();
 }
 
 const char *NodeMap::asked() const {

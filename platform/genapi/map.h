@@ -79,6 +79,8 @@ public:
      * \return what is kept of it now; null: it has to be read alone
      */
     const std::vector<uint8_t> *readWithNeighbours(const Place &place, ByteOrder order);
+    /** See NodeMap::readAhead(). */
+    void readAhead();
     void forget(const Place &place);
     /** Before a write: forgets whatever overlaps. */
     void forgetOverlapping(const Place &place);
@@ -118,6 +120,7 @@ private:
 
     void findDependents();
     void findNeighbours();
+    void readAhead(const std::vector<uint64_t> &addresses, ByteOrder order, int &refusals);
     void forgetUnasked();
     /** Where a register lies whose place is no matter of values. */
     std::optional<Place> constantPlaceOf(Id id) const;

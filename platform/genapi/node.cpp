@@ -58,6 +58,45 @@ gcstring Node::GetName(bool FullQualified) const {
     return name.c_str();
 }
 
+EVisibility Node::GetVisibility() const {
+    return choiceOf<EVisibility>(stated(Property::Visibility), "Beginner|Expert|Guru|Invisible");
+}
+
+EInterfaceType Node::GetPrincipalInterfaceType() const {
+    switch (element()) {
+    case Element::Category:
+        return intfICategory;
+    case Element::Boolean:
+        return intfIBoolean;
+    case Element::Command:
+        return intfICommand;
+    case Element::Enumeration:
+        return intfIEnumeration;
+    case Element::EnumEntry:
+        return intfIEnumEntry;
+    case Element::String:
+    case Element::StringReg:
+        return intfIString;
+    case Element::Register:
+        return intfIRegister;
+    case Element::Port:
+        return intfIPort;
+    default:
+        break;
+    }
+    const unsigned number = rowOf(element()).meaning;
+    return number == kInteger ? intfIInteger : number == kFloat ? intfIFloat : intfIBase;
+}
+
+void Node::addValues(Property property, FeatureList_t &to) const {
+    for (const Item &item : map_.description().itemsOf(id_)) {
+        if (item.property != property)
+            continue;
+        if (auto *value = dynamic_cast<IValue *>(&map_.node(item.node)))
+            to.push_back(value);
+    }
+}
+
 EAccessMode Node::GetAccessMode() const {
     map_.begin(*this);
     return const_cast<Node *>(this)->mode(Locks::Count);

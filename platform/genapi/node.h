@@ -57,7 +57,7 @@ enum class Locks { Count, Ignore };
  * any kind can be used as integers and as floats. Everything here happens after
  * Map::begin(), within one access.
  */
-class Node : public GenApi_3_0::INode {
+class Node : public GenApi_3_0::INode, public GenApi_3_0::ISelector {
 public:
     Node(Map &map, Id id);
     Node(const Node &) = delete;
@@ -68,7 +68,15 @@ public:
 
     // INode
     gcstring GetName(bool FullQualified) const override;
+    GenApi_3_0::EVisibility GetVisibility() const override;
+    gcstring GetToolTip() const override { return stated(Property::ToolTip); }
+    GenApi_3_0::EInterfaceType GetPrincipalInterfaceType() const override;
     EAccessMode GetAccessMode() const override;
+
+    // ISelector
+    void GetSelectedFeatures(GenApi_3_0::FeatureList_t &Features) const override {
+        addValues(Property::pSelected, Features);
+    }
 
     EAccessMode mode(Locks locks);
     /** \throw AccessException  unless the node can be read; written; is there */
@@ -111,6 +119,8 @@ protected:
     const char *stated(Property property) const { return map_.description().textOf(id_, property); }
     /** The node that a property refers to; null when it has none. */
     Node *target(Property property) const;
+    /** Adds the nodes that a property refers to, those that have a value. */
+    void addValues(Property property, GenApi_3_0::FeatureList_t &to) const;
     /** A whole number of the description; \p otherwise when it has none. */
     int64_t number(Property property, int64_t otherwise) const;
 

@@ -37,6 +37,15 @@ public:
      */
     GenApi_3_0::INode *GetNode(const GenApi_3_0::gcstring &name) const override;
 
+    /**
+     * Reads what is going to be asked for anyway when all features are: the registers of 4 bytes that
+     * may be kept, as many as kMostAhead and as many at once as the port can. What cannot be read so
+     * is read when it is asked for.
+     *
+     * \throw what the port throws
+     */
+    void readAhead();
+
     /** Refers to this map; lives as long as it. */
     GenApi_3_0::CNodeMapRef &reference() { return reference_; }
 

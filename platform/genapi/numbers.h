@@ -49,6 +49,7 @@ public:
     T GetMin() override { return get(Limit::Min); }
     T GetMax() override { return get(Limit::Max); }
     T GetInc() override { return get(Limit::Inc); }
+    gcstring GetUnit() override { return shownBy(Property::Unit); }
     gcstring ToString(bool Verify, bool IgnoreCache) override {
         return textFor(GetValue(Verify, IgnoreCache)).c_str();
     }

@@ -318,9 +318,13 @@ private:
     std::string constant_;
 };
 
-class CategoryNode final : public ValueNode<IValue> {
+class CategoryNode final : public ValueNode<ICategory> {
 public:
     using ValueNode::ValueNode;
+
+    void GetFeatures(FeatureList_t &Features) const override {
+        addValues(Property::pFeature, Features);
+    }
 
     EAccessMode ownMode(Locks) override {
         for (const Item &item : map().description().itemsOf(id())) {

@@ -5,6 +5,7 @@
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
+#include <vector>
 
 namespace genapi {
 
@@ -36,6 +37,15 @@ public:
      * \return false: they have to be read one by one; so it does unless it is overridden
      */
     virtual bool readTogether(uint64_t address, uint8_t *bytes, size_t size, ByteOrder order);
+
+    /**
+     * Reads registers of 4 bytes wherever they lie, all of the same order, at once, if it can.
+     *
+     * \param addresses  at most kMostTogether / 4
+     * \param bytes      receives 4 of each
+     * \return false: it cannot, or the camera refuses one of them; so it does unless it is overridden
+     */
+    virtual bool readApart(const std::vector<uint64_t> &addresses, uint8_t *bytes, ByteOrder order);
 
     /** A clock, for what is not to be used for long; it stands still unless it is overridden. */
     virtual std::chrono::milliseconds now() const;

@@ -129,6 +129,8 @@ IFloat::~IFloat() = default;
 IBoolean::~IBoolean() = default;
 IEnumEntry::~IEnumEntry() = default;
 IEnumeration::~IEnumeration() = default;
+ICategory::~ICategory() = default;
+ISelector::~ISelector() = default;
 INodeMap::~INodeMap() = default;
 
 CNodeMapRef::CNodeMapRef(INodeMap *map) : map_(map) {}

@@ -237,6 +237,16 @@ GEV_STATUS KxGigeLookAt(GEV_CAMERA_INFO *device, GEV_CAMERA_HANDLE *handle) {
     return openCamera(device, GevMonitorMode, genapi::Use::Control, handle);
 }
 
+GEV_STATUS KxGigeReadAhead(GEV_CAMERA_HANDLE handle) {
+    return guarded([&]() -> GEV_STATUS {
+        Session *session = sessionOf(handle);
+        if (!session)
+            return GEVLIB_ERROR_INVALID_HANDLE;
+        session->nodeMap().readAhead();
+        return GEVLIB_OK;
+    });
+}
+
 GEV_STATUS KxGigeGetController(GEV_CAMERA_HANDLE handle, int *isControlled, uint32_t *address,
                                uint16_t *port) {
     if (!isControlled || !address || !port)

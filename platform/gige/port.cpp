@@ -94,16 +94,49 @@ bool Port::readTogether(uint64_t address, uint8_t *bytes, size_t size, ByteOrder
         std::vector<uint32_t> addresses;
         for (size_t offset = 0; offset < size; offset += kRegisterSize)
             addresses.push_back(at + static_cast<uint32_t>(offset));
-        for (const uint32_t number : channel_.readRegisters(addresses)) {
-            gvcp::put32(bytes, number);
-            bytes += kRegisterSize;
-        }
+        readNumbers(addresses, bytes);
         return true;
     } catch (const gvcp::Error &error) {
         refusesTogether_ = error.cause() == gvcp::Cause::Refused;
         if (!refusesTogether_)
             raise(error, "read", address);
         return false;
+    }
+}
+
+bool Port::readApart(const std::vector<uint64_t> &addresses, uint8_t *bytes, ByteOrder order) {
+    if (!channel_.readsSeveralRegisters() || (access_ == RegisterAccess::BigEndianByCommand &&
+                                              order != ByteOrder::Big)) // memory shows those
+        return false;
+    std::vector<uint32_t> registers;
+    try {
+        for (const uint64_t address : addresses) {
+            if (!isRegister(address, kRegisterSize))
+                return false;
+            registers.push_back(addressOf(address, kRegisterSize));
+            // Zero tells nothing of the byte order, and other numbers do.
+            if (access_ == RegisterAccess::Undecided && order == ByteOrder::Big &&
+                registers.size() <= size_t{kMostComparisons}) {
+                channel_.read(registers.back(), bytes, kRegisterSize);
+                compare(registers.back(), bytes);
+            }
+        }
+        if (access_ == RegisterAccess::Undecided)
+            return false;
+        readNumbers(registers, bytes);
+        return true;
+    } catch (const gvcp::Error &error) {
+        if (error.cause() != gvcp::Cause::Refused)
+            raise(error, "read", addresses.front());
+        return false;
+    }
+}
+
+// By register commands.
+void Port::readNumbers(const std::vector<uint32_t> &addresses, uint8_t *bytes) {
+    for (const uint32_t number : channel_.readRegisters(addresses)) {
+        gvcp::put32(bytes, number);
+        bytes += kRegisterSize;
     }
 }
 

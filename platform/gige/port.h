@@ -31,6 +31,8 @@ public:
     void read(uint64_t address, uint8_t *bytes, size_t size, genapi::ByteOrder order) override;
     bool readTogether(uint64_t address, uint8_t *bytes, size_t size,
                       genapi::ByteOrder order) override;
+    bool readApart(const std::vector<uint64_t> &addresses, uint8_t *bytes,
+                   genapi::ByteOrder order) override;
     void write(uint64_t address, const uint8_t *bytes, size_t size,
                genapi::ByteOrder order) override;
     void requireKept() override;
@@ -40,6 +42,7 @@ private:
     [[noreturn]] void raise(const gvcp::Error &error, const char *action, uint64_t address) const;
     template <class Do>
     void carryOut(const char *action, uint64_t address, Do access);
+    void readNumbers(const std::vector<uint32_t> &addresses, uint8_t *bytes);
     void compare(uint32_t address, uint8_t *bytes);
 
     gvcp::Channel &channel_;

@@ -32,6 +32,14 @@ KX_PLATFORM_API const char *KxGigeCause(void);
 KX_PLATFORM_API GEV_STATUS KxGigeLookAt(GEV_CAMERA_INFO *device, GEV_CAMERA_HANDLE *handle);
 
 /**
+ * Reads in few commands what will be asked for when all features of an opened camera are read: the
+ * registers that its description lets be kept. In monitor mode it does nothing.
+ *
+ * \return GEVLIB_ERROR_INVALID_HANDLE, or what reading from the camera came to
+ */
+KX_PLATFORM_API GEV_STATUS KxGigeReadAhead(GEV_CAMERA_HANDLE handle);
+
+/**
  * Who controls an opened camera now; it is asked. In monitor mode that may be another program.
  *
  * \param isControlled  receives whether anybody does

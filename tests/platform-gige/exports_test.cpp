@@ -47,7 +47,7 @@ TEST(Exports, AreTheFunctionsOfTheFrameworkAndItsOwn) {
     EXPECT_THAT(functions, ElementsAre("GevApiUninitialize", "GevCloseCamera", "GevGetCameraList",
                                        "GevGetFeatureNodeMap", "GevGetFeatureValue",
                                        "GevOpenCamera", "KxGigeCause", "KxGigeGetController",
-                                       "KxGigeLookAt", "KxGigeStopWhen", "_CloseSocketAPI"));
+                                       "KxGigeLookAt", "KxGigeReadAhead", "KxGigeStopWhen", "_CloseSocketAPI"));
 }
 
 TEST(Exports, IncludeTheTypesThatCrossTheLibrarysBorder) {
@@ -56,7 +56,8 @@ TEST(Exports, IncludeTheTypesThatCrossTheLibrarysBorder) {
          {"GenICam_3_0::GenericException", "GenICam_3_0::AccessException",
           "GenICam_3_0::TimeoutException", "GenApi_3_0::IBase", "GenApi_3_0::INode",
           "GenApi_3_0::IValue", "GenApi_3_0::IInteger", "GenApi_3_0::IFloat",
-          "GenApi_3_0::IBoolean", "GenApi_3_0::IEnumeration", "GenApi_3_0::IEnumEntry"}) {
+          "GenApi_3_0::IBoolean", "GenApi_3_0::IEnumeration", "GenApi_3_0::IEnumEntry",
+          "GenApi_3_0::ICategory", "GenApi_3_0::ISelector"}) {
         EXPECT_EQ(1u, names.count(std::string("typeinfo for ") + type)) << type;
     }
     EXPECT_EQ(1u, names.count("GenApi_3_0::CNodeMapRef::_GetNode(GenICam_3_0::gcstring const&) "

@@ -38,6 +38,9 @@ public:
     ~Node() override = default;
 
     gcstring GetName(bool) const override { return name_.c_str(); }
+    EVisibility GetVisibility() const override { return Beginner; }
+    gcstring GetToolTip() const override { return ""; }
+    EInterfaceType GetPrincipalInterfaceType() const override { return intfIValue; }
     EAccessMode GetAccessMode() const override {
         touch(Op::AccessMode);
         return mode();
@@ -190,6 +193,7 @@ public:
     Value GetMin() override { return limit(Op::GetMin, min); }
     Value GetMax() override { return limit(Op::GetMax, max); }
     Value GetInc() override { return limit(Op::GetInc, inc); }
+    gcstring GetUnit() override { return ""; }
 
     std::string text() const override { return textFor(values.current(tree_)); }
 
@@ -271,6 +275,7 @@ public:
         touchIncrement();
         return 1;
     }
+    gcstring GetUnit() override { return ""; }
 
 protected:
     ~IntegerView() override = default;

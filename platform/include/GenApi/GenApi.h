@@ -44,6 +44,25 @@ typedef enum {
     RW  /**< read and write */
 } EAccessMode;
 
+/** Whom a feature is meant for. */
+typedef enum { Beginner, Expert, Guru, Invisible, _UndefinedVisibility = 99 } EVisibility;
+
+/** The interface that a node is most of all. */
+typedef enum {
+    intfIValue,
+    intfIBase,
+    intfIInteger,
+    intfIBoolean,
+    intfICommand,
+    intfIFloat,
+    intfIString,
+    intfIRegister,
+    intfICategory,
+    intfIEnumeration,
+    intfIEnumEntry,
+    intfIPort
+} EInterfaceType;
+
 /** Anything that has an access mode. */
 struct KX_GENAPI_DECL IBase {
     virtual EAccessMode GetAccessMode() const = 0;
@@ -56,6 +75,11 @@ protected:
 /** A node of the map. */
 struct KX_GENAPI_DECL INode : virtual IBase {
     virtual gcstring GetName(bool FullQualified = false) const = 0;
+    /** What the description says of it; Beginner when it says nothing. */
+    virtual EVisibility GetVisibility() const = 0;
+    /** A sentence for people; empty when there is none. */
+    virtual gcstring GetToolTip() const = 0;
+    virtual EInterfaceType GetPrincipalInterfaceType() const = 0;
 
 protected:
     ~INode() override;
@@ -76,6 +100,8 @@ struct KX_GENAPI_DECL IInteger : virtual IValue {
     virtual int64_t GetMin() = 0;
     virtual int64_t GetMax() = 0;
     virtual int64_t GetInc() = 0;
+    /** What the value counts; empty when nobody says. */
+    virtual gcstring GetUnit() = 0;
 
 protected:
     ~IInteger() override;
@@ -89,6 +115,7 @@ struct KX_GENAPI_DECL IFloat : virtual IValue {
     virtual bool HasInc() = 0;
     /** 0 when the node has no increment. */
     virtual double GetInc() = 0;
+    virtual gcstring GetUnit() = 0;
 
 protected:
     ~IFloat() override;
@@ -125,6 +152,26 @@ struct KX_GENAPI_DECL IEnumeration : virtual IValue {
 
 protected:
     ~IEnumeration() override;
+};
+
+/** Features: each is a node too. */
+typedef std::vector<IValue *> FeatureList_t;
+
+struct KX_GENAPI_DECL ICategory : virtual IValue {
+    /** Adds to \p Features those that the category holds, in their order. */
+    virtual void GetFeatures(FeatureList_t &Features) const = 0;
+
+protected:
+    ~ICategory() override;
+};
+
+/** A node that may choose which of several values others have; most choose none. */
+struct KX_GENAPI_DECL ISelector : virtual IBase {
+    /** Adds to \p Features those whose value it chooses. */
+    virtual void GetSelectedFeatures(FeatureList_t &Features) const = 0;
+
+protected:
+    ~ISelector() override;
 };
 
 /** A camera's features. */
