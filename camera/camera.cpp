@@ -9,6 +9,7 @@
 #include "kxgige.h"
 #pragma weak KxGigeCause
 #pragma weak KxGigeLookAt
+#pragma weak KxGigeReadAhead
 #pragma weak KxGigeStopWhen
 #define KXINFO_OPEN_PLATFORM
 #endif
@@ -46,7 +47,7 @@ GEV_STATUS open(GEV_CAMERA_INFO &record, Purpose purpose, GEV_CAMERA_HANDLE &han
     if (purpose == Purpose::Look && KxGigeLookAt)
         return KxGigeLookAt(&record, &handle);
 #endif
-    return GevOpenCamera(&record, purpose == Purpose::Look ? GevMonitorMode : GevControlMode,
+    return GevOpenCamera(&record, purpose == Purpose::Change ? GevControlMode : GevMonitorMode,
                          &handle);
 }
 
@@ -88,11 +89,21 @@ std::string whyNotOpened(GEV_STATUS status) {
 
 #endif
 
+Words namesOf(const FeatureList_t &features) {
+    Words names;
+    for (IValue *feature : features)
+        if (const auto *node = dynamic_cast<INode *>(feature))
+            names.push_back(cleaned(node->GetName().c_str()));
+    return names;
+}
+
 } // namespace
 
 Node::Node(const CNodeMapRef &nodeMap, const std::string &name)
     : name_(name), base_(nodeMap._GetNode(name.c_str())) {
     value_ = dynamic_cast<IValue *>(base_);
+    if ((category_ = dynamic_cast<ICategory *>(base_)))
+        return;
     if ((float_ = dynamic_cast<IFloat *>(base_)))
         kind_ = Kind::Float;
     else if ((integer_ = dynamic_cast<IInteger *>(base_)))
@@ -102,7 +113,39 @@ Node::Node(const CNodeMapRef &nodeMap, const std::string &name)
     else if ((enumeration_ = dynamic_cast<IEnumeration *>(base_)))
         kind_ = Kind::Enumeration;
     else if (value_)
-        kind_ = Kind::Text;
+        kind_ = base_->GetPrincipalInterfaceType() == intfICommand    ? Kind::Command
+                : base_->GetPrincipalInterfaceType() == intfIRegister ? Kind::Register
+                                                                      : Kind::Text;
+}
+
+const char *Node::visibility() const {
+    constexpr const char *kNames[] = {"beginner", "expert", "guru", "invisible"};
+    const EVisibility visibility = base_ ? base_->GetVisibility() : Beginner;
+    return kNames[visibility <= Invisible ? visibility : Beginner];
+}
+
+std::string Node::toolTip() const {
+    return base_ ? cleaned(base_->GetToolTip().c_str()) : "";
+}
+
+std::string Node::unit() const {
+    return integer_ ? cleaned(integer_->GetUnit().c_str())
+           : float_ ? cleaned(float_->GetUnit().c_str())
+                    : "";
+}
+
+Words Node::features() const {
+    FeatureList_t features;
+    if (category_)
+        category_->GetFeatures(features);
+    return namesOf(features);
+}
+
+Words Node::selected() const {
+    FeatureList_t features;
+    if (const auto *selector = dynamic_cast<ISelector *>(base_))
+        selector->GetSelectedFeatures(features);
+    return namesOf(features);
 }
 
 EAccessMode Node::access() const {
@@ -118,7 +161,7 @@ Value Node::read(Cache cache) const {
     if (boolean_)
         return boolean_->GetValue(false, ignored);
     const std::string text = value_->ToString(false, ignored).c_str();
-    return kind_ == Kind::Text ? text : cleaned(text); // a text may have to be put back
+    return kind_ == Kind::Enumeration ? cleaned(text) : text; // a text may have to be put back
 }
 
 void Node::write(const Value &value) const {
@@ -129,7 +172,7 @@ void Node::write(const Value &value) const {
         integer_->SetValue(*whole, true);
     else if (const auto *on = std::get_if<bool>(&value); on && boolean_)
         boolean_->SetValue(*on, true);
-    else if (text && value_ && (kind_ == Kind::Enumeration || kind_ == Kind::Text))
+    else if (text && value_ && !float_ && !integer_ && !boolean_)
         value_->FromString(text->c_str(), true);
     else
         throw Error(kFailed, "the camera has \"" + name_ + "\" as another kind of value.");
@@ -182,6 +225,14 @@ Camera::~Camera() {
     (void)GevCloseCamera(&handle_);
     (void)GevApiUninitialize();
     (void)_CloseSocketAPI();
+}
+
+void Camera::readAhead() const {
+#ifdef KXINFO_OPEN_PLATFORM
+    // What fails is told when it is asked for.
+    if (KxGigeReadAhead)
+        (void)KxGigeReadAhead(handle_);
+#endif
 }
 
 std::string Camera::heading() const {

@@ -42,6 +42,14 @@ public:
     Node(const GenApi_3_0::CNodeMapRef &nodeMap, const std::string &name);
 
     Kind kind() const { return kind_; } ///< Missing also when it is something without a value
+    bool isCategory() const { return category_ != nullptr; }
+
+    /** "beginner", "expert", "guru" or "invisible": whom the description means it for. */
+    const char *visibility() const;
+    std::string toolTip() const; ///< empty: it has none
+    std::string unit() const;    ///< as the description has it; empty: none
+    Words features() const;      ///< names of what a category holds
+    Words selected() const;      ///< names of the features whose value it chooses
     GenApi_3_0::EAccessMode access() const;
     bool isReadable() const { return GenApi_3_0::IsReadable(base_); }
 
@@ -68,12 +76,14 @@ private:
     GenApi_3_0::IFloat *float_ = nullptr;
     GenApi_3_0::IBoolean *boolean_ = nullptr;
     GenApi_3_0::IEnumeration *enumeration_ = nullptr;
+    GenApi_3_0::ICategory *category_ = nullptr;
     Kind kind_ = Kind::Missing;
 };
 
 /** What a camera is opened for. */
 enum class Purpose {
     Look,  ///< nothing is written to it; another program may control it
+    Watch, ///< the same, and nothing that was read is kept
     Change ///< it is controlled
 };
 
@@ -96,6 +106,9 @@ public:
 
     /** Its feature of that name; one of kind Missing when it has none. */
     Node node(const std::string &name) const { return Node(*nodeMap_, name); }
+
+    /** Before all of them are read: fetches in few commands what may be. */
+    void readAhead() const;
 
     /** "Camera S1234 (C1936)\n": what stands in front of a result. */
     std::string heading() const;

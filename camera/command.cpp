@@ -1,5 +1,7 @@
 #include "camera/command.h"
 
+#include <utility>
+
 #include "camera/find.h"
 
 namespace kxinfo {
@@ -41,6 +43,9 @@ const Program kKxinfo = {
         {"list", "Lists the cameras that answer", declareList},
         {"get", "Shows features of a camera: value, range, step, unit, kind and access",
          declareGet},
+        {"tree", "Shows every feature of a camera, by category", declareTree},
+        {"xml", "Writes the description of a camera as the camera gives it", declareXml},
+        {"watch", "Shows features as they change", declareWatch},
         {"set", "Sets features of a camera", declareSet},
         {"gamma", "Shows gamma, or sets it", declareGamma},
         {"lut", "Shows, switches, loads or saves the lookup table", declareLut},
@@ -107,6 +112,35 @@ int onCamera(const CameraArgument &name, Purpose purpose,
     if (!changes.empty())
         tell("what had been set is put back: " + changes + ".");
     return status;
+}
+
+int onFeatures(CameraArgument camera, Words names, Purpose purpose,
+               const std::function<int(Camera &, Switches &, const Words &)> &work) {
+    const auto takeForFeature = [&] { names.insert(names.begin(), *std::exchange(camera, {})); };
+    // A word that kxinfo knows as a feature is no camera's name.
+    if (camera && featuresMeant(*camera).front()->kind != Kind::Missing)
+        takeForFeature();
+    try {
+        return onCamera(camera, purpose, [&](Camera &opened, Switches &switches) {
+            return work(opened, switches, names);
+        });
+    } catch (const NoneFits &error) {
+        if (camera.value_or("").empty())
+            throw;
+        const std::string noneFits = error.what();
+        takeForFeature();
+        try {
+            return onCamera(camera, purpose, [&](Camera &opened, Switches &switches) {
+                const Node node = opened.node(names.front());
+                if (node.kind() == Kind::Missing && !node.isCategory())
+                    throw Error(kNoCamera, noneFits + " Nor has camera " + opened.name().serial +
+                                               " such a feature." + nearestFeatures(names.front()));
+                return work(opened, switches, names);
+            });
+        } catch (const Error &other) {
+            throw other.status() != kNoCamera ? other : Error(kNoCamera, noneFits);
+        }
+    }
 }
 
 } // namespace kxinfo

@@ -25,6 +25,9 @@ Run declareAuto(CLI::App &command);
 Run declareSave(CLI::App &command);
 Run declareRestore(CLI::App &command);
 Run declareDiff(CLI::App &command);
+Run declareTree(CLI::App &command);
+Run declareXml(CLI::App &command);
+Run declareWatch(CLI::App &command);
 
 /** Which camera a command is for, as it was typed; none: see chosenCamera(). */
 using CameraArgument = std::optional<std::string>;
@@ -45,6 +48,16 @@ void addSwitch(CLI::App &command, bool &switching);
  */
 int onCamera(const CameraArgument &camera, Purpose purpose,
              const std::function<int(Camera &camera, Switches &switches)> &work);
+
+/**
+ * The same for commands that take [CAMERA] [FEATURE...]: a first word that is no camera's is a
+ * feature, or a category of features, if a camera is meant without being named.
+ *
+ * \param work  gets the names of the features
+ */
+int onFeatures(
+    CameraArgument camera, Words names, Purpose purpose,
+    const std::function<int(Camera &camera, Switches &switches, const Words &names)> &work);
 
 /**
  * The one argument of a command that takes [CAMERA] FILE is the file.

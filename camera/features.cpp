@@ -1,7 +1,7 @@
 #include "camera/features.h"
 
 #include <algorithm>
-#include <deque>
+#include <map>
 
 namespace kxinfo {
 
@@ -25,8 +25,8 @@ constexpr Unit None = Unit::None, px = Unit::Pixels, us = Unit::Microseconds, dB
 } // namespace
 
 const char *nameOf(Kind kind) {
-    constexpr const char *kNames[] = {"missing", "integer",     "float",
-                                      "boolean", "enumeration", "text"};
+    constexpr const char *kNames[] = {"missing",     "integer", "float",   "boolean",
+                                      "enumeration", "text",    "command", "register"};
     return kNames[static_cast<size_t>(kind)];
 }
 
@@ -114,11 +114,14 @@ std::vector<const Feature *> featuresMeant(const std::string &name) {
     for (const Feature &feature : allFeatures())
         if (sameWord(feature.name, name) || sameWord(feature.node, name))
             meant.push_back(&feature);
-    if (meant.empty()) {
-        static std::deque<Feature> others; // the camera's own, never moved
-        meant.push_back(&others.emplace_back(Feature{name, Kind::Missing}));
-    }
+    if (meant.empty())
+        meant.push_back(&ownFeature(name));
     return meant;
+}
+
+const Feature &ownFeature(const std::string &name) {
+    static std::map<std::string, Feature> features;
+    return features.try_emplace(name, Feature{name, Kind::Missing}).first->second;
 }
 
 } // namespace kxinfo

@@ -13,7 +13,7 @@
 
 namespace kxinfo {
 
-enum class Kind { Missing, Integer, Float, Boolean, Enumeration, Text };
+enum class Kind { Missing, Integer, Float, Boolean, Enumeration, Text, Command, Register };
 
 /** "integer", "float", ...; "missing". */
 const char *nameOf(Kind kind);
@@ -62,6 +62,9 @@ const Feature &featureNamed(const std::string &name);
  * back lives as long as the process.
  */
 std::vector<const Feature *> featuresMeant(const std::string &name);
+
+/** A feature as a camera's description has it, whatever the table says. Lives as long as the process. */
+const Feature &ownFeature(const std::string &name);
 
 } // namespace kxinfo
 

@@ -2,10 +2,8 @@
 
 #include <algorithm>
 #include <memory>
-#include <utility>
 
 #include "camera/command.h"
-#include "camera/find.h"
 #include "camera/values.h"
 #include "cli/json.h"
 
@@ -32,68 +30,19 @@ std::string bareText(const Feature &feature, const Value &value) {
     return text.substr(digits) == ".0" ? text.substr(0, digits) : text;
 }
 
-// In decibels the value that the first step leads to: steps of the camera's factor are not equally
-// wide.
-Value shownStep(const Reading &reading) {
-    const auto *inc = std::get_if<double>(&reading.limits.inc);
-    if (!inc)
-        return reading.limits.inc;
-    if (!(*inc > 0))
-        return {};
-    const bool decibels = unitOf(*reading.feature, reading.kind) == Unit::Decibels;
-    return decibels ? numberOf(reading.limits.min) + *inc : *inc;
-}
-
-std::string stepText(const Reading &reading) {
-    const Value step = shownStep(reading);
-    const bool leads = hasValue(step) && unitOf(*reading.feature, reading.kind) == Unit::Decibels;
-    return (leads ? "to " : "") + valueText(*reading.feature, step);
-}
-
 std::string asTable(const Camera &camera, const std::vector<Reading> &readings) {
-    std::vector<Row> rows{
-        {{"Feature", "Value", "Minimum", "Maximum", "Step", "Unit", "Access", "Kind"}}};
-    for (const Reading &reading : readings) {
-        const Feature &feature = *reading.feature;
-        const char *unit = nameOf(unitOf(feature, reading.kind));
-        std::string kind = nameOf(reading.kind);
-        if (!hasValue(reading.value) && !reading.problem.empty())
-            kind += "; " + reading.problem;
-        else if (!reading.entries.empty())
-            kind += ": " + joined(reading.entries, ", ");
-        rows.push_back(
-            {{feature.name, valueText(feature, reading.value),
-              valueText(feature, reading.limits.min), valueText(feature, reading.limits.max),
-              stepText(reading), unit ? unit : kNone, nameOf(reading.access), kind}});
-    }
+    std::vector<Row> rows{{columnsOfReadings()}};
+    for (const Reading &reading : readings)
+        rows.push_back({cellsOf(reading)});
     return camera.heading() + "\n" + tableText(rows);
 }
 
 std::string asJson(const Camera &camera, const std::vector<Reading> &readings) {
     Json properties = Json::array();
-    for (const Reading &reading : readings) {
-        const Feature &feature = *reading.feature;
-        const char *unit = nameOf(unitOf(feature, reading.kind));
-        Json property = {{"name", feature.name},
-                         {"kind", nameOf(reading.kind)},
-                         {"access", nameOf(reading.access)},
-                         {"unit", unit ? Json(unit) : Json(nullptr)},
-                         {"value", shownValue(feature, reading.value)},
-                         {"minimum", shownValue(feature, reading.limits.min)},
-                         {"maximum", shownValue(feature, reading.limits.max)},
-                         {"increment", shownValue(feature, shownStep(reading))}};
-        if (reading.kind == Kind::Enumeration)
-            property["entries"] = reading.entries;
-        if (!reading.problem.empty())
-            property["problem"] = reading.problem;
-        properties.push_back(std::move(property));
-    }
-    const CameraName &name = camera.name();
+    for (const Reading &reading : readings)
+        properties.push_back(asMembers(reading));
     return jsonText(
-        {{"version", 1},
-         {"camera",
-          {{"manufacturer", name.manufacturer}, {"model", name.model}, {"serial", name.serial}}},
-         {"properties", properties}});
+        {{"version", 1}, {"camera", asMembers(camera.name())}, {"properties", properties}});
 }
 
 std::vector<const Feature *> wanted(const Words &names) {
@@ -127,14 +76,10 @@ int tellProblems(const std::vector<Reading> &readings, bool named, bool mayHint)
     return worst;
 }
 
-// noneFits: empty, or why the first of the names is that of no camera.
-int get(Request request, const std::string &noneFits = "") {
+int get(const Request &request) {
     std::string result;
-    const auto work = [&](Camera &camera, Switches &switches) {
-        if (!noneFits.empty() && camera.node(request.names.front()).kind() == Kind::Missing)
-            throw Error(kNoCamera, noneFits + " Nor has camera " + camera.name().serial +
-                                       " such a feature." + nearestFeatures(request.names.front()));
-        const auto features = wanted(request.names);
+    const auto work = [&](Camera &camera, Switches &switches, const Words &names) {
+        const auto features = wanted(names);
         if (request.value && features.size() != 1)
             throw Error(kWrongUsage, "--value prints the value of one feature; name one, for "
                                      "example 'kxinfo get Gain --value'.");
@@ -145,7 +90,7 @@ int get(Request request, const std::string &noneFits = "") {
                 readFeature(camera, *feature, request.switches ? &switches : nullptr));
         }
         stopIfAsked();
-        const int status = tellProblems(readings, !request.names.empty(), !request.switches);
+        const int status = tellProblems(readings, !names.empty(), !request.switches);
         if (const std::string switched = switches.switched(); !switched.empty())
             tell("switched for a moment, and put back: " + switched + ".");
         const Reading &first = readings.front();
@@ -155,20 +100,10 @@ int get(Request request, const std::string &noneFits = "") {
             result = bareText(*first.feature, first.value) + "\n";
         return status;
     };
-    try {
-        const int status =
-            onCamera(request.camera, request.switches ? Purpose::Change : Purpose::Look, work);
-        writeOut(result);
-        return status;
-    } catch (const NoneFits &error) {
-        if (request.camera.value_or("").empty())
-            throw;
-        // It is a feature, if a camera is meant without being named.
-        request.names.insert(request.names.begin(), *std::exchange(request.camera, {}));
-        return get(std::move(request), error.what());
-    } catch (const Error &error) {
-        throw noneFits.empty() || error.status() != kNoCamera ? error : Error(kNoCamera, noneFits);
-    }
+    const int status = onFeatures(request.camera, request.names,
+                                  request.switches ? Purpose::Change : Purpose::Look, work);
+    writeOut(result);
+    return status;
 }
 
 } // namespace
@@ -198,9 +133,6 @@ Example:
                 writeOut(feature.name + " " + nameOf(feature.kind) + "\n");
             return static_cast<int>(kDone);
         }
-        // A word that kxinfo knows as a feature is no camera's name.
-        if (request->camera && featuresMeant(*request->camera).front()->kind != Kind::Missing)
-            request->names.insert(request->names.begin(), *std::exchange(request->camera, {}));
         return get(*request);
     };
 }

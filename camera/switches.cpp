@@ -109,24 +109,25 @@ void Switches::leaveAutomation() {
         putBackWhatAutomationMoved();
 }
 
-void Switches::select(const Feature &feature, const std::string &entry) {
+void Switches::select(const Feature &feature, const Value &value) {
     const Node node = camera_.node(feature.node);
-    if (node.kind() != Kind::Enumeration || !node.isReadable())
+    if (node.kind() == Kind::Missing || !node.isReadable())
         return;
-    if (node.read() == Value(entry))
+    if (node.read() == value)
         return keep(feature);
     if (isAutomation(feature))
         keepWhatAutomationMoves();
     keep(feature);
     if (Remembered *const kept = find(feature)) { // what was switched may have made it unreadable
         kept->switched = kept->everSwitched = true;
-        node.write(entry);
+        node.write(value);
     }
 }
 
 void Switches::switchFor(const Feature &feature) {
     for (const Need &need : feature.needs)
-        select(featureNamed(need.node), need.entry);
+        if (camera_.node(need.node).kind() == Kind::Enumeration)
+            select(featureNamed(need.node), need.entry);
 }
 
 void Switches::switchToManual() {

@@ -43,6 +43,9 @@ public:
     /** The same, but as the camera has it now unless it is switched; none: it lacks the feature. */
     Value readAnew(const Feature &feature);
 
+    /** Sets a selector, or a mode, for the moment; nothing happens when it cannot be read. */
+    void select(const Feature &feature, const Value &value);
+
     /** Remembers a feature and writes it for good. */
     void write(const Feature &feature, const Value &value,
                Automation automation = Automation::Kept);
@@ -87,8 +90,6 @@ private:
     bool isAutomatic(const Feature &automation);
     void switchFor(const Feature &feature);
     void switchToManual();
-    void select(const Feature &feature, const std::string &entry);
-
     const Camera &camera_;
     std::vector<Remembered> remembered_;
 };

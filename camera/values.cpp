@@ -188,6 +188,23 @@ Value checkedNumber(const Camera &camera, const Reading &reading, const std::str
     return narrow(reading, up ? below + step : below);
 }
 
+// In decibels the value that the first step leads to: steps of the camera's factor are not equally
+// wide.
+Value shownStep(const Reading &reading) {
+    const auto *inc = std::get_if<double>(&reading.limits.inc);
+    if (!inc)
+        return reading.limits.inc;
+    if (!(*inc > 0))
+        return {};
+    const bool decibels = unitOf(*reading.feature, reading.kind) == Unit::Decibels;
+    return decibels ? numberOf(reading.limits.min) + *inc : *inc;
+}
+
+std::string unitText(const Reading &reading) {
+    const char *unit = nameOf(unitOf(*reading.feature, reading.kind));
+    return unit ? unit : reading.unit;
+}
+
 Value checkedBoolean(const Reading &reading, const std::string &text) {
     for (const char *word : {"true", "on", "yes", "1"})
         if (sameWord(word, text))
@@ -212,6 +229,8 @@ Reading readFeature(const Camera &camera, const Feature &feature, Switches *swit
     reading.feature = &feature;
     const Node node = camera.node(feature.node);
     reading.kind = node.kind();
+    if (feature.kind == Kind::Missing)
+        reading.unit = node.unit();
     if (reading.kind == Kind::Missing) {
         reading.problem = whyMissing(camera, feature);
         return reading;
@@ -316,6 +335,52 @@ std::string quantityText(const Feature &feature, const Value &value) {
     const char *unit =
         number ? nameOf(unitOf(feature, whole ? Kind::Integer : Kind::Float)) : nullptr;
     return valueText(feature, value) + (unit ? " " + std::string(unit) : "");
+}
+
+Words columnsOfReadings() {
+    return {"Feature", "Value", "Minimum", "Maximum", "Step", "Unit", "Access", "Kind"};
+}
+
+Words cellsOf(const Reading &reading) {
+    const Feature &feature = *reading.feature;
+    const Value step = shownStep(reading);
+    const bool leads = hasValue(step) && unitOf(feature, reading.kind) == Unit::Decibels;
+    const std::string unit = unitText(reading);
+    std::string kind = nameOf(reading.kind);
+    if (!hasValue(reading.value) && !reading.problem.empty())
+        kind += "; " + reading.problem;
+    else if (!reading.entries.empty())
+        kind += ": " + joined(reading.entries, ", ");
+    return {feature.name,
+            valueText(feature, reading.value),
+            valueText(feature, reading.limits.min),
+            valueText(feature, reading.limits.max),
+            (leads ? "to " : "") + valueText(feature, step),
+            unit.empty() ? kNone : unit,
+            nameOf(reading.access),
+            kind};
+}
+
+Json asMembers(const Reading &reading) {
+    const Feature &feature = *reading.feature;
+    const std::string unit = unitText(reading);
+    Json members = {{"name", feature.name},
+                    {"kind", nameOf(reading.kind)},
+                    {"access", nameOf(reading.access)},
+                    {"unit", unit.empty() ? Json() : Json(unit)},
+                    {"value", shownValue(feature, reading.value)},
+                    {"minimum", shownValue(feature, reading.limits.min)},
+                    {"maximum", shownValue(feature, reading.limits.max)},
+                    {"increment", shownValue(feature, shownStep(reading))}};
+    if (reading.kind == Kind::Enumeration)
+        members["entries"] = reading.entries;
+    if (!reading.problem.empty())
+        members["problem"] = reading.problem;
+    return members;
+}
+
+Json asMembers(const CameraName &name) {
+    return {{"manufacturer", name.manufacturer}, {"model", name.model}, {"serial", name.serial}};
 }
 
 std::string lineOf(const Camera &camera, const char *name) {

@@ -21,6 +21,7 @@ struct Reading {
     GenApi_3_0::EAccessMode access = GenApi_3_0::NI;
     Value value = {}; ///< none: it cannot be read at present, see \ref problem
     Limits limits = {};
+    std::string unit = {};     ///< as the camera has it, of what is none of the table
     Words entries = {};        ///< of an enumeration: what it may be set to
     std::string problem = {};  ///< why there is no value, or no range, as a clause
     bool failed = false;       ///< the problem is an error, not the camera's present state
@@ -68,6 +69,14 @@ std::string valueText(const Feature &feature, const Value &value);
 
 /** The same with the unit's name. */
 std::string quantityText(const Feature &feature, const Value &value);
+
+/** A row of a table of readings, and what stands above it. */
+Words columnsOfReadings();
+Words cellsOf(const Reading &reading);
+
+/** The same as members of a JSON object, and of an object that says which camera it is. */
+nlohmann::ordered_json asMembers(const Reading &reading);
+nlohmann::ordered_json asMembers(const CameraName &name);
 
 /** "NAME: VALUE (PROBLEM)" of a row of the table, as it can be read; with a line end. */
 std::string lineOf(const Camera &camera, const char *name);

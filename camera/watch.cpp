@@ -1,0 +1,166 @@
+// kxinfo watch: features as they change, without control of the camera.
+
+#include <unistd.h>
+
+#include <chrono>
+#include <ctime>
+#include <memory>
+#include <thread>
+
+#include "camera/command.h"
+#include "camera/values.h"
+#include "cli/json.h"
+
+namespace kxinfo {
+
+namespace {
+
+using Clock = std::chrono::system_clock;
+
+constexpr double kShortestInterval = 0.05; // seconds
+constexpr double kLongestInterval = 3600;
+// How soon a signal ends a wait.
+constexpr std::chrono::milliseconds kSlice{50};
+
+struct Request {
+    CameraArgument camera;
+    Words names;
+    double interval = 1;
+    unsigned count = 0; ///< looks; 0: until it is stopped
+    bool json = false, table = false, metrics = false;
+};
+
+std::string timeText(Clock::time_point time, bool forPrograms) {
+    const time_t seconds = Clock::to_time_t(time);
+    const auto milliseconds =
+        std::chrono::duration_cast<std::chrono::milliseconds>(time.time_since_epoch()).count() %
+        1000;
+    std::tm parts{};
+    (void)(forPrograms ? gmtime_r(&seconds, &parts) : localtime_r(&seconds, &parts));
+    char text[40];
+    const size_t size = std::strftime(text, sizeof text, forPrograms ? "%FT%T" : "%T", &parts);
+    (void)snprintf(text + size, sizeof text - size, ".%03d%s", static_cast<int>(milliseconds),
+                   forPrograms ? "Z" : "");
+    return text;
+}
+
+std::string textOf(const Reading &reading) {
+    return quantityText(*reading.feature, reading.value) +
+           (reading.unit.empty() || !hasValue(reading.value) ? "" : " " + reading.unit) +
+           (reading.problem.empty() ? "" : " (" + reading.problem + ")");
+}
+
+std::string lineOf(const Reading &reading, const std::string &before, bool json) {
+    const Feature &feature = *reading.feature;
+    if (!json)
+        return timeText(Clock::now(), false) + "  " +
+               changeText(feature.name, before.empty() ? textOf(reading) : before, textOf(reading));
+    Json members = {{"time", timeText(Clock::now(), true)},
+                    {"name", feature.name},
+                    {"value", shownValue(feature, reading.value)}};
+    if (!reading.problem.empty())
+        members["problem"] = reading.problem;
+    return members.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n";
+}
+
+// OpenMetrics: label values are escaped as JSON's texts are.
+std::string metricsOf(const Camera &camera, const std::vector<Reading> &readings) {
+    std::string text = "# TYPE kxinfo_feature gauge\n"
+                       "# HELP kxinfo_feature A feature of a camera; entries and texts are 1.\n";
+    for (const Reading &reading : readings) {
+        if (!hasValue(reading.value))
+            continue;
+        const auto label = [](const char *name, const std::string &value) {
+            return std::string(name) + '=' +
+                   Json(value).dump(-1, ' ', false, Json::error_handler_t::replace);
+        };
+        text += "kxinfo_feature{" + label("serial", camera.name().serial) + ',' +
+                label("model", camera.name().model) + ',' + label("feature", reading.feature->name);
+        const Json value = shownValue(*reading.feature, reading.value);
+        if (value.is_string())
+            text += ',' + label("entry", value) + "} 1\n";
+        else if (value.is_boolean())
+            text += value ? "} 1\n" : "} 0\n";
+        else
+            text += "} " + value.dump() + '\n';
+    }
+    return text + "# EOF\n";
+}
+
+std::string tableOf(const Camera &camera, const std::vector<Reading> &readings) {
+    std::vector<Row> rows{{columnsOfReadings()}};
+    for (const Reading &reading : readings)
+        rows.push_back({cellsOf(reading)});
+    const char *const fromTop = isatty(STDOUT_FILENO) ? "\x1b[H\x1b[2J" : "";
+    return fromTop + camera.heading() + "\n" + tableText(rows);
+}
+
+void wait(Clock::time_point until) {
+    while (!stopSignal() && Clock::now() < until)
+        std::this_thread::sleep_for(std::min<Clock::duration>(kSlice, until - Clock::now()));
+}
+
+int watch(const Request &request) {
+    const auto work = [&](Camera &camera, Switches &, const Words &names) {
+        std::vector<const Feature *> features;
+        for (const std::string &name : names.empty() ? Words{"DeviceTemperature"} : names)
+            for (const Feature *feature : featuresMeant(name)) {
+                if (camera.node(feature->node).kind() == Kind::Missing)
+                    throw Error(kWrongUsage,
+                                whyMissing(camera, *feature, '"' + shortened(name) + '"') + "." +
+                                    nearestFeatures(name));
+                features.push_back(feature);
+            }
+        Words shown(features.size());
+        const auto interval = std::chrono::duration_cast<Clock::duration>(
+            std::chrono::duration<double>(request.interval));
+        for (unsigned look = 0; !brokenPipe(); wait(Clock::now() + interval)) {
+            stopIfAsked();
+            std::vector<Reading> readings;
+            for (const Feature *feature : features)
+                readings.push_back(readFeature(camera, *feature, nullptr));
+            for (size_t i = 0; i < features.size() && !request.table && !request.metrics; ++i)
+                if (const std::string text = textOf(readings[i]); text != shown[i]) {
+                    writeOut(lineOf(readings[i], shown[i], request.json));
+                    shown[i] = text;
+                }
+            if (request.table)
+                writeOut(tableOf(camera, readings));
+            if (request.metrics)
+                writeOut(metricsOf(camera, readings));
+            if (request.metrics || ++look == request.count)
+                break;
+        }
+        return kDone;
+    };
+    return onFeatures(request.camera, request.names, Purpose::Watch, work);
+}
+
+} // namespace
+
+Run declareWatch(CLI::App &command) {
+    const auto request = std::make_shared<Request>();
+    addCamera(command, request->camera);
+    command.add_option("FEATURE", request->names, "Names of features; none: DeviceTemperature")
+        ->type_name("");
+    command
+        .add_option("--interval", request->interval, "Seconds between two looks; 1 unless given")
+        ->type_name("SECONDS")
+        ->check(CLI::Range(kShortestInterval, kLongestInterval));
+    command.add_option("--count", request->count, "End after so many looks; none: when stopped")
+        ->type_name("COUNT");
+    const auto table = command.add_flag("--table", request->table, "Show a table that stays");
+    const auto json =
+        command.add_flag("--json", request->json, "Write JSON, a line for each change");
+    const auto metrics = command.add_flag("--metrics", request->metrics,
+                                          "Write OpenMetrics text for a scraper, once");
+    table->excludes(json)->excludes(metrics);
+    metrics->excludes(json);
+    command.footer(R"(Asks the camera anew at each look, writes nothing to it and takes no control.
+
+Example:
+  kxinfo watch S1234567 DeviceTemperature --interval 5)");
+    return [request] { return watch(*request); };
+}
+
+} // namespace kxinfo

@@ -1,0 +1,58 @@
+// kxinfo xml: the description as the camera gives it, byte for byte.
+
+#include <unistd.h>
+
+#include <memory>
+
+#include "camera/command.h"
+#include "camera/find.h"
+#include "gvcp/channel.h"
+#include "gvcp/description.h"
+
+namespace kxinfo {
+
+namespace {
+
+int xml(const CameraArgument &camera) {
+    stopWaitingWhen(stopOnSignals());
+    const gvcp::Found found = chosenCamera(camera);
+    const gvcp::Identity &identity = found.identity;
+    std::string document;
+    try {
+        gvcp::Channel channel({identity.address, found.host, found.interface != 0},
+                              gvcp::Access::Monitor);
+        document = gvcp::loadDescription(
+            channel, {identity.manufacturer, identity.model, identity.version}, nullptr);
+    } catch (const gvcp::Error &error) {
+        stopIfAsked();
+        throw Error(kNoCamera, "camera " + nameOf(identity).serial +
+                                   " does not give its description: " + cleaned(error.what()) +
+                                   ".");
+    }
+    if (!isatty(STDOUT_FILENO)) {
+        writeOut(document);
+        return kDone;
+    }
+    std::string shown;
+    for (size_t at = 0; at < document.size();) {
+        const size_t end = std::min(document.find('\n', at), document.size());
+        shown += cleaned(std::string_view(document).substr(at, end - at)) + '\n';
+        at = end + 1;
+    }
+    writeOut(shown);
+    return kDone;
+}
+
+} // namespace
+
+Run declareXml(CLI::App &command) {
+    const auto camera = std::make_shared<CameraArgument>();
+    addCamera(command, *camera);
+    command.footer(R"(On a terminal, what could act on it is shown as \x1b, for example.
+
+Example:
+  kxinfo xml S1234567 > camera.xml)");
+    return [camera] { return xml(*camera); };
+}
+
+} // namespace kxinfo
