@@ -91,7 +91,7 @@ TEST_F(Description, SaysWhatIsWrongWithBothUrls) {
     describeToo("<b>");
 
     EXPECT_EQ("first URL: it names a file, and files are never opened for a camera; second URL: "
-              "the document, line 1, column 4: it ends within <b> of line 1; expected </b>",
+              "the document, line 1, column 4: it ends within an element; expected its end tag",
               refused());
 }
 
