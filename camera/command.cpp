@@ -1,8 +1,10 @@
 #include "camera/command.h"
 
+#include <sstream>
 #include <utility>
 
 #include "camera/find.h"
+#include "camera/fleet.h"
 
 namespace kxinfo {
 
@@ -68,6 +70,30 @@ void addSwitch(CLI::App &command, bool &switching) {
     command.add_flag("--switch", switching,
                      "Switch the camera for a moment, and back, to read what cannot be read "
                      "otherwise; the lookup table, for example");
+}
+
+void addAll(CLI::App &command, bool &all) {
+    command.add_flag("--all", all, "Every Dalsa camera that answers, a line for each");
+}
+
+int changeAll(const Words &arguments) {
+    const auto results = onAllCameras([&](const gvcp::Found &camera) {
+        Words own = arguments;
+        own[1] = gvcp::dotted(camera.identity.address);
+        return own;
+    });
+    return showFleet(results, {"Result"}, [](const FleetResult &result) {
+        if (result.status != kDone)
+            return Words{};
+        // What a command shows of one camera begins with its name.
+        std::istringstream lines(result.out);
+        Words changes;
+        std::string line;
+        for (std::getline(lines, line); std::getline(lines, line);)
+            if (!line.empty())
+                changes.push_back(line);
+        return Words{changes.empty() ? "done" : joined(changes, ", ", ", ")};
+    });
 }
 
 std::string requireFile(const std::string &command, CameraArgument &camera,

@@ -38,6 +38,17 @@ void addCamera(CLI::App &command, CameraArgument &camera);
 /** Declares --switch of commands that look; what is read into must outlive the parsing. */
 void addSwitch(CLI::App &command, bool &switching);
 
+/** Declares --all, of every camera; what is read into must outlive the parsing. */
+void addAll(CLI::App &command, bool &all);
+
+/**
+ * Runs a command that changes cameras on all of them, and shows a line of what each came to.
+ *
+ * \param arguments  of kxinfo: the command, a place for the camera's address, the rest
+ * \return the highest status
+ */
+int changeAll(const Words &arguments);
+
 /**
  * Finds and opens the camera, works on it, puts back what the work had to switch, and closes it. What
  * ends the work early (Error, the camera's exceptions) is told on standard error. Signals stop it at

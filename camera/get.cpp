@@ -4,6 +4,7 @@
 #include <memory>
 
 #include "camera/command.h"
+#include "camera/fleet.h"
 #include "camera/values.h"
 #include "cli/json.h"
 
@@ -18,6 +19,7 @@ struct Request {
     bool value = false;
     bool list = false;
     bool switches = false;
+    bool all = false;
 };
 
 // For programs: without quotes, with all digits.
@@ -106,6 +108,46 @@ int get(const Request &request) {
     return status;
 }
 
+// A line for each camera, with the values of its features side by side.
+int getAll(const Request &request) {
+    Words names = request.names;
+    if (request.camera)
+        names.insert(names.begin(), *request.camera);
+    if (!request.json && names.empty())
+        throw Error(kWrongUsage, "'kxinfo get --all' needs features to show side by side, for "
+                                 "example Gain, or --json.");
+    const auto results = onAllCameras([&](const gvcp::Found &camera) {
+        Words arguments{"get", gvcp::dotted(camera.identity.address), "--json"};
+        if (request.switches)
+            arguments.emplace_back("--switch");
+        arguments.insert(arguments.end(), names.begin(), names.end());
+        return arguments;
+    });
+    if (request.json)
+        return showFleetJson(results);
+    Words columns;
+    for (const std::string &name : names)
+        for (const Feature *feature : featuresMeant(name))
+            columns.push_back(feature->name);
+    return showFleet(results, columns, [](const FleetResult &result) {
+        Words cells;
+        const Json document = Json::parse(result.out, nullptr, false);
+        if (!document.is_object()) // why is told
+            return cells;
+        for (const Json &property : document.at("properties")) {
+            const Json &value = property.at("value");
+            const Json &unit = property.at("unit");
+            cells.push_back(
+                (value.is_null()           ? kNone
+                 : value.is_number_float() ? numberText(value)
+                 : value.is_string()       ? value.get<std::string>()
+                                           : value.dump()) +
+                (unit.is_null() || value.is_null() ? "" : ' ' + unit.get<std::string>()));
+        }
+        return cells;
+    });
+}
+
 } // namespace
 
 Run declareGet(CLI::App &command) {
@@ -121,6 +163,7 @@ Run declareGet(CLI::App &command) {
     command.add_flag("--names", request->list,
                      "Write the names and kinds of the features that kxinfo knows, and end");
     addSwitch(command, request->switches);
+    addAll(command, request->all);
     command.footer(
         R"(Names are those of the camera's features, in capitals or not. Gain, the balance ratios and the
 limits of automatic gain are in decibels. Nothing is written to the camera without --switch.
@@ -133,7 +176,7 @@ Example:
                 writeOut(feature.name + " " + nameOf(feature.kind) + "\n");
             return static_cast<int>(kDone);
         }
-        return get(*request);
+        return request->all ? getAll(*request) : get(*request);
     };
 }
 

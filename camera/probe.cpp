@@ -7,15 +7,14 @@
 #include <algorithm>
 #include <csignal>
 #include <cstdlib>
-#include <cstring>
 #include <filesystem>
 #include <memory>
 #include <sstream>
 #include <system_error>
 
-#include "camera/child_processes.h"
 #include "camera/command.h"
 #include "camera/find.h"
+#include "camera/fleet.h"
 #include "camera/values.h"
 #include "cli/host_options.h"
 #include "cli/json.h"
@@ -37,10 +36,10 @@ constexpr const char *kPlaces[] = {
 #endif
 };
 
-constexpr size_t kMebibyte = 1 << 20;
-constexpr size_t kMostMebibytes = 16;
+constexpr size_t kMostOutput = size_t{16} << 20;
 // A probe takes a second or two; a camera that falls silent again and again makes it longer.
-constexpr std::chrono::seconds kLongest{60};
+constexpr ChildLimits kOfEach = {std::chrono::seconds(60), kMostOutput, 8};
+constexpr ChildLimits kOfOne = {std::nullopt, kMostOutput, 1};
 
 // Whether a plug-in built for this platform finds a camera by its whole serial number first.
 #if __has_include("kxgige.h")
@@ -152,26 +151,6 @@ void sortLines(const std::string &err, bool withLog, Result &result) {
     }
 }
 
-// Why a child has no exit status of kxinfo's; empty: it has.
-std::string failureOf(const ChildEnd &end) {
-    using How = ChildEnd::How;
-    const std::string number = std::to_string(end.number);
-    if (end.how == How::NotStarted)
-        return "the probe could not be started: " + std::generic_category().message(end.number) +
-               ". End other programs, and try again.";
-    std::string what;
-    if (end.how == How::Signalled)
-        // NOLINTNEXTLINE(concurrency-mt-unsafe)
-        what = "crashed, by signal " + number + " (" + strsignal(end.number) + ")";
-    else if (end.how == How::Overdue)
-        what = "had not ended after " + std::to_string(kLongest.count()) + " s, and was ended";
-    else if (end.how == How::Flooding)
-        what = "wrote more than " + std::to_string(kMostMebibytes) + " MiB, and was ended";
-    else if (end.number > kFailed)
-        what = "ended with status " + number + ", expected was 0 to 3";
-    return what.empty() ? "" : "the probe " + what + ". " + kHintOfLog;
-}
-
 // The parameters in the document of one camera; null when it is none.
 Json parametersIn(const std::string &text) {
     const Json document = Json::parse(text, nullptr, false);
@@ -181,10 +160,12 @@ Json parametersIn(const std::string &text) {
 // Reads what kxinfo-host left, of which \p collect says what was collected, and looks at the camera.
 void complete(Result &result, const ChildEnd &end, const HostOptions &options, Collect collect) {
     sortLines(end.err, options.json && options.showsLog(), result);
-    std::string failure = failureOf(end);
+    const std::string failure = failureOf(end, kOfEach);
     result.status = failure.empty() ? end.number : kFailed;
     if (!failure.empty())
-        result.messages.push_back(std::move(failure));
+        result.messages.push_back(
+            "the probe " + failure +
+            (end.how == ChildEnd::How::NotStarted ? "" : std::string(" ") + kHintOfLog));
     if (!options.json)
         result.table = end.out;
     else if (result.status == kDone)
@@ -244,8 +225,7 @@ std::optional<gvcp::Found> choose(HostOptions &options) {
 int probeOne(HostOptions options) {
     const auto found = options.serial ? choose(options) : std::nullopt;
     const Collect collect = options.json ? Collect::Output : Collect::Nothing;
-    const ChildLimits limits = {std::nullopt, kMostMebibytes * kMebibyte, 1};
-    const ChildEnd end = runChildren({options.command(hostProgram())}, collect, limits).front();
+    const ChildEnd end = runChildren({options.command(hostProgram())}, collect, kOfOne).front();
     if (stopSignal())
         return kFailed;
     if (end.how == ChildEnd::How::Signalled && end.number == SIGPIPE)
@@ -294,8 +274,7 @@ std::vector<Result> probeEach(const std::vector<gvcp::Found> &cameras, HostOptio
         options.serial = serial;
         commands.push_back(options.command(hostProgram()));
     }
-    const auto ends =
-        runChildren(commands, Collect::Both, {kLongest, kMostMebibytes * kMebibyte, 8});
+    const auto ends = runChildren(commands, Collect::Both, kOfEach);
     for (size_t i = 0; i < ends.size() && !stopSignal(); ++i)
         complete(results[probed[i]], ends[i], options, Collect::Both);
     return results;

@@ -211,6 +211,7 @@ Run declareRestore(CLI::App &command) {
         CameraArgument camera;
         std::optional<std::string> file;
         bool dryRun = false;
+        bool all = false;
     };
     const auto request = std::make_shared<Request>();
     addCamera(command, request->camera);
@@ -218,6 +219,7 @@ Run declareRestore(CLI::App &command) {
         ->type_name("");
     command.add_flag("--dry-run", request->dryRun,
                      "Tell what would change and write nothing to the camera");
+    addAll(command, request->all);
     command.footer(
         R"(What the camera refuses is told, and the rest is restored.
 
@@ -226,6 +228,12 @@ Example:
     return [request] {
         const std::string file = requireFile("restore", request->camera, request->file);
         const SavedCamera saved = readSettings(file);
+        if (request->all) {
+            if (request->camera || file == "-")
+                throw Error(kWrongUsage, "'kxinfo restore --all' takes the name of one file.");
+            return changeAll(request->dryRun ? Words{"restore", "", file, "--dry-run"}
+                                             : Words{"restore", "", file});
+        }
         return onCamera(request->camera, request->dryRun ? Purpose::Look : Purpose::Change,
                         [&](Camera &camera, Switches &switches) {
                             tellWhose(saved, file, camera);

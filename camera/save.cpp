@@ -10,10 +10,9 @@
 #include <system_error>
 
 #include "camera/command.h"
-#include "camera/find.h"
+#include "camera/fleet.h"
 #include "camera/saved_camera.h"
 #include "cli/files.h"
-#include "gvcp/environment.h"
 
 namespace kxinfo {
 
@@ -69,25 +68,22 @@ int saveAll(const Request &request) {
     if (mkdir(request.folder.c_str(), 0777) < 0 && errno != EEXIST)
         throw Error(kFailed, "the folder \"" + request.folder + "\" cannot be made: " +
                                  std::generic_category().message(errno) + ".");
-    int status = kDone;
     std::set<std::string> taken;
-    const std::vector<gvcp::Found> cameras = gvcp::discover(gvcp::searchFromEnvironment());
-    for (const gvcp::Found &camera : cameras) {
-        if (!isDalsa(camera.identity))
-            continue;
-        const std::string file = request.folder + '/' + fileNameFor(camera, taken);
-        try {
-            status = std::max(status, save(gvcp::dotted(camera.identity.address), file, request));
-        } catch (const Error &error) {
-            tell(error.what());
-            status = std::max<int>(status, error.status());
-        }
-        if (stopSignal())
-            break;
-    }
-    if (taken.empty())
-        throw Error(kNoCamera, noDalsaCamera(cameras));
-    return status;
+    return showFleet(onAllCameras([&](const gvcp::Found &camera) {
+                         Words arguments{"save", gvcp::dotted(camera.identity.address),
+                                         request.folder + '/' + fileNameFor(camera, taken)};
+                         if (request.noTable)
+                             arguments.emplace_back("--no-table");
+                         if (request.switching)
+                             arguments.emplace_back("--switch");
+                         return arguments;
+                     }),
+                     {"Result"}, [](const FleetResult &result) {
+                         if (result.out.empty())
+                             return Words{};
+                         const size_t begin = result.out.find('\n') + 1; // behind the heading
+                         return Words{result.out.substr(begin, result.out.rfind('\n') - begin)};
+                     });
 }
 
 } // namespace

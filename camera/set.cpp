@@ -33,11 +33,13 @@ Run declareSet(CLI::App &command) {
     struct Request {
         CameraArgument camera;
         Words settings;
+        bool all = false;
     };
     const auto request = std::make_shared<Request>();
     addCamera(command, request->camera);
     command.add_option("FEATURE=VALUE", request->settings, "What to set, for example Gain=6")
         ->type_name("");
+    addAll(command, request->all);
     command.footer(
         R"(All are set, or none: what cannot be set puts the others back. Values may have units: 5ms, 0.02s,
 6dB, 2x, 50%.
@@ -54,6 +56,13 @@ Example:
         std::vector<Assignment> assignments;
         for (const std::string &setting : request->settings)
             assignments.push_back(assignmentFrom(setting));
+        if (request->all) {
+            if (request->camera)
+                throw Error(kWrongUsage, "'kxinfo set' takes --all or a camera, not both.");
+            Words arguments{"set", ""};
+            arguments.insert(arguments.end(), request->settings.begin(), request->settings.end());
+            return changeAll(arguments);
+        }
         return onCamera(request->camera, Purpose::Change, [&](Camera &camera, Switches &switches) {
             return assignAndShow(camera, switches, assignments);
         });
