@@ -25,6 +25,7 @@ Run declareAuto(CLI::App &command);
 Run declareSave(CLI::App &command);
 Run declareRestore(CLI::App &command);
 Run declareDiff(CLI::App &command);
+Run declareDoctor(CLI::App &command);
 
 /** Which camera a command is for, as it was typed; none: see chosenCamera(). */
 using CameraArgument = std::optional<std::string>;

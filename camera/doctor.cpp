@@ -1,0 +1,532 @@
+// kxinfo doctor: looks at this computer, at what answers and at a camera, and names what hinders. What
+// hinders nobody as long as all cameras are there is named only when one is missing.
+
+#include <net/if.h>
+#include <sys/ioctl.h>
+
+#include <algorithm>
+#include <bitset>
+#include <cstdlib>
+#include <cstring>
+#include <fstream>
+#include <map>
+#include <memory>
+#include <sstream>
+#include <system_error>
+
+#include "camera/child_processes.h"
+#include "camera/command.h"
+#include "camera/find.h"
+#include "camera/values.h"
+#include "cli/json.h"
+#include "gvcp/environment.h"
+
+namespace kxinfo {
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+using gvcp::dotted;
+using gvcp::hostTowards;
+
+enum Part { Computer, Network, TheCamera };
+constexpr const char *kHeadings[] = {"This computer", "Network", "Camera"};
+
+struct Symptom {
+    const char *id;
+    Part part;
+    const char *means;
+};
+// All that there are. The reference and the schema list them, too.
+// clang-format off
+constexpr Symptom
+    kNoInterface{"no-interface", Computer, "There is nothing to connect a camera to."},
+    kNoLink{"no-link", Computer, "It is off, its cable is out, or the other end has no power."},
+    kNoAddress{"no-address", Computer, "Without an address it asks for no cameras."},
+    kSameNetwork{"same-network", Computer, "One of them sends all; cameras behind the other are found and do not answer."},
+    kFilter{"reverse-path-filter", Computer, "The kernel drops what comes from where it would not send to by the same interface."},
+    kFirewall{"firewall", Computer, "This computer drops packets between its network and its programs."},
+    kSmallBuffer{"receive-buffer", Computer, "Answers of many cameras, and images, find no room and are lost."},
+    kNobody{"no-camera", Network, "None is on this computer's networks, or something keeps question or answer back."},
+    kNotFound{"not-found", Network, "All commands on that camera end like this."},
+    kWrongNetwork{"wrong-network", Network, "It hears broadcasts, but this computer has no way to its address."},
+    kLinkLocal{"link-local", Network, "It was given no address and took one itself, to which this computer has no way."},
+    kSameAddress{"duplicate-address", Network, "What is sent there reaches one of them, nobody knows which."},
+    kSameSerial{"duplicate-serial", Network, "Who names a camera by that number may get another one."},
+    kHeld{"controlled", Network, "It cannot be set or probed, and not even read where that program keeps others out."},
+    kSilent{"silent", Network, "It answers searches alone: it hangs, or only broadcasts pass between it and here."},
+    kUnreachable{"unreachable", Network, "It answers searches, and refuses all else."},
+    kWrongRoute{"wrong-route", Network, "It answers on one interface, and what is sent to it leaves by another."},
+    kLossy{"lost-packets", Network, "All takes longer, images have gaps: a cable, a busy switch, a nap to save power."},
+    kSlow{"slow", Network, "To open a camera takes some hundred round trips."},
+    kLowMtu{"low-mtu", Network, "Small answers come and large ones are lost: its description cannot be read."},
+    kPacketSize{"packet-size", Network, "Its images are lost on their way."},
+    kDescription{"description", TheCamera, "None of its features can be shown or set."},
+    kLacking{"missing-feature", TheCamera, "A plug-in's host is given no value of the camera's for them."},
+    kUnreadable{"unreadable-feature", TheCamera, "The camera has them and fails when they are read."};
+// clang-format on
+
+struct Finding {
+    const Symptom &symptom;
+    std::string camera, seen, remedy; ///< a serial number; a clause; a command, or what to do
+    bool hinders;
+};
+
+struct Card { ///< a network interface
+    std::string name;
+    uint32_t index;
+    bool isCable, isOn, hasLink;
+    uint32_t mtu;
+    int filter; ///< reverse-path: 0 none, 1 strict, 2 loose
+    std::vector<gvcp::Interface> own;
+};
+
+struct Examination {
+    std::vector<Card> cards;
+    std::vector<gvcp::Found> answered;
+    bool hears = false; ///< also what is dropped on this computer
+    std::string about;  ///< a camera's serial number, while it is looked at
+    Words facts[3] = {};
+    std::vector<Finding> findings = {};
+
+    void note(const Symptom &symptom, const std::string &seen, const std::string &remedy,
+              bool hinders = true) {
+        findings.push_back({symptom, about, seen, remedy, hinders});
+    }
+};
+
+// Reads that show a loss of a percent, of which one may be chance; and how long they may take.
+constexpr size_t kReads = 200;
+constexpr std::chrono::seconds kLongestReading{2}, kLongestOfAll{20};
+constexpr double kSlowMs = 20;
+constexpr uint64_t kUsualBuffer = 212992; // Linux' own
+constexpr size_t kMostDropped = 8;        // that are told of
+// A text that every camera has, and how packets of images are to be.
+constexpr uint32_t kUrl = 0x0200, kUrlSize = 512, kPacketSizeRegister = 0x0d04;
+
+uint64_t numberIn(const std::string &file) {
+    uint64_t number = 0;
+    std::ifstream(file) >> number;
+    return number;
+}
+
+int filterOf(const std::string &card) {
+    return static_cast<int>(numberIn("/proc/sys/net/ipv4/conf/" + card + "/rp_filter"));
+}
+
+uint64_t droppedByFilter() {
+    std::ifstream file("/proc/net/netstat");
+    for (std::string names, values; std::getline(file, names) && std::getline(file, values);) {
+        std::istringstream name(names), value(values);
+        for (std::string word, number; name >> word && value >> number;)
+            if (word == "IPReversePathFilter")
+                return std::strtoull(number.c_str(), nullptr, 10);
+    }
+    return 0;
+}
+
+std::vector<Card> networkCards() {
+    const std::vector<gvcp::Interface> up = gvcp::interfacesUp();
+    const gvcp::Descriptor socket(::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0));
+    const std::unique_ptr<struct if_nameindex, decltype(&if_freenameindex)> all(if_nameindex(),
+                                                                                if_freenameindex);
+    std::vector<Card> cards;
+    for (const auto *entry = all.get(); entry && entry->if_name; ++entry) {
+        const std::string name = entry->if_name;
+        ifreq request{};
+        (void)name.copy(request.ifr_name, sizeof request.ifr_name - 1);
+        const bool known = ioctl(socket.get(), SIOCGIFFLAGS, &request) == 0;
+        const unsigned flags = known ? static_cast<unsigned>(request.ifr_flags) : 0U;
+        const bool measured = ioctl(socket.get(), SIOCGIFMTU, &request) == 0;
+        cards.push_back({name,
+                         entry->if_index,
+                         known && !(flags & (IFF_LOOPBACK | IFF_NOARP | IFF_POINTOPOINT)),
+                         (flags & IFF_UP) != 0,
+                         (flags & IFF_RUNNING) != 0,
+                         measured ? static_cast<uint32_t>(request.ifr_mtu) : 0,
+                         std::max(filterOf("all"), filterOf(name)),
+                         {}});
+        std::copy_if(up.begin(), up.end(), std::back_inserter(cards.back().own),
+                     [&](const auto &own) { return own.index == entry->if_index; });
+    }
+    return cards;
+}
+
+std::string networkText(const gvcp::Interface &own) {
+    return dotted(own.address) + "/" + std::to_string(std::bitset<32>(own.mask).count());
+}
+
+// The command that lets packets through, as exact as this user may see the rules.
+std::string openFirewall(bool in) {
+    const ChildEnd end = runChildren({{"/usr/sbin/nft", "list", "ruleset"}}, Collect::Both,
+                                     {std::chrono::seconds(2), 1 << 20, 1})
+                             .front();
+    const std::string port = in ? "sport 3956" : "dport 3956";
+    std::istringstream rules(end.out);
+    std::string table, chain;
+    for (std::string line, word; std::getline(rules, line);) {
+        std::istringstream words(line);
+        words >> word;
+        if (word == "table" || word == "chain")
+            std::getline(words >> std::ws, word == "table" ? table : chain, '{');
+        else if (line.find(in ? "hook input" : "hook output") != line.npos)
+            return cleaned("sudo nft insert rule " + table + chain + "udp " + port + " accept");
+    }
+    return std::string("sudo iptables -I ") + (in ? "INPUT" : "OUTPUT") + " -p udp --" + port +
+           " -j ACCEPT (its rules could not be seen; another program may manage them)";
+}
+
+const Card *cardOf(const Examination &all, const gvcp::Found &camera) {
+    const auto card = std::find_if(all.cards.begin(), all.cards.end(), [&](const Card &each) {
+        return each.index == camera.interface;
+    });
+    return card == all.cards.end() ? nullptr : &*card;
+}
+
+bool isAmong(const std::vector<gvcp::Found> &cameras, const gvcp::Found &camera) {
+    return std::any_of(cameras.begin(), cameras.end(), [&](const gvcp::Found &other) {
+        return other.identity.address == camera.identity.address &&
+               macOf(other.identity) == macOf(camera.identity);
+    });
+}
+
+std::string labelOf(const gvcp::Found &camera) {
+    return "camera " + nameOf(camera.identity).serial + " (" + dotted(camera.identity.address) +
+           ", " + macText(macOf(camera.identity)) + ")";
+}
+
+// An answer came to a card, and no program got it.
+void judgeDropped(Examination &all, const gvcp::Found &camera, const Card &card) {
+    const uint32_t host = hostTowards(camera.identity.address);
+    const bool sameWay = std::any_of(card.own.begin(), card.own.end(),
+                                     [&](const auto &own) { return own.address == host; });
+    const std::string seen = card.name + " got an answer of " + labelOf(camera) + ", dropped ";
+    const std::string set = " net.ipv4.conf." + card.name + ".rp_filter=";
+    if (card.filter == 0 || (card.filter == 1 ? sameWay : host != 0))
+        all.note(kFirewall, seen + "before any program", openFirewall(true));
+    else if (host != 0)
+        all.note(kFilter, seen + "by its strict filter", "sudo sysctl" + set + "2");
+    else
+        all.note(kFilter, seen + "by its filter",
+                 "sudo sysctl net.ipv4.conf.all.rp_filter=0" + set + "0");
+}
+
+void search(Examination &all, const gvcp::Search &where) {
+    const gvcp::Arrivals arrivals;
+    all.hears = arrivals.hears();
+    const uint64_t before = droppedByFilter();
+    try {
+        all.answered = gvcp::discover(where);
+    } catch (const std::system_error &error) {
+        if (error.code() == std::errc::operation_not_permitted)
+            all.note(kFirewall, "the question for cameras is not let out", openFirewall(false));
+    }
+    const uint64_t dropped = droppedByFilter() - before;
+    size_t told = 0;
+    for (const gvcp::Found &camera : arrivals.take())
+        if (const Card *card = cardOf(all, camera);
+            card && !isAmong(all.answered, camera) && ++told <= kMostDropped)
+            judgeDropped(all, camera, *card);
+    if (dropped && !all.hears)
+        all.note(kFilter,
+                 "meanwhile it dropped " + std::to_string(dropped) +
+                     " packets (root sees whose they are)",
+                 "sudo sysctl net.ipv4.conf.all.rp_filter=0 net.ipv4.conf.INTERFACE.rp_filter=0",
+                 all.answered.empty());
+}
+
+// What may be why a camera is missing.
+void judgeMissing(Examination &all) {
+    bool any = false;
+    for (const Card &card : all.cards) {
+        any = any || card.isCable || (card.name != "lo" && !card.own.empty());
+        if (card.isCable && !card.isOn)
+            all.note(kNoLink, card.name + " is off", "sudo ip link set dev " + card.name + " up");
+        else if (card.isCable && !card.hasLink)
+            all.note(kNoLink, card.name + " has no link", "plug in its cable at both ends");
+        else if (card.isCable && card.own.empty())
+            all.note(kNoAddress, card.name + " has no IPv4 address",
+                     "sudo ip address add 192.168.0.1/24 dev " + card.name);
+    }
+    if (!any)
+        all.note(kNoInterface, "there is no network interface", "connect a network adapter");
+    if (all.answered.empty())
+        all.note(kNobody, "no camera answers",
+                 all.hears ? "check its power and its cable"
+                           : "check its power and its cable; as root, 'kxinfo doctor' also sees "
+                             "answers that are dropped on this computer");
+}
+
+void judgeSettings(Examination &all, bool hindered) {
+    all.about.clear();
+    for (const Card &one : all.cards)
+        for (const Card &other : all.cards)
+            for (const gvcp::Interface &a : one.own)
+                for (const gvcp::Interface &b : other.own)
+                    if (const uint32_t mask = a.mask & b.mask;
+                        one.index < other.index && mask != UINT32_MAX &&
+                        (a.address & mask) == (b.address & mask))
+                        all.note(kSameNetwork,
+                                 one.name + " has " + networkText(a) + ", " + other.name + " has " +
+                                     networkText(b),
+                                 "give one of them, and its cameras, addresses of another network",
+                                 hindered);
+    if (const uint64_t most = numberIn("/proc/sys/net/core/rmem_max"); most && most < kUsualBuffer)
+        all.note(kSmallBuffer, "a socket keeps at most " + std::to_string(most) + " bytes",
+                 "sudo sysctl net.core.rmem_max=4194304", false);
+}
+
+void judgeShared(Examination &all) {
+    std::map<std::string, Words> sharing[2];
+    for (const gvcp::Found &camera : all.answered) {
+        sharing[0][dotted(camera.identity.address)].push_back(labelOf(camera));
+        sharing[1][nameOf(camera.identity).serial].push_back(labelOf(camera));
+    }
+    for (const auto &[address, cameras] : sharing[0])
+        if (cameras.size() > 1)
+            all.note(kSameAddress, joined(cameras, " and ") + " have one address",
+                     "disconnect all but one, and give that another address");
+    for (const auto &[serial, cameras] : sharing[1])
+        if (cameras.size() > 1 && !serial.empty())
+            all.note(kSameSerial, joined(cameras, " and ") + " have one serial number",
+                     "name them by address or MAC address");
+}
+
+// \return whether it can be worked on
+bool judgeState(Examination &all, const gvcp::Found &camera, const State &state) {
+    const uint32_t address = camera.identity.address;
+    const std::string name = labelOf(camera), at = dotted(address);
+    const Card *card = cardOf(all, camera);
+    const std::string dev = " dev " + (card ? card->name : "INTERFACE");
+    if (const std::string outside = gvcp::whyOutside(address); !outside.empty()) {
+        const uint32_t mask = camera.identity.mask ? camera.identity.mask | 0xff000000 : 0xffffff00;
+        gvcp::Interface free{"", 0, (address | ~mask) - 1, mask};
+        free.address -= free.address == address;
+        all.note(address >> 16 == 0xa9fe ? kLinkLocal : kWrongNetwork, name + ": " + outside,
+                 "sudo ip address add " + networkText(free) + dev);
+        return false;
+    }
+    const gvcp::Controller &by = state.controller;
+    if (state.name == "controlled")
+        all.note(kHeld, name + " is " + state.text,
+                 by.address && hostTowards(by.address) == by.address
+                     ? "end it: 'sudo ss -uanp sport = :" + std::to_string(by.port) + "' names it"
+                     : "end that program; if it crashed, wait some seconds");
+    if (state.name == "controlled" || state.name == "free")
+        return true;
+    if (hostTowards(address) != camera.host)
+        all.note(kWrongRoute, name + " is not asked by" + dev, "sudo ip route add " + at + dev);
+    else
+        all.note(state.name == "unreachable" ? kUnreachable : kSilent, name + ": " + state.problem,
+                 "switch it off and on; then connect it directly");
+    return false;
+}
+
+// Whether an answer with so many bytes comes, or a refusal.
+bool comes(const gvcp::Found &camera, size_t size) {
+    try {
+        uint8_t text[kUrlSize];
+        channelTo(camera)->read(kUrl, text, size);
+    } catch (const gvcp::Error &error) {
+        return error.cause() != gvcp::Cause::Silent;
+    }
+    return true;
+}
+
+// \return whether its description may be read
+bool measure(Examination &all, const gvcp::Found &camera) {
+    const auto channel = channelTo(camera);
+    channel->openingEnds();
+    std::vector<double> took;
+    std::string failure;
+    uint32_t packet = 0;
+    try {
+        const auto end = Clock::now() + kLongestReading;
+        for (auto start = Clock::now(); took.size() < kReads && start < end; start = Clock::now()) {
+            (void)channel->controller();
+            took.push_back(std::chrono::duration<double, std::milli>(Clock::now() - start).count());
+        }
+        packet = channel->readRegisters({kPacketSizeRegister})[0] & 0xffff;
+    } catch (const gvcp::Error &error) {
+        if (error.cause() != gvcp::Cause::Refused) // it has no such register
+            failure = std::string(", then ") + error.what();
+    }
+    std::sort(took.begin(), took.end());
+    const double median = took.empty() ? 0 : took[took.size() / 2];
+    const size_t again = channel->repetitions();
+    const std::string figures = std::to_string(took.size()) + " round trips, median " +
+                                numberText(median) + " ms, worst " +
+                                numberText(took.empty() ? 0 : took.back()) + " ms, " +
+                                std::to_string(again) + " asked again";
+    all.facts[Network].push_back(labelOf(camera) + ": " + figures + failure);
+    if (!failure.empty() || (again > 1 && again * 100 > took.size()))
+        all.note(kLossy, all.facts[Network].back(), "try another cable, and no switch in between");
+    else if (median > kSlowMs)
+        all.note(kSlow, all.facts[Network].back(), "see what else keeps the camera busy", false);
+    if (!failure.empty())
+        return false;
+
+    const Card *card = cardOf(all, camera);
+    const std::string mtu = card ? std::to_string(card->mtu) : "", name = card ? card->name : "";
+    if (card && packet > card->mtu)
+        all.note(kPacketSize,
+                 labelOf(camera) + " has GevSCPSPacketSize " + std::to_string(packet) + ", " +
+                     name + " an MTU of " + mtu,
+                 "kxinfo set " + all.about + " GevSCPSPacketSize=" + mtu);
+    size_t size = kUrlSize;
+    while (size > 0 && !comes(camera, size))
+        size /= 2;
+    if (size < kUrlSize)
+        all.note(kLowMtu,
+                 labelOf(camera) + " can send no answer with " + std::to_string(kUrlSize) +
+                     " bytes, one with " + std::to_string(size) + " arrives; " + name +
+                     " has an MTU of " + mtu,
+                 "sudo ip link set dev " + name + " mtu 1500; if it has that, look in between");
+    return size == kUrlSize;
+}
+
+void lookInto(Examination &all, const gvcp::Found &found) {
+    try {
+        const Camera camera(found, Purpose::Look);
+        Words failing, lacking;
+        size_t read = 0;
+        for (const Feature &feature : allFeatures()) {
+            stopIfAsked();
+            const Reading reading = readFeature(camera, feature, nullptr);
+            read += hasValue(reading.value);
+            if (reading.failed)
+                failing.push_back(feature.name + " (" + reading.problem + ")");
+        }
+        for (const auto &[parameter, problem] : lackingParameters(camera))
+            lacking.push_back(parameter + " (" + problem + ")");
+        all.facts[TheCamera] = {labelOf(found) + ": " + std::to_string(read) + " of " +
+                                std::to_string(allFeatures().size()) +
+                                " features that kxinfo knows can be read as it stands"};
+        if (!failing.empty())
+            all.note(kUnreadable, joined(failing, " and "), "switch the camera off and on");
+        if (!lacking.empty())
+            all.note(kLacking, joined(lacking, " and "), "its maker alone can add them", false);
+    } catch (...) {
+        stopIfAsked();
+        all.note(kDescription, reasonInFlight(), "if it stays so, it needs other firmware");
+    }
+}
+
+// \return an ExitStatus
+int examine(Examination &all, const CameraArgument &name) {
+    gvcp::Search where = gvcp::searchFromEnvironment();
+    where.expected.reset(); // who shares an address may be the last to answer
+    where.serial.clear();
+    where.sharedAddresses = true;
+    all.cards = networkCards();
+    for (const Card &card : all.cards) {
+        std::string fact = card.name + ":";
+        for (const gvcp::Interface &own : card.own)
+            fact += " " + networkText(own);
+        all.facts[Computer].push_back(fact + " MTU " + std::to_string(card.mtu) +
+                                      (card.hasLink ? ""
+                                       : card.isOn  ? ", no link"
+                                                    : ", off"));
+    }
+    search(all, where);
+    stopIfAsked();
+    std::vector<gvcp::Found> meant = all.answered;
+    const char *variable = getenv(kCameraVariable);
+    if (!name.value_or("").empty() || (variable && *variable)) {
+        try {
+            meant = {chosenCamera(name)};
+        } catch (const Error &) {
+            stopIfAsked();
+            all.note(kNotFound, reasonInFlight(), "kxinfo list");
+            meant.clear();
+        }
+    }
+    bool hindered = meant.empty();
+    if (hindered)
+        judgeMissing(all);
+    judgeShared(all);
+    const std::vector<State> states = statesOf(meant);
+    const auto end = Clock::now() + kLongestOfAll;
+    for (size_t i = 0; i < meant.size(); ++i) {
+        stopIfAsked();
+        all.about = nameOf(meant[i].identity).serial;
+        bool opens = judgeState(all, meant[i], states[i]);
+        hindered = hindered || !opens;
+        try {
+            opens = opens && Clock::now() < end && measure(all, meant[i]);
+        } catch (const std::exception &) { // under exclusive control, as its state tells
+            opens = false;
+        }
+        if (opens && meant.size() == 1)
+            lookInto(all, meant[i]);
+    }
+    judgeSettings(all, hindered);
+    stopIfAsked();
+    const bool problem = std::any_of(all.findings.begin(), all.findings.end(),
+                                     [](const Finding &finding) { return finding.hinders; });
+    return meant.empty() ? kNoCamera : problem ? kFailed : kDone;
+}
+
+void show(const Examination &all, bool json) {
+    Json parts = Json::array();
+    std::string text;
+    for (const Part part : {Computer, Network, TheCamera}) {
+        const bool looked = part != TheCamera || !all.facts[part].empty();
+        Json findings = Json::array();
+        text += std::string(part ? "\n" : "") + kHeadings[part] + "\n";
+        for (const std::string &fact : all.facts[part])
+            text += "  " + fact + "\n";
+        for (const Finding &finding : all.findings) {
+            if (finding.symptom.part != part)
+                continue;
+            const char *const severity = finding.hinders ? "problem" : "note";
+            text += std::string("  ") + severity + ": " + finding.symptom.id +
+                    "\n    Seen: " + finding.seen + ".\n    " + finding.symptom.means +
+                    "\n    What helps: " + finding.remedy + "\n";
+            findings.push_back({{"id", finding.symptom.id},
+                                {"severity", severity},
+                                {"camera", finding.camera.empty() ? Json() : Json(finding.camera)},
+                                {"seen", finding.seen},
+                                {"means", finding.symptom.means},
+                                {"remedy", finding.remedy}});
+        }
+        if (findings.empty())
+            text += looked ? "  nothing found\n" : "  not looked at: not one alone that opens\n";
+        parts.push_back({{"part", kHeadings[part]},
+                         {"looked", looked},
+                         {"facts", all.facts[part]},
+                         {"findings", findings}});
+    }
+    writeOut(json ? jsonText({{"version", 1}, {"hearsDropped", all.hears}, {"parts", parts}})
+                  : text);
+}
+
+} // namespace
+
+Run declareDoctor(CLI::App &command) {
+    const auto camera = std::make_shared<CameraArgument>();
+    const auto json = std::make_shared<bool>(false);
+    addCamera(command, *camera);
+    command.add_flag("--json", *json, "Write a JSON document");
+    command.footer(
+        R"(Nothing is changed, neither on cameras nor on this computer. Root also sees answers that are dropped.
+The status is 0 when nothing hinders, 1 when no camera answers, 3 when there is a problem.
+
+Example:
+  kxinfo doctor)");
+    return [camera, json] {
+        stopWaitingWhen(stopOnSignals());
+        Examination all;
+        int status = kDone;
+        try {
+            status = examine(all, *camera);
+        } catch (...) {
+            stopIfAsked();
+            throw;
+        }
+        show(all, *json);
+        return status;
+    };
+}
+
+} // namespace kxinfo
