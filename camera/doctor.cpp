@@ -40,8 +40,7 @@ struct Symptom {
 // All that there are. The reference and the schema list them, too.
 // clang-format off
 constexpr Symptom
-    kNoInterface{"no-interface", Computer, "There is nothing to connect a camera to."},
-    kNoLink{"no-link", Computer, "It is off, its cable is out, or the other end has no power."},
+    kNoLink{"no-link", Computer, "It is switched off, its cable is out, or the other end has no power."},
     kNoAddress{"no-address", Computer, "Without an address it asks for no cameras."},
     kSameNetwork{"same-network", Computer, "One of them sends all; cameras behind the other are found and do not answer."},
     kFilter{"reverse-path-filter", Computer, "The kernel drops what comes from where it would not send to by the same interface."},
@@ -54,8 +53,7 @@ constexpr Symptom
     kSameAddress{"duplicate-address", Network, "What is sent there reaches one of them, nobody knows which."},
     kSameSerial{"duplicate-serial", Network, "Who names a camera by that number may get another one."},
     kHeld{"controlled", Network, "It cannot be set or probed, and not even read where that program keeps others out."},
-    kSilent{"silent", Network, "It answers searches alone: it hangs, or only broadcasts pass between it and here."},
-    kUnreachable{"unreachable", Network, "It answers searches, and refuses all else."},
+    kSilent{"silent", Network, "It answers searches and nothing else: it hangs, or only broadcasts reach it."},
     kWrongRoute{"wrong-route", Network, "It answers on one interface, and what is sent to it leaves by another."},
     kLossy{"lost-packets", Network, "All takes longer, images have gaps: a cable, a busy switch, a nap to save power."},
     kSlow{"slow", Network, "To open a camera takes some hundred round trips."},
@@ -66,16 +64,10 @@ constexpr Symptom
     kUnreadable{"unreadable-feature", TheCamera, "The camera has them and fails when they are read."};
 // clang-format on
 
-struct Finding {
-    const Symptom &symptom;
-    std::string camera, seen, remedy; ///< a serial number; a clause; a command, or what to do
-    bool hinders;
-};
-
 struct Card { ///< a network interface
     std::string name;
     uint32_t index;
-    bool isCable, isOn, hasLink;
+    bool isCable, hasLink;
     uint32_t mtu;
     int filter; ///< reverse-path: 0 none, 1 strict, 2 loose
     std::vector<gvcp::Interface> own;
@@ -84,14 +76,20 @@ struct Card { ///< a network interface
 struct Examination {
     std::vector<Card> cards;
     std::vector<gvcp::Found> answered;
-    bool hears = false; ///< also what is dropped on this computer
-    std::string about;  ///< a camera's serial number, while it is looked at
-    Words facts[3] = {};
-    std::vector<Finding> findings = {};
+    bool hearsDropped = false, hindered = false; ///< hindered: by a problem
+    Json about = nullptr; ///< the serial number of the camera that is looked at
+    Json facts[3] = {Json::array(), Json::array(), Json::array()};
+    Json findings[3] = {Json::array(), Json::array(), Json::array()};
 
     void note(const Symptom &symptom, const std::string &seen, const std::string &remedy,
               bool hinders = true) {
-        findings.push_back({symptom, about, seen, remedy, hinders});
+        hindered = hindered || hinders;
+        findings[symptom.part].push_back({{"id", symptom.id},
+                                          {"severity", hinders ? "problem" : "note"},
+                                          {"camera", about},
+                                          {"seen", seen},
+                                          {"means", symptom.means},
+                                          {"remedy", remedy}});
     }
 };
 
@@ -101,6 +99,7 @@ constexpr std::chrono::seconds kLongestReading{2}, kLongestOfAll{20};
 constexpr double kSlowMs = 20;
 constexpr uint64_t kUsualBuffer = 212992; // Linux' own
 constexpr size_t kMostDropped = 8;        // that are told of
+const std::string kNoFilter = "net.ipv4.conf.all.rp_filter=0 ";
 // A text that every camera has, and how packets of images are to be.
 constexpr uint32_t kUrl = 0x0200, kUrlSize = 512, kPacketSizeRegister = 0x0d04;
 
@@ -125,8 +124,11 @@ uint64_t droppedByFilter() {
     return 0;
 }
 
+std::string networkText(uint32_t address, uint32_t mask) {
+    return dotted(address) + "/" + std::to_string(std::bitset<32>(mask).count());
+}
+
 std::vector<Card> networkCards() {
-    const std::vector<gvcp::Interface> up = gvcp::interfacesUp();
     const gvcp::Descriptor socket(::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0));
     const std::unique_ptr<struct if_nameindex, decltype(&if_freenameindex)> all(if_nameindex(),
                                                                                 if_freenameindex);
@@ -135,45 +137,42 @@ std::vector<Card> networkCards() {
         const std::string name = entry->if_name;
         ifreq request{};
         (void)name.copy(request.ifr_name, sizeof request.ifr_name - 1);
-        const bool known = ioctl(socket.get(), SIOCGIFFLAGS, &request) == 0;
-        const unsigned flags = known ? static_cast<unsigned>(request.ifr_flags) : 0U;
-        const bool measured = ioctl(socket.get(), SIOCGIFMTU, &request) == 0;
+        if (ioctl(socket.get(), SIOCGIFFLAGS, &request) != 0)
+            continue; // it is gone
+        const auto flags = static_cast<unsigned>(request.ifr_flags);
+        request.ifr_mtu = 0;
+        (void)ioctl(socket.get(), SIOCGIFMTU, &request);
         cards.push_back({name,
                          entry->if_index,
-                         known && !(flags & (IFF_LOOPBACK | IFF_NOARP | IFF_POINTOPOINT)),
-                         (flags & IFF_UP) != 0,
+                         !(flags & (IFF_LOOPBACK | IFF_NOARP | IFF_POINTOPOINT)),
                          (flags & IFF_RUNNING) != 0,
-                         measured ? static_cast<uint32_t>(request.ifr_mtu) : 0,
+                         static_cast<uint32_t>(request.ifr_mtu),
                          std::max(filterOf("all"), filterOf(name)),
                          {}});
-        std::copy_if(up.begin(), up.end(), std::back_inserter(cards.back().own),
-                     [&](const auto &own) { return own.index == entry->if_index; });
     }
+    for (const gvcp::Interface &own : gvcp::interfacesUp())
+        for (Card &card : cards)
+            if (card.index == own.index)
+                card.own.push_back(own);
     return cards;
 }
 
-std::string networkText(const gvcp::Interface &own) {
-    return dotted(own.address) + "/" + std::to_string(std::bitset<32>(own.mask).count());
-}
-
 // The command that lets packets through, as exact as this user may see the rules.
-std::string openFirewall(bool in) {
-    const ChildEnd end = runChildren({{"/usr/sbin/nft", "list", "ruleset"}}, Collect::Both,
-                                     {std::chrono::seconds(2), 1 << 20, 1})
-                             .front();
-    const std::string port = in ? "sport 3956" : "dport 3956";
-    std::istringstream rules(end.out);
+std::string openFirewall(const std::string &hook, const std::string &port) {
+    const ChildLimits limits{std::chrono::seconds(2), 1 << 20, 1};
+    std::istringstream rules(
+        runChildren({{"/usr/sbin/nft", "list", "ruleset"}}, Collect::Both, limits).front().out);
     std::string table, chain;
-    for (std::string line, word; std::getline(rules, line);) {
-        std::istringstream words(line);
-        words >> word;
-        if (word == "table" || word == "chain")
-            std::getline(words >> std::ws, word == "table" ? table : chain, '{');
-        else if (line.find(in ? "hook input" : "hook output") != line.npos)
+    for (std::string line; std::getline(rules, line);) {
+        const std::string name = line.substr(0, line.find('{'));
+        if (line.rfind("table ", 0) == 0)
+            table = name.substr(6);
+        else if (line.rfind("\tchain ", 0) == 0)
+            chain = name.substr(7);
+        else if (line.find("hook " + hook) != line.npos)
             return cleaned("sudo nft insert rule " + table + chain + "udp " + port + " accept");
     }
-    return std::string("sudo iptables -I ") + (in ? "INPUT" : "OUTPUT") + " -p udp --" + port +
-           " -j ACCEPT (its rules could not be seen; another program may manage them)";
+    return "let UDP with " + port + " through; to see the rules: sudo nft list ruleset";
 }
 
 const Card *cardOf(const Examination &all, const gvcp::Found &camera) {
@@ -201,25 +200,24 @@ void judgeDropped(Examination &all, const gvcp::Found &camera, const Card &card)
     const bool sameWay = std::any_of(card.own.begin(), card.own.end(),
                                      [&](const auto &own) { return own.address == host; });
     const std::string seen = card.name + " got an answer of " + labelOf(camera) + ", dropped ";
-    const std::string set = " net.ipv4.conf." + card.name + ".rp_filter=";
+    const std::string set = "net.ipv4.conf." + card.name + ".rp_filter=";
     if (card.filter == 0 || (card.filter == 1 ? sameWay : host != 0))
-        all.note(kFirewall, seen + "before any program", openFirewall(true));
-    else if (host != 0)
-        all.note(kFilter, seen + "by its strict filter", "sudo sysctl" + set + "2");
+        all.note(kFirewall, seen + "later", openFirewall("input", "sport 3956"));
     else
-        all.note(kFilter, seen + "by its filter",
-                 "sudo sysctl net.ipv4.conf.all.rp_filter=0" + set + "0");
+        all.note(kFilter, seen + "by its reverse-path filter",
+                 "sudo sysctl " + (host ? set + "2" : kNoFilter + set + "0"));
 }
 
 void search(Examination &all, const gvcp::Search &where) {
     const gvcp::Arrivals arrivals;
-    all.hears = arrivals.hears();
+    all.hearsDropped = arrivals.hears();
     const uint64_t before = droppedByFilter();
     try {
         all.answered = gvcp::discover(where);
     } catch (const std::system_error &error) {
         if (error.code() == std::errc::operation_not_permitted)
-            all.note(kFirewall, "the question for cameras is not let out", openFirewall(false));
+            all.note(kFirewall, "the question for cameras is not let out",
+                     openFirewall("output", "dport 3956"));
     }
     const uint64_t dropped = droppedByFilter() - before;
     size_t told = 0;
@@ -227,38 +225,36 @@ void search(Examination &all, const gvcp::Search &where) {
         if (const Card *card = cardOf(all, camera);
             card && !isAmong(all.answered, camera) && ++told <= kMostDropped)
             judgeDropped(all, camera, *card);
-    if (dropped && !all.hears)
+    if (dropped && !all.hearsDropped && all.answered.empty())
         all.note(kFilter,
-                 "meanwhile it dropped " + std::to_string(dropped) +
-                     " packets (root sees whose they are)",
-                 "sudo sysctl net.ipv4.conf.all.rp_filter=0 net.ipv4.conf.INTERFACE.rp_filter=0",
-                 all.answered.empty());
+                 "it dropped " + std::to_string(dropped) + " packets meanwhile; root sees whose",
+                 "sudo sysctl " + kNoFilter + "net.ipv4.conf.INTERFACE.rp_filter=0");
 }
 
 // What may be why a camera is missing.
 void judgeMissing(Examination &all) {
-    bool any = false;
     for (const Card &card : all.cards) {
-        any = any || card.isCable || (card.name != "lo" && !card.own.empty());
-        if (card.isCable && !card.isOn)
-            all.note(kNoLink, card.name + " is off", "sudo ip link set dev " + card.name + " up");
-        else if (card.isCable && !card.hasLink)
-            all.note(kNoLink, card.name + " has no link", "plug in its cable at both ends");
+        if (card.isCable && !card.hasLink)
+            all.note(kNoLink, card.name + " has no link",
+                     "plug in its cable at both ends; sudo ip link set dev " + card.name + " up");
         else if (card.isCable && card.own.empty())
             all.note(kNoAddress, card.name + " has no IPv4 address",
                      "sudo ip address add 192.168.0.1/24 dev " + card.name);
+        // Mostly the camera's own question for an address is dropped, and nothing of it shows.
+        if (card.isCable && card.filter && all.findings[Computer].empty())
+            all.note(kFilter, "it is on for " + card.name + ", as a camera is missing",
+                     "sudo sysctl " + kNoFilter + "net.ipv4.conf." + card.name + ".rp_filter=0",
+                     false);
     }
-    if (!any)
-        all.note(kNoInterface, "there is no network interface", "connect a network adapter");
     if (all.answered.empty())
-        all.note(kNobody, "no camera answers",
-                 all.hears ? "check its power and its cable"
-                           : "check its power and its cable; as root, 'kxinfo doctor' also sees "
-                             "answers that are dropped on this computer");
+        all.note(
+            kNobody, "no camera answers",
+            std::string("check its power and its cable") +
+                (all.hearsDropped ? "" : "; 'sudo kxinfo doctor' sees also what is dropped here"));
 }
 
-void judgeSettings(Examination &all, bool hindered) {
-    all.about.clear();
+void judgeSettings(Examination &all, bool missing) {
+    all.about = nullptr;
     for (const Card &one : all.cards)
         for (const Card &other : all.cards)
             for (const gvcp::Interface &a : one.own)
@@ -267,29 +263,13 @@ void judgeSettings(Examination &all, bool hindered) {
                         one.index < other.index && mask != UINT32_MAX &&
                         (a.address & mask) == (b.address & mask))
                         all.note(kSameNetwork,
-                                 one.name + " has " + networkText(a) + ", " + other.name + " has " +
-                                     networkText(b),
+                                 one.name + " has " + networkText(a.address, a.mask) + ", " +
+                                     other.name + " " + networkText(b.address, b.mask),
                                  "give one of them, and its cameras, addresses of another network",
-                                 hindered);
+                                 missing);
     if (const uint64_t most = numberIn("/proc/sys/net/core/rmem_max"); most && most < kUsualBuffer)
         all.note(kSmallBuffer, "a socket keeps at most " + std::to_string(most) + " bytes",
                  "sudo sysctl net.core.rmem_max=4194304", false);
-}
-
-void judgeShared(Examination &all) {
-    std::map<std::string, Words> sharing[2];
-    for (const gvcp::Found &camera : all.answered) {
-        sharing[0][dotted(camera.identity.address)].push_back(labelOf(camera));
-        sharing[1][nameOf(camera.identity).serial].push_back(labelOf(camera));
-    }
-    for (const auto &[address, cameras] : sharing[0])
-        if (cameras.size() > 1)
-            all.note(kSameAddress, joined(cameras, " and ") + " have one address",
-                     "disconnect all but one, and give that another address");
-    for (const auto &[serial, cameras] : sharing[1])
-        if (cameras.size() > 1 && !serial.empty())
-            all.note(kSameSerial, joined(cameras, " and ") + " have one serial number",
-                     "name them by address or MAC address");
 }
 
 // \return whether it can be worked on
@@ -299,11 +279,13 @@ bool judgeState(Examination &all, const gvcp::Found &camera, const State &state)
     const Card *card = cardOf(all, camera);
     const std::string dev = " dev " + (card ? card->name : "INTERFACE");
     if (const std::string outside = gvcp::whyOutside(address); !outside.empty()) {
-        const uint32_t mask = camera.identity.mask ? camera.identity.mask | 0xff000000 : 0xffffff00;
-        gvcp::Interface free{"", 0, (address | ~mask) - 1, mask};
-        free.address -= free.address == address;
-        all.note(address >> 16 == 0xa9fe ? kLinkLocal : kWrongNetwork, name + ": " + outside,
-                 "sudo ip address add " + networkText(free) + dev);
+        const bool linkLocal = address >> 16 == 0xa9fe;
+        const uint32_t mask = camera.identity.mask | (linkLocal ? 0xffff0000 : 0xffffff00);
+        uint32_t free = (address | ~mask) - 1;
+        while (free == address || free == camera.identity.gateway)
+            --free;
+        all.note(linkLocal ? kLinkLocal : kWrongNetwork, name + ": " + outside,
+                 "sudo ip address add " + networkText(free, mask) + dev);
         return false;
     }
     const gvcp::Controller &by = state.controller;
@@ -317,7 +299,7 @@ bool judgeState(Examination &all, const gvcp::Found &camera, const State &state)
     if (hostTowards(address) != camera.host)
         all.note(kWrongRoute, name + " is not asked by" + dev, "sudo ip route add " + at + dev);
     else
-        all.note(state.name == "unreachable" ? kUnreachable : kSilent, name + ": " + state.problem,
+        all.note(kSilent, name + ": " + state.problem,
                  "switch it off and on; then connect it directly");
     return false;
 }
@@ -335,12 +317,13 @@ bool comes(const gvcp::Found &camera, size_t size) {
 
 // \return whether its description may be read
 bool measure(Examination &all, const gvcp::Found &camera) {
-    const auto channel = channelTo(camera);
-    channel->openingEnds();
+    std::unique_ptr<gvcp::Channel> channel;
     std::vector<double> took;
     std::string failure;
     uint32_t packet = 0;
     try {
+        channel = channelTo(camera);
+        channel->openingEnds();
         const auto end = Clock::now() + kLongestReading;
         for (auto start = Clock::now(); took.size() < kReads && start < end; start = Clock::now()) {
             (void)channel->controller();
@@ -348,6 +331,8 @@ bool measure(Examination &all, const gvcp::Found &camera) {
         }
         packet = channel->readRegisters({kPacketSizeRegister})[0] & 0xffff;
     } catch (const gvcp::Error &error) {
+        if (!channel)
+            return false;                          // as its state tells
         if (error.cause() != gvcp::Cause::Refused) // it has no such register
             failure = std::string(", then ") + error.what();
     }
@@ -358,11 +343,12 @@ bool measure(Examination &all, const gvcp::Found &camera) {
                                 numberText(median) + " ms, worst " +
                                 numberText(took.empty() ? 0 : took.back()) + " ms, " +
                                 std::to_string(again) + " asked again";
-    all.facts[Network].push_back(labelOf(camera) + ": " + figures + failure);
+    const std::string fact = labelOf(camera) + ": " + figures + failure;
+    all.facts[Network].push_back(fact);
     if (!failure.empty() || (again > 1 && again * 100 > took.size()))
-        all.note(kLossy, all.facts[Network].back(), "try another cable, and no switch in between");
+        all.note(kLossy, fact, "try another cable, and no switch in between");
     else if (median > kSlowMs)
-        all.note(kSlow, all.facts[Network].back(), "see what else keeps the camera busy", false);
+        all.note(kSlow, fact, "see what else keeps the camera busy", false);
     if (!failure.empty())
         return false;
 
@@ -372,7 +358,7 @@ bool measure(Examination &all, const gvcp::Found &camera) {
         all.note(kPacketSize,
                  labelOf(camera) + " has GevSCPSPacketSize " + std::to_string(packet) + ", " +
                      name + " an MTU of " + mtu,
-                 "kxinfo set " + all.about + " GevSCPSPacketSize=" + mtu);
+                 "kxinfo set " + dotted(camera.identity.address) + " GevSCPSPacketSize=" + mtu);
     size_t size = kUrlSize;
     while (size > 0 && !comes(camera, size))
         size /= 2;
@@ -399,9 +385,9 @@ void lookInto(Examination &all, const gvcp::Found &found) {
         }
         for (const auto &[parameter, problem] : lackingParameters(camera))
             lacking.push_back(parameter + " (" + problem + ")");
-        all.facts[TheCamera] = {labelOf(found) + ": " + std::to_string(read) + " of " +
-                                std::to_string(allFeatures().size()) +
-                                " features that kxinfo knows can be read as it stands"};
+        all.facts[TheCamera].push_back(labelOf(found) + ": " + std::to_string(read) + " of " +
+                                       std::to_string(allFeatures().size()) +
+                                       " features that kxinfo knows can be read as it stands");
         if (!failing.empty())
             all.note(kUnreadable, joined(failing, " and "), "switch the camera off and on");
         if (!lacking.empty())
@@ -420,13 +406,10 @@ int examine(Examination &all, const CameraArgument &name) {
     where.sharedAddresses = true;
     all.cards = networkCards();
     for (const Card &card : all.cards) {
-        std::string fact = card.name + ":";
+        std::string fact = card.name + ": MTU " + std::to_string(card.mtu);
         for (const gvcp::Interface &own : card.own)
-            fact += " " + networkText(own);
-        all.facts[Computer].push_back(fact + " MTU " + std::to_string(card.mtu) +
-                                      (card.hasLink ? ""
-                                       : card.isOn  ? ", no link"
-                                                    : ", off"));
+            fact += ", " + networkText(own.address, own.mask);
+        all.facts[Computer].push_back(fact + (card.hasLink ? "" : ", no link"));
     }
     search(all, where);
     stopIfAsked();
@@ -441,30 +424,24 @@ int examine(Examination &all, const CameraArgument &name) {
             meant.clear();
         }
     }
-    bool hindered = meant.empty();
-    if (hindered)
+    bool missing = meant.empty();
+    if (missing)
         judgeMissing(all);
-    judgeShared(all);
+    for (const Shared &shared : sharedBy(all.answered))
+        all.note(shared.isAddress ? kSameAddress : kSameSerial, shared.seen, shared.remedy);
     const std::vector<State> states = statesOf(meant);
     const auto end = Clock::now() + kLongestOfAll;
     for (size_t i = 0; i < meant.size(); ++i) {
         stopIfAsked();
         all.about = nameOf(meant[i].identity).serial;
-        bool opens = judgeState(all, meant[i], states[i]);
-        hindered = hindered || !opens;
-        try {
-            opens = opens && Clock::now() < end && measure(all, meant[i]);
-        } catch (const std::exception &) { // under exclusive control, as its state tells
-            opens = false;
-        }
-        if (opens && meant.size() == 1)
+        const bool stands = judgeState(all, meant[i], states[i]);
+        missing = missing || !stands;
+        if (stands && Clock::now() < end && measure(all, meant[i]) && meant.size() == 1)
             lookInto(all, meant[i]);
     }
-    judgeSettings(all, hindered);
+    judgeSettings(all, missing);
     stopIfAsked();
-    const bool problem = std::any_of(all.findings.begin(), all.findings.end(),
-                                     [](const Finding &finding) { return finding.hinders; });
-    return meant.empty() ? kNoCamera : problem ? kFailed : kDone;
+    return meant.empty() ? kNoCamera : all.hindered ? kFailed : kDone;
 }
 
 void show(const Examination &all, bool json) {
@@ -472,32 +449,23 @@ void show(const Examination &all, bool json) {
     std::string text;
     for (const Part part : {Computer, Network, TheCamera}) {
         const bool looked = part != TheCamera || !all.facts[part].empty();
-        Json findings = Json::array();
-        text += std::string(part ? "\n" : "") + kHeadings[part] + "\n";
-        for (const std::string &fact : all.facts[part])
-            text += "  " + fact + "\n";
-        for (const Finding &finding : all.findings) {
-            if (finding.symptom.part != part)
-                continue;
-            const char *const severity = finding.hinders ? "problem" : "note";
-            text += std::string("  ") + severity + ": " + finding.symptom.id +
-                    "\n    Seen: " + finding.seen + ".\n    " + finding.symptom.means +
-                    "\n    What helps: " + finding.remedy + "\n";
-            findings.push_back({{"id", finding.symptom.id},
-                                {"severity", severity},
-                                {"camera", finding.camera.empty() ? Json() : Json(finding.camera)},
-                                {"seen", finding.seen},
-                                {"means", finding.symptom.means},
-                                {"remedy", finding.remedy}});
-        }
-        if (findings.empty())
-            text += looked ? "  nothing found\n" : "  not looked at: not one alone that opens\n";
         parts.push_back({{"part", kHeadings[part]},
                          {"looked", looked},
                          {"facts", all.facts[part]},
-                         {"findings", findings}});
+                         {"findings", all.findings[part]}});
+        text += std::string(part ? "\n" : "") + kHeadings[part] + "\n";
+        for (const std::string fact : all.facts[part])
+            text += "  " + fact + "\n";
+        for (const auto &finding :
+             all.findings[part].get<std::vector<std::map<std::string, Json>>>())
+            text += "  " + std::string(finding.at("severity")) + ": " +
+                    std::string(finding.at("id")) + "\n    " + std::string(finding.at("seen")) +
+                    ".\n    " + std::string(finding.at("means")) +
+                    "\n    What helps: " + std::string(finding.at("remedy")) + "\n";
+        if (all.findings[part].empty())
+            text += looked ? "  nothing found\n" : "  not looked at: not one alone that opens\n";
     }
-    writeOut(json ? jsonText({{"version", 1}, {"hearsDropped", all.hears}, {"parts", parts}})
+    writeOut(json ? jsonText({{"version", 1}, {"hearsDropped", all.hearsDropped}, {"parts", parts}})
                   : text);
 }
 

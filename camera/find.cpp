@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <functional>
+#include <map>
 #include <set>
 #include <system_error>
 
@@ -215,6 +216,29 @@ std::unique_ptr<gvcp::Channel> channelTo(const gvcp::Found &camera) {
     return std::make_unique<gvcp::Channel>(
         gvcp::Place{camera.identity.address, camera.host, camera.interface != 0},
         gvcp::Access::Monitor, waits);
+}
+
+std::vector<Shared> sharedBy(const Cameras &cameras) {
+    std::map<std::string, Words> bySerial, byAddress;
+    for (const gvcp::Found &camera : cameras) {
+        const std::string address = gvcp::dotted(camera.identity.address);
+        const std::string serial = nameOf(camera.identity).serial;
+        bySerial[serial].push_back(address);
+        byAddress[address].push_back(serial + " (" + macText(macOf(camera.identity)) + ")");
+    }
+    std::vector<Shared> shared;
+    const auto add = [&](bool isAddress, const char *what, const auto &owners, const char *remedy) {
+        for (const auto &[text, sharing] : owners)
+            if (sharing.size() > 1 && !text.empty())
+                shared.push_back({isAddress,
+                                  std::to_string(sharing.size()) + " cameras have the " + what +
+                                      " " + text + ": " + joined(sharing, " and "),
+                                  remedy});
+    };
+    add(false, "serial number", bySerial, "Name each of them by its address or MAC address");
+    add(true, "address", byAddress,
+        "Give each of them an address of its own; until then none can be relied on");
+    return shared;
 }
 
 std::string interfaceOf(const gvcp::Found &camera, const std::vector<gvcp::Interface> &up) {

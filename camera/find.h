@@ -55,6 +55,13 @@ std::vector<State> statesOf(const std::vector<gvcp::Found> &cameras);
 /** A way to look at a camera that need not answer: it is waited for two seconds in all. */
 std::unique_ptr<gvcp::Channel> channelTo(const gvcp::Found &camera);
 
+/** What several cameras have that should be one camera's alone. */
+struct Shared {
+    bool isAddress; ///< or a serial number
+    std::string seen, remedy;
+};
+std::vector<Shared> sharedBy(const std::vector<gvcp::Found> &cameras);
+
 /** The network interface that a camera was found on; "" where that is down by now. */
 std::string interfaceOf(const gvcp::Found &camera, const std::vector<gvcp::Interface> &up);
 

@@ -1,7 +1,6 @@
 // kxinfo list: the cameras of all makers that answer, and how each of them stands.
 
 #include <algorithm>
-#include <map>
 #include <memory>
 
 #include "camera/command.h"
@@ -73,25 +72,6 @@ Json asJson(const Line &line) {
             {"problem", orNull(line.state.problem)}};
 }
 
-// What several cameras have that should be one camera's alone.
-void tellShared(const char *what, const std::map<std::string, Words> &cameras, const char *remedy) {
-    for (const auto &[text, sharing] : cameras)
-        if (sharing.size() > 1 && !text.empty())
-            tell(std::to_string(sharing.size()) + " cameras have the " + what + " " + text + ": " +
-                 joined(sharing, " and ") + remedy);
-}
-
-void tellShared(const std::vector<Line> &lines) {
-    std::map<std::string, Words> bySerial, byAddress;
-    for (const Line &line : lines) {
-        bySerial[line.name.serial].push_back(line.address);
-        byAddress[line.address].push_back(line.name.serial + " (" + line.mac + ")");
-    }
-    tellShared("serial number", bySerial, ". Name each of them by its address or MAC address.");
-    tellShared("address", byAddress,
-               ". Give each of them an address of its own; until then none can be relied on.");
-}
-
 int list(bool json) {
     const Cameras cameras = gvcp::discover(gvcp::searchFromEnvironment());
     const std::vector<Line> lines = linesOf(cameras);
@@ -105,7 +85,8 @@ int list(bool json) {
 
     if (const std::string why = noDalsaCamera(cameras); !why.empty())
         tell(why);
-    tellShared(lines);
+    for (const Shared &shared : sharedBy(cameras))
+        tell(shared.seen + ". " + shared.remedy + ".");
     for (const Line &line : lines)
         if (line.state.name == "unreachable")
             tell("camera " + line.name.serial +

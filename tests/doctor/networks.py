@@ -10,6 +10,7 @@ cable, or behind a switch. Writes a table of what was found in which network.
 import json
 import os
 import pathlib
+import re
 import subprocess
 import sys
 import time
@@ -49,6 +50,7 @@ class Network:
             if process.stdout:
                 process.stdout.close()
         sh("""nft flush ruleset
+              umount /proc/sys/net/core/rmem_max 2>/dev/null || true
               for link in $(ip -o link | sed -n 's/^[0-9]*: \\(net[0-9]*\\|sw[0-9]*\\)[@:].*/\\1/p'); do
                   ip link delete "$link" 2>/dev/null || true
               done""")
@@ -113,7 +115,7 @@ def one(net, here="192.168.5.1/24", far="192.168.5.20/24", options="", mtu=1500,
     net.cable("net0", here, room, far, mtu)
     if route:
         sh(f"{room} ip route add {route} dev eth0")
-    net.camera(room, "--camera", "S1@" + far.split("/")[0], options)
+    net.camera(room, options, "--camera", "S1@" + far.split("/")[0])
     return room
 
 
@@ -133,7 +135,7 @@ def healthy_with_more(net):
 
 
 def wrong_network(net):
-    one(net, far="10.5.0.20/24", route="192.168.5.0/24")
+    return one(net, far="10.5.0.20/24", route="192.168.5.0/24")
 
 
 def link_local(net):
@@ -145,16 +147,28 @@ def two_interfaces(net):
     room = net.room()
     net.cable("net1", "192.168.5.2/24", room, "192.168.5.20/24")
     net.camera(room, "--camera", "S1@192.168.5.20")
+    return room
+
+
+def knows(room, card, address):
+    """The device in the room need not ask for the address of this computer's interface."""
+    sh(f"""mac=$(ip -o link show {card} | sed 's/.*ether \\([^ ]*\\) .*/\\1/')
+           {room} ip neigh replace {address} lladdr $mac dev eth0""")
 
 
 def filter_strict(net):
-    two_interfaces(net)
+    knows(two_interfaces(net), "net1", "192.168.5.2")
     set_kernel(net1=1)
 
 
 def filter_loose(net):
-    wrong_network(net)
+    knows(wrong_network(net), "net0", "192.168.5.1")
     set_kernel(all=2)
+
+
+def filter_of_questions(net):
+    wrong_network(net)
+    set_kernel(net0=1)
 
 
 def firewall_in(net):
@@ -176,6 +190,9 @@ def duplicate_address(net):
     net.switch("net0", "192.168.5.1/24", (first, "192.168.5.20/24"), (second, "192.168.5.20/24"))
     net.camera(first, "--camera", "S1@192.168.5.20")
     net.start(second + f"python3 {__file__} --another 192.168.5.20", "ready")
+    # Chance would decide which of them is asked for all else.
+    sh(f"""mac=$({first} ip -o link show eth0 | sed 's/.*ether \\([^ ]*\\) .*/\\1/')
+           ip neigh replace 192.168.5.20 lladdr $mac dev net0""")
 
 
 def duplicate_serial(net):
@@ -250,15 +267,27 @@ def small_buffer(net):
     sh("mount --bind rmem /proc/sys/net/core/rmem_max")
 
 
+def described(net, old, new):
+    """With the description of the usual camera, but for that."""
+    text = (ROOT / "simcam/dalsa-1936x1216.xml").read_text()
+    assert re.search(old, text)
+    pathlib.Path("other.xml").write_text(re.sub(old, new, text))
+    one(net, options="--description other.xml")
+
+
 def broken_description(net):
     one(net, options="--first-url 'Local:gone.xml;10000000;100' --second-url none")
 
 
-def few_features(net):
-    pathlib.Path("few.xml").write_text(
-        """<RegisterDescription><Integer Name="Width"><Value>7</Value></Integer></RegisterDescription>"""
-    )
-    one(net, options="--description few.xml")
+def other_rate(net):
+    described(net, r"\bAcquisitionFrameRate\b", "FrameRate")
+
+
+def failing_width(net):
+    """A register at an address that is computed is none of the virtual camera's."""
+    described(net, r'<Integer Name="WidthMax">((?s:.*?))<Address>(0x\w*)</Address>',
+              r'<IntSwissKnife Name="Where"><Formula>\2</Formula></IntSwissKnife>'
+              r'<Integer Name="WidthMax">\1<pAddress>Where</pAddress>')
 
 
 def two_cameras(net):
@@ -278,6 +307,7 @@ MATRIX = [
     (wrong_network, "", 3, "wrong-network"),
     (link_local, "", 3, "link-local"),
     (two_interfaces, "", 3, "same-network wrong-route"),
+    (filter_of_questions, "", 1, "no-camera reverse-path-filter?"),
     (filter_strict, "", 1, "no-camera same-network reverse-path-filter"),
     (filter_loose, "", 1, "no-camera reverse-path-filter"),
     (filter_loose, UNPRIVILEGED, 1, "no-camera reverse-path-filter"),
@@ -290,19 +320,20 @@ MATRIX = [
     (held, "", 3, "controlled"),
     (held_exclusively, "", 3, "controlled"),
     (silent, "", 3, "silent"),
-    (dead, "", 3, "unreachable"),
+    (dead, "", 3, "silent"),
     (lossy, "", 3, "lost-packets"),
     (slow, "", 0, "slow?"),
-    (low_mtu, "", 3, "low-mtu"),
+    (low_mtu, "", 3, "low-mtu packet-size"),
     (large_images, "", 3, "packet-size"),
     (no_link, "", 1, "no-camera no-link"),
     (switched_off, "", 1, "no-camera no-link"),
     (no_address, "", 1, "no-camera no-address"),
     (no_camera, "", 1, "no-camera"),
-    (no_interface, "", 1, "no-camera no-interface"),
+    (no_interface, "", 1, "no-camera"),
     (small_buffer, "", 0, "receive-buffer?"),
     (broken_description, "", 3, "description"),
-    (few_features, "", 0, "missing-feature?"),
+    (other_rate, "", 0, "missing-feature?"),
+    (failing_width, "", 3, "unreadable-feature"),
 ]
 
 
