@@ -7,9 +7,7 @@
 #include <algorithm>
 #include <bitset>
 #include <cstdlib>
-#include <cstring>
 #include <fstream>
-#include <map>
 #include <memory>
 #include <sstream>
 #include <system_error>
@@ -64,6 +62,14 @@ constexpr Symptom
     kUnreadable{"unreadable-feature", TheCamera, "The camera has them and fails when they are read."};
 // clang-format on
 
+template <class... Parts>
+std::string say(const Parts &...parts) {
+    std::ostringstream text;
+    text.precision(3);
+    (text << ... << parts);
+    return text.str();
+}
+
 struct Card { ///< a network interface
     std::string name;
     uint32_t index;
@@ -95,7 +101,8 @@ struct Examination {
 
 // Reads that show a loss of a percent, of which one may be chance; and how long they may take.
 constexpr size_t kReads = 200;
-constexpr std::chrono::seconds kLongestReading{2}, kLongestOfAll{20};
+constexpr std::chrono::seconds kLongestReading{2}, kLongestOfAll{20}, kLongestLook{2};
+constexpr size_t kLongestRules = 1 << 20;
 constexpr double kSlowMs = 20;
 constexpr uint64_t kUsualBuffer = 212992; // Linux' own
 constexpr size_t kMostDropped = 8;        // that are told of
@@ -124,8 +131,8 @@ uint64_t droppedByFilter() {
     return 0;
 }
 
-std::string networkText(uint32_t address, uint32_t mask) {
-    return dotted(address) + "/" + std::to_string(std::bitset<32>(mask).count());
+std::string networkText(const gvcp::Interface &own) {
+    return say(dotted(own.address), "/", std::bitset<32>(own.mask).count());
 }
 
 std::vector<Card> networkCards() {
@@ -159,7 +166,7 @@ std::vector<Card> networkCards() {
 
 // The command that lets packets through, as exact as this user may see the rules.
 std::string openFirewall(const std::string &hook, const std::string &port) {
-    const ChildLimits limits{std::chrono::seconds(2), 1 << 20, 1};
+    const ChildLimits limits{kLongestLook, kLongestRules, 1};
     std::istringstream rules(
         runChildren({{"/usr/sbin/nft", "list", "ruleset"}}, Collect::Both, limits).front().out);
     std::string table, chain;
@@ -214,6 +221,8 @@ void search(Examination &all, const gvcp::Search &where) {
     const uint64_t before = droppedByFilter();
     try {
         all.answered = gvcp::discover(where);
+    } catch (const gvcp::Error &) {
+        stopIfAsked(); // it has been
     } catch (const std::system_error &error) {
         if (error.code() == std::errc::operation_not_permitted)
             all.note(kFirewall, "the question for cameras is not let out",
@@ -226,8 +235,7 @@ void search(Examination &all, const gvcp::Search &where) {
             card && !isAmong(all.answered, camera) && ++told <= kMostDropped)
             judgeDropped(all, camera, *card);
     if (dropped && !all.hearsDropped && all.answered.empty())
-        all.note(kFilter,
-                 "it dropped " + std::to_string(dropped) + " packets meanwhile; root sees whose",
+        all.note(kFilter, say("it dropped ", dropped, " packets meanwhile; root sees whose"),
                  "sudo sysctl " + kNoFilter + "net.ipv4.conf.INTERFACE.rp_filter=0");
 }
 
@@ -249,26 +257,23 @@ void judgeMissing(Examination &all) {
     if (all.answered.empty())
         all.note(
             kNobody, "no camera answers",
-            std::string("check its power and its cable") +
-                (all.hearsDropped ? "" : "; 'sudo kxinfo doctor' sees also what is dropped here"));
+            say("check its power and its cable",
+                all.hearsDropped ? "" : "; 'sudo kxinfo doctor' sees also what is dropped here"));
 }
 
 void judgeSettings(Examination &all, bool missing) {
     all.about = nullptr;
-    for (const Card &one : all.cards)
-        for (const Card &other : all.cards)
-            for (const gvcp::Interface &a : one.own)
-                for (const gvcp::Interface &b : other.own)
-                    if (const uint32_t mask = a.mask & b.mask;
-                        one.index < other.index && mask != UINT32_MAX &&
-                        (a.address & mask) == (b.address & mask))
-                        all.note(kSameNetwork,
-                                 one.name + " has " + networkText(a.address, a.mask) + ", " +
-                                     other.name + " " + networkText(b.address, b.mask),
-                                 "give one of them, and its cameras, addresses of another network",
-                                 missing);
+    const auto up = gvcp::interfacesUp();
+    for (const gvcp::Interface &a : up)
+        for (const gvcp::Interface &b : up)
+            if (const uint32_t mask = a.mask & b.mask;
+                a.index < b.index && mask != UINT32_MAX && (a.address & mask) == (b.address & mask))
+                all.note(kSameNetwork,
+                         say(a.name, " has ", networkText(a), ", ", b.name, " ", networkText(b)),
+                         "give one of them, and its cameras, addresses of another network",
+                         missing);
     if (const uint64_t most = numberIn("/proc/sys/net/core/rmem_max"); most && most < kUsualBuffer)
-        all.note(kSmallBuffer, "a socket keeps at most " + std::to_string(most) + " bytes",
+        all.note(kSmallBuffer, say("a socket keeps at most ", most, " bytes"),
                  "sudo sysctl net.core.rmem_max=4194304", false);
 }
 
@@ -281,24 +286,24 @@ bool judgeState(Examination &all, const gvcp::Found &camera, const State &state)
     if (const std::string outside = gvcp::whyOutside(address); !outside.empty()) {
         const bool linkLocal = address >> 16 == 0xa9fe;
         const uint32_t mask = camera.identity.mask | (linkLocal ? 0xffff0000 : 0xffffff00);
-        uint32_t free = (address | ~mask) - 1;
-        while (free == address || free == camera.identity.gateway)
-            --free;
+        gvcp::Interface free{"", 0, (address | ~mask) - 1, mask};
+        while (free.address == address || free.address == camera.identity.gateway)
+            --free.address;
         all.note(linkLocal ? kLinkLocal : kWrongNetwork, name + ": " + outside,
-                 "sudo ip address add " + networkText(free, mask) + dev);
+                 "sudo ip address add " + networkText(free) + dev);
         return false;
     }
     const gvcp::Controller &by = state.controller;
     if (state.name == "controlled")
         all.note(kHeld, name + " is " + state.text,
                  by.address && hostTowards(by.address) == by.address
-                     ? "end it: 'sudo ss -uanp sport = :" + std::to_string(by.port) + "' names it"
+                     ? say("end it: 'sudo ss -uanp sport = :", by.port, "' names it")
                      : "end that program; if it crashed, wait some seconds");
     if (state.name == "controlled" || state.name == "free")
         return true;
     if (hostTowards(address) != camera.host)
         all.note(kWrongRoute, name + " is not asked by" + dev, "sudo ip route add " + at + dev);
-    else
+    else if (state.name != "unknown") // nobody has asked it
         all.note(kSilent, name + ": " + state.problem,
                  "switch it off and on; then connect it directly");
     return false;
@@ -339,11 +344,9 @@ bool measure(Examination &all, const gvcp::Found &camera) {
     std::sort(took.begin(), took.end());
     const double median = took.empty() ? 0 : took[took.size() / 2];
     const size_t again = channel->repetitions();
-    const std::string figures = std::to_string(took.size()) + " round trips, median " +
-                                numberText(median) + " ms, worst " +
-                                numberText(took.empty() ? 0 : took.back()) + " ms, " +
-                                std::to_string(again) + " asked again";
-    const std::string fact = labelOf(camera) + ": " + figures + failure;
+    const std::string fact =
+        say(labelOf(camera), ": ", took.size(), " round trips, median ", median, " ms, worst ",
+            took.empty() ? 0 : took.back(), " ms, ", again, " asked again", failure);
     all.facts[Network].push_back(fact);
     if (!failure.empty() || (again > 1 && again * 100 > took.size()))
         all.note(kLossy, fact, "try another cable, and no switch in between");
@@ -353,21 +356,20 @@ bool measure(Examination &all, const gvcp::Found &camera) {
         return false;
 
     const Card *card = cardOf(all, camera);
-    const std::string mtu = card ? std::to_string(card->mtu) : "", name = card ? card->name : "";
+    const std::string has = card ? say(card->name, " has an MTU of ", card->mtu) : "";
     if (card && packet > card->mtu)
-        all.note(kPacketSize,
-                 labelOf(camera) + " has GevSCPSPacketSize " + std::to_string(packet) + ", " +
-                     name + " an MTU of " + mtu,
-                 "kxinfo set " + dotted(camera.identity.address) + " GevSCPSPacketSize=" + mtu);
+        all.note(kPacketSize, say(labelOf(camera), " has GevSCPSPacketSize ", packet, ", ", has),
+                 say("kxinfo set ", dotted(camera.identity.address),
+                     " GevSCPSPacketSize=", card->mtu / 4 * 4));
     size_t size = kUrlSize;
     while (size > 0 && !comes(camera, size))
         size /= 2;
     if (size < kUrlSize)
         all.note(kLowMtu,
-                 labelOf(camera) + " can send no answer with " + std::to_string(kUrlSize) +
-                     " bytes, one with " + std::to_string(size) + " arrives; " + name +
-                     " has an MTU of " + mtu,
-                 "sudo ip link set dev " + name + " mtu 1500; if it has that, look in between");
+                 say("no answer with ", kUrlSize, " bytes of ", labelOf(camera),
+                     " arrives, one with ", size, " does; ", has),
+                 say("sudo ip link set dev ", card ? card->name : "INTERFACE",
+                     " mtu 1500; if it has that, look in between"));
     return size == kUrlSize;
 }
 
@@ -385,9 +387,8 @@ void lookInto(Examination &all, const gvcp::Found &found) {
         }
         for (const auto &[parameter, problem] : lackingParameters(camera))
             lacking.push_back(parameter + " (" + problem + ")");
-        all.facts[TheCamera].push_back(labelOf(found) + ": " + std::to_string(read) + " of " +
-                                       std::to_string(allFeatures().size()) +
-                                       " features that kxinfo knows can be read as it stands");
+        all.facts[TheCamera].push_back(say(labelOf(found), ": ", read, " of ", allFeatures().size(),
+                                           " features that kxinfo knows can be read as it stands"));
         if (!failing.empty())
             all.note(kUnreadable, joined(failing, " and "), "switch the camera off and on");
         if (!lacking.empty())
@@ -406,9 +407,9 @@ int examine(Examination &all, const CameraArgument &name) {
     where.sharedAddresses = true;
     all.cards = networkCards();
     for (const Card &card : all.cards) {
-        std::string fact = card.name + ": MTU " + std::to_string(card.mtu);
+        std::string fact = say(card.name, ": MTU ", card.mtu);
         for (const gvcp::Interface &own : card.own)
-            fact += ", " + networkText(own.address, own.mask);
+            fact += ", " + networkText(own);
         all.facts[Computer].push_back(fact + (card.hasLink ? "" : ", no link"));
     }
     search(all, where);
@@ -418,7 +419,7 @@ int examine(Examination &all, const CameraArgument &name) {
     if (!name.value_or("").empty() || (variable && *variable)) {
         try {
             meant = {chosenCamera(name)};
-        } catch (const Error &) {
+        } catch (...) {
             stopIfAsked();
             all.note(kNotFound, reasonInFlight(), "kxinfo list");
             meant.clear();
@@ -453,17 +454,16 @@ void show(const Examination &all, bool json) {
                          {"looked", looked},
                          {"facts", all.facts[part]},
                          {"findings", all.findings[part]}});
-        text += std::string(part ? "\n" : "") + kHeadings[part] + "\n";
-        for (const std::string fact : all.facts[part])
-            text += "  " + fact + "\n";
-        for (const auto &finding :
-             all.findings[part].get<std::vector<std::map<std::string, Json>>>())
-            text += "  " + std::string(finding.at("severity")) + ": " +
-                    std::string(finding.at("id")) + "\n    " + std::string(finding.at("seen")) +
-                    ".\n    " + std::string(finding.at("means")) +
-                    "\n    What helps: " + std::string(finding.at("remedy")) + "\n";
+        text += say(part ? "\n" : "", kHeadings[part], "\n");
+        for (const Json &fact : all.facts[part])
+            text += say("  ", fact.get<std::string>(), "\n");
+        for (const Json &found : all.findings[part])
+            text += say("  ", found.value("severity", ""), ": ", found.value("id", ""), "\n    ",
+                        found.value("seen", ""), "\n    ", found.value("means", ""),
+                        "\n    What helps: ", found.value("remedy", ""), "\n");
         if (all.findings[part].empty())
-            text += looked ? "  nothing found\n" : "  not looked at: not one alone that opens\n";
+            text += looked ? "  nothing found\n"
+                           : "  not looked at: there is not just one that opens\n";
     }
     writeOut(json ? jsonText({{"version", 1}, {"hearsDropped", all.hearsDropped}, {"parts", parts}})
                   : text);
@@ -485,13 +485,7 @@ Example:
     return [camera, json] {
         stopWaitingWhen(stopOnSignals());
         Examination all;
-        int status = kDone;
-        try {
-            status = examine(all, *camera);
-        } catch (...) {
-            stopIfAsked();
-            throw;
-        }
+        const int status = examine(all, *camera);
         show(all, *json);
         return status;
     };

@@ -241,13 +241,6 @@ std::vector<Shared> sharedBy(const Cameras &cameras) {
     return shared;
 }
 
-std::string interfaceOf(const gvcp::Found &camera, const std::vector<gvcp::Interface> &up) {
-    for (const gvcp::Interface &interface : up)
-        if (camera.interface ? interface.index == camera.interface : interface.address == camera.host)
-            return interface.name;
-    return "";
-}
-
 bool isDalsa(const gvcp::Identity &identity) {
     return strcasestr(identity.manufacturer.c_str(), "Dalsa") != nullptr;
 }

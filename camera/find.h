@@ -62,9 +62,6 @@ struct Shared {
 };
 std::vector<Shared> sharedBy(const std::vector<gvcp::Found> &cameras);
 
-/** The network interface that a camera was found on; "" where that is down by now. */
-std::string interfaceOf(const gvcp::Found &camera, const std::vector<gvcp::Interface> &up);
-
 /** Whether the maker's name is one that the plug-in looks for. */
 bool isDalsa(const gvcp::Identity &identity);
 

@@ -25,6 +25,13 @@ const char *hostText(const Cameras &cameras, size_t place) {
     return place < kSeenByHost ? kSeen : "no: beyond the first eight";
 }
 
+std::string interfaceOf(const gvcp::Found &camera, const std::vector<gvcp::Interface> &up) {
+    for (const gvcp::Interface &interface : up)
+        if (camera.interface ? interface.index == camera.interface : interface.address == camera.host)
+            return interface.name;
+    return "";
+}
+
 struct Line {
     CameraName name;
     std::string address, mac, interface, host;

@@ -11,11 +11,14 @@ import json
 import os
 import pathlib
 import re
+import socket
 import subprocess
 import sys
+import tempfile
 import time
 
-ROOT = pathlib.Path(__file__).resolve().parents[2]
+SELF = pathlib.Path(__file__).resolve()
+ROOT = SELF.parents[2]
 sys.path.insert(0, str(ROOT / "tests/json"))
 import validate  # noqa: E402
 
@@ -51,8 +54,8 @@ class Network:
                 process.stdout.close()
         sh("""nft flush ruleset
               umount /proc/sys/net/core/rmem_max 2>/dev/null || true
-              for link in $(ip -o link | sed -n 's/^[0-9]*: \\(net[0-9]*\\|sw[0-9]*\\)[@:].*/\\1/p'); do
-                  ip link delete "$link" 2>/dev/null || true
+              for link in net0 net1; do
+                  ip link delete $link 2>/dev/null || true
               done""")
 
     def start(self, command, ready=None):
@@ -69,7 +72,8 @@ class Network:
 
     def room(self):
         """A namespace of its own: a process that holds it."""
-        holder = self.start("unshare --net sh -c 'ip link set lo up; echo made; exec sleep 600'", "made")
+        holder = self.start(
+            "unshare --net sh -c 'ip link set lo up; echo ready; exec sleep 600'", "ready")
         return f"nsenter --net=/proc/{holder.pid}/ns/net -- "
 
     def cable(self, card, address, room, far, mtu=1500):
@@ -101,13 +105,6 @@ class Network:
     def camera(self, room, *options):
         self.start(room + "kxinfo-simcam " + " ".join(options), "ready")
 
-    def answers(self, room):
-        """Waits until packets pass."""
-        for _ in range(100):
-            if subprocess.run(["sh", "-c", room + "ip -o link show eth0 | grep -q LOWER_UP"]).returncode == 0:
-                return
-            time.sleep(0.05)
-
 
 def one(net, here="192.168.5.1/24", far="192.168.5.20/24", options="", mtu=1500, route=""):
     """One camera at the end of one cable."""
@@ -126,7 +123,8 @@ def healthy(net):
 def healthy_with_more(net):
     """Another interface without a link, one that is off, a strict filter and a firewall."""
     one(net)
-    sh("ip link add name net1 type veth peer name net2; ip address add 10.9.0.1/24 dev net1; ip link set net1 up")
+    sh("""ip link add name net1 type veth peer name net2
+          ip address add 10.9.0.1/24 dev net1; ip link set net1 up""")
     set_kernel(all=1)
     sh("""nft add table inet strict
           nft 'add chain inet strict in { type filter hook input priority 0; policy drop; }'
@@ -189,7 +187,7 @@ def duplicate_address(net):
     first, second = net.room(), net.room()
     net.switch("net0", "192.168.5.1/24", (first, "192.168.5.20/24"), (second, "192.168.5.20/24"))
     net.camera(first, "--camera", "S1@192.168.5.20")
-    net.start(second + f"python3 {__file__} --another 192.168.5.20", "ready")
+    net.start(second + f"python3 {SELF} --another 192.168.5.20", "ready")
     # Chance would decide which of them is asked for all else.
     sh(f"""mac=$({first} ip -o link show eth0 | sed 's/.*ether \\([^ ]*\\) .*/\\1/')
            ip neigh replace 192.168.5.20 lladdr $mac dev net0""")
@@ -204,12 +202,12 @@ def duplicate_serial(net):
 
 def held(net):
     one(net)
-    net.start(f"python3 {__file__} --hold 192.168.5.20 2", "ready")
+    net.start(f"python3 {SELF} --hold 192.168.5.20 2", "ready")
 
 
 def held_exclusively(net):
     one(net)
-    net.start(f"python3 {__file__} --hold 192.168.5.20 1", "ready")
+    net.start(f"python3 {SELF} --hold 192.168.5.20 1", "ready")
 
 
 def silent(net):
@@ -343,7 +341,6 @@ def examine(make, arguments):
         before, arguments = arguments, ""
     with Network() as net:
         make(net)
-        time.sleep(0.3)  # until the neighbours of new cables are up
         json_run = subprocess.run(
             f"{before}kxinfo doctor --json {arguments}",
             shell=True, capture_output=True, text=True, timeout=LIMIT,
@@ -380,15 +377,28 @@ def main(names):
         print("  " + "| " * number + column)
     for name, status, got, expected, found in lines:
         cells = [".-!X"[(one in expected) + 2 * (one in found)] for one in columns]
-        print("  " + " ".join(cells) + f"  {name}: status {got}" + ("" if got == status else f", expected {status}"))
-    print(f"{len(lines)} networks, {len(failures)} otherwise than expected: {', '.join(failures)}")
+        print("  " + " ".join(cells) + f"  {name}: status {got}"
+              + ("" if got == status else f", expected {status}"))
+    print(f"{len(lines)} networks, {len(failures)} otherwise than expected", *failures)
     return 1 if failures or not lines else 0
+
+
+def names():
+    """The code, the schema, the reference and the matrix have the same findings."""
+    code = re.findall(r'^    k\w+\{"([a-z-]+)", ', (ROOT / "camera/doctor.cpp").read_text(), re.M)
+    section = (ROOT / "docs/commands.md").read_text().split("## kxinfo doctor\n")[1].split("\n## ")[0]
+    places = {
+        "docs/commands.md": re.findall(r"^\| `([a-z-]+)` \|", section, re.M),
+        "the schema": SCHEMA["definitions"]["finding"]["properties"]["id"]["enum"],
+        "the networks": {name.rstrip("?") for row in MATRIX for name in row[3].split()},
+    }
+    wrong = {place: set(code) ^ set(has) for place, has in places.items() if set(code) ^ set(has)}
+    print(f"{len(code)} findings", wrong or "")
+    return 1 if wrong or not code else 0
 
 
 def another(address):
     """A second camera at an address: it answers searches, with a MAC address of its own."""
-    import socket
-
     registers = bytearray(0xF8)
     registers[0x0A:0x10] = bytes.fromhex("020012345678")
     registers[0x24:0x28] = socket.inet_aton(address)
@@ -406,15 +416,14 @@ def another(address):
 
 def hold(address, privilege):
     """A program that controls a camera and says so every now and then."""
-    import socket
-
     client = socket.socket(socket.AF_INET, socket.SOCK_DGRAM)
     client.connect((address, 3956))
     client.settimeout(5)
     number = 1
     while True:
         register = (0x0A00).to_bytes(4, "big")
-        client.send(b"\x42\1\0\x82\0\x08" + number.to_bytes(2, "big") + register + int(privilege).to_bytes(4, "big"))
+        client.send(b"\x42\1\0\x82\0\x08" + number.to_bytes(2, "big") + register
+                    + int(privilege).to_bytes(4, "big"))
         assert client.recv(600)[:2] == b"\0\0"
         if number == 1:
             print("ready", flush=True)
@@ -427,4 +436,8 @@ if __name__ == "__main__":
         another(*sys.argv[2:])
     elif sys.argv[1:2] == ["--hold"]:
         hold(*sys.argv[2:])
-    sys.exit(main(sys.argv[1:]))
+    if sys.argv[1:] == ["--names"]:
+        sys.exit(names())
+    with tempfile.TemporaryDirectory() as folder:
+        os.chdir(folder)
+        sys.exit(main(sys.argv[1:]))
