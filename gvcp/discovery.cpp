@@ -268,7 +268,7 @@ std::vector<Found> Arrivals::take() const {
                                       reinterpret_cast<sockaddr *>(&from), &length);
         if (size < 0)
             break;
-        if (from.sll_pkttype == PACKET_OUTGOING || static_cast<size_t>(size) < kHeaders)
+        if (from.sll_pkttype != PACKET_HOST || static_cast<size_t>(size) < kHeaders)
             continue;
         const auto answer = parseAnswer(packet + kHeaders, static_cast<size_t>(size) - kHeaders);
         const auto identity = answer ? parseIdentity(*answer) : std::nullopt;
