@@ -177,7 +177,7 @@ std::string openFirewall(const std::string &hook, const std::string &port) {
         else if (line.rfind("\tchain ", 0) == 0)
             chain = name.substr(7);
         else if (line.find("hook " + hook) != line.npos)
-            return cleaned("sudo nft insert rule " + table + chain + "udp " + port + " accept");
+            return cleaned(say("sudo nft insert rule ", table, chain, "udp ", port, " accept"));
     }
     return "let UDP with " + port + " through; to see the rules: sudo nft list ruleset";
 }
@@ -383,10 +383,10 @@ void lookInto(Examination &all, const gvcp::Found &found) {
             const Reading reading = readFeature(camera, feature, nullptr);
             read += hasValue(reading.value);
             if (reading.failed)
-                failing.push_back(feature.name + " (" + reading.problem + ")");
+                failing.push_back(say(feature.name, " (", reading.problem, ")"));
         }
         for (const auto &[parameter, problem] : lackingParameters(camera))
-            lacking.push_back(parameter + " (" + problem + ")");
+            lacking.push_back(say(parameter, " (", problem, ")"));
         all.facts[TheCamera].push_back(say(labelOf(found), ": ", read, " of ", allFeatures().size(),
                                            " features that kxinfo knows can be read as it stands"));
         if (!failing.empty())
