@@ -43,6 +43,7 @@ const Program kKxinfo = {
     kFooter,
     {
         {"list", "Lists the cameras that answer", declareList},
+        {"doctor", "Tells why cameras are not found, cannot be opened or are slow", declareDoctor},
         {"get", "Shows features of a camera: value, range, step, unit, kind and access",
          declareGet},
         {"tree", "Shows every feature of a camera, by category", declareTree},

@@ -28,6 +28,7 @@ Run declareDiff(CLI::App &command);
 Run declareTree(CLI::App &command);
 Run declareXml(CLI::App &command);
 Run declareWatch(CLI::App &command);
+Run declareDoctor(CLI::App &command);
 
 /** Which camera a command is for, as it was typed; none: see chosenCamera(). */
 using CameraArgument = std::optional<std::string>;

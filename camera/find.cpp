@@ -4,22 +4,30 @@
 #include <cstdlib>
 #include <cstring>
 #include <functional>
+#include <map>
 #include <set>
 #include <system_error>
 
 #include "camera/camera.h"
+#include "camera/side_by_side.h"
 #include "gvcp/environment.h"
 
 namespace kxinfo {
 
 namespace {
 
+using namespace std::chrono_literals;
 using Cameras = std::vector<gvcp::Found>;
 
 // For a second camera with a serial number that should be the only one.
 constexpr std::chrono::milliseconds kMoment{20};
 // What a message names, so that it stays readable.
 constexpr size_t kMostNamed = 8;
+
+// Cameras that are asked at the same time, and how long new ones are. Two questions, so that
+// all are shown also where most of them do not answer.
+constexpr size_t kMostAsked = 64;
+constexpr std::chrono::seconds kLongestAsking{2};
 
 Cameras those(const Cameras &cameras, const std::function<bool(const gvcp::Identity &)> &fits) {
     Cameras found;
@@ -40,6 +48,29 @@ std::string listed(const Cameras &cameras) {
         words.push_back(std::to_string(cameras.size() - kMostNamed) + " more");
     }
     return joined(words, " and ");
+}
+
+State controlledBy(const gvcp::Controller &controller) {
+    State state{"controlled", "controlled by another program", textOf(controller), controller};
+    if (controller.address)
+        state.text += " (" + gvcp::dotted(controller.address) + ", port " +
+                      std::to_string(controller.port) + ")";
+    return state;
+}
+
+State stateOf(const gvcp::Found &camera) {
+    try {
+        const gvcp::Controller controller = channelTo(camera)->controller();
+        return controller.privilege ? controlledBy(controller) : State{"free", "free", "", {}};
+    } catch (const gvcp::Controlled &error) {
+        return controlledBy(error.by());
+    } catch (const gvcp::Error &error) {
+        if (error.cause() == gvcp::Cause::Unreachable)
+            return {"unreachable", "not reachable from here", error.what(), {}};
+        return {"silent", error.what(), error.what(), {}};
+    } catch (const std::exception &error) { // this computer's
+        return {"unknown", "not asked", error.what(), {}};
+    }
 }
 
 // The only one; or what is wrong, which begins as given.
@@ -165,6 +196,49 @@ gvcp::Found chosenCamera(const std::optional<std::string> &name) {
     if (const auto address = gvcp::addressFrom(meant))
         return cameraAt(*address);
     return cameraNamed(meant, '"' + shortened(meant) + '"' + source);
+}
+
+std::vector<State> statesOf(const Cameras &cameras) {
+    std::vector<State> states(cameras.size());
+    const auto end = std::chrono::steady_clock::now() + kLongestAsking;
+    sideBySide(cameras.size(), kMostAsked, [&](size_t i) {
+        if (std::chrono::steady_clock::now() < end)
+            states[i] = stateOf(cameras[i]);
+    });
+    return states;
+}
+
+std::unique_ptr<gvcp::Channel> channelTo(const gvcp::Found &camera) {
+    gvcp::Waits waits;
+    waits.answer = {100ms, 150ms, 200ms, 250ms};
+    waits.longestPending = waits.longestBusy = 500ms;
+    waits.longestOpening = 1500ms;
+    return std::make_unique<gvcp::Channel>(
+        gvcp::Place{camera.identity.address, camera.host, camera.interface != 0},
+        gvcp::Access::Monitor, waits);
+}
+
+std::vector<Shared> sharedBy(const Cameras &cameras) {
+    std::map<std::string, Words> bySerial, byAddress;
+    for (const gvcp::Found &camera : cameras) {
+        const std::string address = gvcp::dotted(camera.identity.address);
+        const std::string serial = nameOf(camera.identity).serial;
+        bySerial[serial].push_back(address);
+        byAddress[address].push_back(serial + " (" + macText(macOf(camera.identity)) + ")");
+    }
+    std::vector<Shared> shared;
+    const auto add = [&](bool isAddress, const char *what, const auto &owners, const char *remedy) {
+        for (const auto &[text, sharing] : owners)
+            if (sharing.size() > 1 && !text.empty())
+                shared.push_back({isAddress,
+                                  std::to_string(sharing.size()) + " cameras have the " + what +
+                                      " " + text + ": " + joined(sharing, " and "),
+                                  remedy});
+    };
+    add(false, "serial number", bySerial, "Name each of them by its address or MAC address");
+    add(true, "address", byAddress,
+        "Give each of them an address of its own; until then none can be relied on");
+    return shared;
 }
 
 bool isDalsa(const gvcp::Identity &identity) {

@@ -2,11 +2,13 @@
 #ifndef KXINFO_CAMERA_FIND_H
 #define KXINFO_CAMERA_FIND_H
 
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "cli/error.h"
+#include "gvcp/channel.h"
 #include "gvcp/discovery.h"
 
 namespace kxinfo {
@@ -38,6 +40,27 @@ std::string noDalsaCamera(const std::vector<gvcp::Found> &answered);
  * \throws Error (kNoCamera) when there is none or several fit; says what answered instead
  */
 gvcp::Found chosenCamera(const std::optional<std::string> &name);
+
+/** How a camera that has answered stands. */
+struct State {
+    std::string name = "unknown"; ///< as programs know it: free, controlled, silent, unreachable
+    std::string text = "not asked";
+    std::string problem = "too many others do not answer"; ///< empty: it can be worked on
+    gvcp::Controller controller{}; ///< address 0: nobody, or the camera does not tell
+};
+
+/** Of each camera, in the same order. Takes some three seconds where they do not answer. */
+std::vector<State> statesOf(const std::vector<gvcp::Found> &cameras);
+
+/** A way to look at a camera that need not answer: it is waited for two seconds in all. */
+std::unique_ptr<gvcp::Channel> channelTo(const gvcp::Found &camera);
+
+/** What several cameras have that should be one camera's alone. */
+struct Shared {
+    bool isAddress; ///< or a serial number
+    std::string seen, remedy;
+};
+std::vector<Shared> sharedBy(const std::vector<gvcp::Found> &cameras);
 
 /** Whether the maker's name is one that the plug-in looks for. */
 bool isDalsa(const gvcp::Identity &identity);

@@ -1,83 +1,21 @@
 // kxinfo list: the cameras of all makers that answer, and how each of them stands.
 
 #include <algorithm>
-#include <chrono>
-#include <map>
 #include <memory>
 
 #include "camera/command.h"
 #include "camera/find.h"
-#include "camera/side_by_side.h"
 #include "cli/json.h"
-#include "gvcp/channel.h"
 #include "gvcp/environment.h"
 
 namespace kxinfo {
 
 namespace {
 
-using namespace std::chrono_literals;
 using Cameras = std::vector<gvcp::Found>;
 
 // The plug-in has room for as many, and looks at the first that the platform finds, by address.
 constexpr size_t kSeenByHost = 8;
-
-// Cameras that are asked at the same time, and how long new ones are. Two questions, so that
-// all are shown also where most of them do not answer.
-constexpr size_t kMostAsked = 64;
-constexpr auto kLongestAsking = 2s;
-
-gvcp::Waits waits() {
-    gvcp::Waits waits;
-    waits.answer = {100ms, 150ms, 200ms, 250ms};
-    waits.longestPending = waits.longestBusy = 500ms;
-    waits.longestOpening = 1500ms;
-    return waits;
-}
-
-constexpr const char *kUnreachable = "unreachable";
-
-struct State {
-    std::string name = "unknown"; ///< as programs know it
-    std::string text = "not asked";
-    std::string problem = "too many others do not answer"; ///< empty: it can be worked on
-    gvcp::Controller controller{}; ///< address 0: nobody, or the camera does not tell
-};
-
-State controlledBy(const gvcp::Controller &controller) {
-    State state{"controlled", "controlled by another program", textOf(controller), controller};
-    if (controller.address)
-        state.text += " (" + gvcp::dotted(controller.address) + ", port " +
-                      std::to_string(controller.port) + ")";
-    return state;
-}
-
-State stateOf(const gvcp::Found &camera) {
-    try {
-        gvcp::Channel channel({camera.identity.address, camera.host, camera.interface != 0},
-                              gvcp::Access::Monitor, waits());
-        const gvcp::Controller controller = channel.controller();
-        return controller.privilege ? controlledBy(controller) : State{"free", "free", "", {}};
-    } catch (const gvcp::Controlled &error) {
-        return controlledBy(error.by());
-    } catch (const gvcp::Error &error) {
-        if (error.cause() == gvcp::Cause::Unreachable)
-            return {kUnreachable, "not reachable from here", error.what(), {}};
-        return {"silent", error.what(), error.what(), {}};
-    } catch (const std::exception &error) { // this computer's
-        return {"unknown", "not asked", error.what(), {}};
-    }
-}
-
-std::vector<State> statesOf(const Cameras &cameras) {
-    std::vector<State> states(cameras.size());
-    const auto end = std::chrono::steady_clock::now() + kLongestAsking;
-    sideBySide(cameras.size(), kMostAsked, [&](size_t i) {
-        if (std::chrono::steady_clock::now() < end)
-            states[i] = stateOf(cameras[i]);
-    });
-    return states;
-}
 
 constexpr const char *kSeen = "yes";
 
@@ -141,25 +79,6 @@ Json asJson(const Line &line) {
             {"problem", orNull(line.state.problem)}};
 }
 
-// What several cameras have that should be one camera's alone.
-void tellShared(const char *what, const std::map<std::string, Words> &cameras, const char *remedy) {
-    for (const auto &[text, sharing] : cameras)
-        if (sharing.size() > 1 && !text.empty())
-            tell(std::to_string(sharing.size()) + " cameras have the " + what + " " + text + ": " +
-                 joined(sharing, " and ") + remedy);
-}
-
-void tellShared(const std::vector<Line> &lines) {
-    std::map<std::string, Words> bySerial, byAddress;
-    for (const Line &line : lines) {
-        bySerial[line.name.serial].push_back(line.address);
-        byAddress[line.address].push_back(line.name.serial + " (" + line.mac + ")");
-    }
-    tellShared("serial number", bySerial, ". Name each of them by its address or MAC address.");
-    tellShared("address", byAddress,
-               ". Give each of them an address of its own; until then none can be relied on.");
-}
-
 int list(bool json) {
     const Cameras cameras = gvcp::discover(gvcp::searchFromEnvironment());
     const std::vector<Line> lines = linesOf(cameras);
@@ -173,9 +92,10 @@ int list(bool json) {
 
     if (const std::string why = noDalsaCamera(cameras); !why.empty())
         tell(why);
-    tellShared(lines);
+    for (const Shared &shared : sharedBy(cameras))
+        tell(shared.seen + ". " + shared.remedy + ".");
     for (const Line &line : lines)
-        if (line.state.name == kUnreachable)
+        if (line.state.name == "unreachable")
             tell("camera " + line.name.serial +
                  " is not reachable from here: " + line.state.problem + "." + kGiveAddress);
     return lines.empty() ? kNoCamera : kDone;

@@ -84,49 +84,13 @@ struct Result {
     Json parameters = nullptr; ///< with JSON: those of the document of one camera
 };
 
-// Why the plug-in finds no value in a feature, as a clause; empty: it does.
-std::string problemOf(const Camera &camera, const Feature &feature) {
-    const Kind kind = camera.node(feature.node).kind();
-    if (kind == feature.kind)
-        return "";
-    if (kind == Kind::Missing)
-        return whyMissing(camera, feature, "feature " + feature.node);
-    return "the camera has " + feature.node + " as another kind: " + nameOf(kind) +
-           ", expected is " + nameOf(feature.kind);
-}
-
 // Says of which parameters the values are not the camera's; nothing when it cannot be looked at.
 void lookAtCamera(Result &result) {
-    // What the plug-in reads for a parameter.
-    static const struct {
-        const char *parameter;
-        Words features;
-    } kRead[] = {
-        {"KxScParamAutoBrightTarget", {"autoBrightnessTarget"}},
-        {"KxScParamAutoExpoLower", {"exposureAutoMinValue"}},
-        {"KxScParamAutoExpoUpper", {"exposureAutoMaxValue"}},
-        {"KxScParamAutoGainLower", {"gainAutoMinValue"}},
-        {"KxScParamAutoGainUpper", {"gainAutoMaxValue"}},
-        {"KxScParamExposure", {"ExposureTime"}},
-        {"KxScParamFps", {"AcquisitionFrameRate"}},
-        {"KxScParamGain", {"Gain"}},
-        {"KxScParamGamma", {"gammaCorrection", "lutMode", "lutType"}},
-        {"KxScParamHeight", {"Height", "HeightMax"}},
-        {"KxScParamOffsetX", {"OffsetX", "WidthMax"}},
-        {"KxScParamOffsetY", {"OffsetY", "HeightMax"}},
-        {"KxScParamWidth", {"Width", "WidthMax"}},
-    };
     try {
         stopWaitingWhen(stopOnSignals());
         const Camera camera(*result.found, Purpose::Look);
-        for (const auto &[parameter, features] : kRead) {
-            std::string problem;
-            for (const std::string &name : features)
-                if (problem.empty())
-                    problem = problemOf(camera, featureNamed(name));
-            if (problem.empty())
-                continue;
-            result.messages.push_back(std::string(parameter) + ": " + problem + ".");
+        for (const auto &[parameter, problem] : lackingParameters(camera)) {
+            result.messages.push_back(parameter + ": " + problem + ".");
             for (Json &published : result.parameters)
                 if (published.value("name", "") == parameter && !published.contains("problem"))
                     published["problem"] = problem;

@@ -97,6 +97,17 @@ std::string inTheWay(const Camera &camera, const Reading &refused, bool above) {
     return " " + other.name + " is " + quantityText(other, reading.value) + ": set it first.";
 }
 
+// Why the plug-in finds no value in a feature, as a clause; empty: it does.
+std::string noValueIn(const Camera &camera, const Feature &feature) {
+    const Kind kind = camera.node(feature.node).kind();
+    if (kind == feature.kind)
+        return "";
+    if (kind == Kind::Missing)
+        return whyMissing(camera, feature, "feature " + feature.node);
+    return "the camera has " + feature.node + " as another kind: " + nameOf(kind) +
+           ", expected is " + nameOf(feature.kind);
+}
+
 Error refusal(const Reading &reading, const std::string &text, const std::string &more = "") {
     return {kWrongUsage, reading.feature->name + "=" + shortened(text) +
                              " is not possible; expected is " + rangeText(reading) + "." + more};
@@ -268,6 +279,38 @@ std::string whyMissing(const Camera &camera, const Feature &feature, const std::
     const auto legacy = std::find_if(feature.legacy.begin(), feature.legacy.end(), isThere);
     return "the camera has no " + what +
            (legacy == feature.legacy.end() ? "" : "; it has " + *legacy + " instead");
+}
+
+std::vector<std::pair<std::string, std::string>> lackingParameters(const Camera &camera) {
+    // What the plug-in reads for a parameter.
+    static const struct {
+        const char *parameter;
+        Words features;
+    } kRead[] = {
+        {"KxScParamAutoBrightTarget", {"autoBrightnessTarget"}},
+        {"KxScParamAutoExpoLower", {"exposureAutoMinValue"}},
+        {"KxScParamAutoExpoUpper", {"exposureAutoMaxValue"}},
+        {"KxScParamAutoGainLower", {"gainAutoMinValue"}},
+        {"KxScParamAutoGainUpper", {"gainAutoMaxValue"}},
+        {"KxScParamExposure", {"ExposureTime"}},
+        {"KxScParamFps", {"AcquisitionFrameRate"}},
+        {"KxScParamGain", {"Gain"}},
+        {"KxScParamGamma", {"gammaCorrection", "lutMode", "lutType"}},
+        {"KxScParamHeight", {"Height", "HeightMax"}},
+        {"KxScParamOffsetX", {"OffsetX", "WidthMax"}},
+        {"KxScParamOffsetY", {"OffsetY", "HeightMax"}},
+        {"KxScParamWidth", {"Width", "WidthMax"}},
+    };
+    std::vector<std::pair<std::string, std::string>> lacking;
+    for (const auto &[parameter, features] : kRead) {
+        std::string problem;
+        for (const std::string &name : features)
+            if (problem.empty())
+                problem = noValueIn(camera, featureNamed(name));
+        if (!problem.empty())
+            lacking.emplace_back(parameter, problem);
+    }
+    return lacking;
 }
 
 double numberOf(const Value &value) {

@@ -5,6 +5,8 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 #include <nlohmann/json_fwd.hpp>
 
@@ -44,6 +46,12 @@ Reading readFeature(const Camera &camera, const Feature &feature, Switches *swit
  */
 std::string whyMissing(const Camera &camera, const Feature &feature,
                        const std::string &what = "such feature");
+
+/**
+ * The parameters of the plug-in's host for which it finds no value of the camera's, and why, as a
+ * clause.
+ */
+std::vector<std::pair<std::string, std::string>> lackingParameters(const Camera &camera);
 
 /** A number as such; NaN: it is none. */
 double numberOf(const Value &value);

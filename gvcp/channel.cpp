@@ -421,6 +421,7 @@ Answer Channel::exchange(const Request &request, Stops stops) {
     const Packet packet = makeCommand(request.command, requestId, request.payload, request.size);
     Pending pending;
     for (size_t i = 0; i < tries_; ++i) {
+        repetitions_ += i > 0;
         send(packet);
         if (const auto answer =
                 await(request, requestId, pending, Clock::now() + waits_.answer[i], stops))

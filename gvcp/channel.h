@@ -2,6 +2,7 @@
 #ifndef KXINFO_GVCP_CHANNEL_H
 #define KXINFO_GVCP_CHANNEL_H
 
+#include <atomic>
 #include <chrono>
 #include <condition_variable>
 #include <cstdint>
@@ -106,6 +107,9 @@ public:
     /** Asks the camera who controls it now. */
     Controller controller();
 
+    /** How often a command was sent again, since no answer to it had come in time. */
+    size_t repetitions() const { return repetitions_; }
+
     /** Sends nothing. \throw Error when every further operation would: it is lost */
     void requireUse();
 
@@ -160,6 +164,7 @@ private:
     std::mutex mutex_; // of all below
     std::array<uint8_t, kLargestPacket> buffer_;
     uint16_t requestId_;
+    std::atomic<size_t> repetitions_{0};
     std::optional<Clock::time_point> openingDeadline_;
     Clock::duration patience_ = waits_.patience;
     std::optional<Error> lost_;

@@ -1,6 +1,8 @@
 #include "gvcp/discovery.h"
 
 #include <linux/filter.h>
+#include <linux/if_ether.h>
+#include <linux/if_packet.h>
 #include <poll.h>
 #include <sys/socket.h>
 
@@ -13,7 +15,6 @@
 #include <tuple>
 
 #include "gvcp/bounds.h"
-#include "gvcp/descriptor.h"
 #include "gvcp/error.h"
 
 // One socket per network interface, bound to the interface's address: the kernel then sends a
@@ -34,6 +35,11 @@ using namespace std::chrono_literals;
 constexpr int kReceiveBuffer = 1 << 20;
 // A filter that shuts out more would be longer than the kernel takes without asking for memory.
 constexpr size_t kMostShutOut = 64;
+
+// What stands in front of an answer where packets are heard, and the sender's address in it.
+constexpr size_t kIpHeader = 20;
+constexpr size_t kHeaders = kIpHeader + 8;
+constexpr size_t kIpSource = 12;
 
 struct Sender {
     int packets = 0;
@@ -170,7 +176,7 @@ bool receive(Line &line, uint16_t requestId, const Search &search, Cameras &came
         if (line.shutOut.size() == 1)
             ask(line, search, requestId);
     }
-    if (sender.counted || sender.packets > kMostPacketsOfSender)
+    if ((sender.counted && !search.sharedAddresses) || sender.packets > kMostPacketsOfSender)
         return true;
     const auto answer = parseAnswer(packet, static_cast<size_t>(size));
     const auto identity =
@@ -232,6 +238,44 @@ std::vector<Found> discover(Search search) {
         }
     }
     return std::move(cameras).sorted();
+}
+
+Arrivals::Arrivals() : socket_(::socket(AF_PACKET, SOCK_DGRAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0)) {
+    sock_filter camerasAlone[] = {
+        BPF_STMT(BPF_LD | BPF_B | BPF_ABS, 9), // of the IP header, which has no options
+        BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, IPPROTO_UDP, 0, 3),
+        BPF_STMT(BPF_LD | BPF_H | BPF_ABS, kIpHeader),
+        BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, kPort, 0, 1),
+        BPF_STMT(BPF_RET | BPF_K, UINT32_MAX),
+        BPF_STMT(BPF_RET | BPF_K, 0),
+    };
+    const sock_fprog filter{std::size(camerasAlone), camerasAlone};
+    sockaddr_ll everywhere{};
+    everywhere.sll_family = AF_PACKET;
+    everywhere.sll_protocol = htons(ETH_P_IP);
+    if (setsockopt(socket_.get(), SOL_SOCKET, SO_ATTACH_FILTER, &filter, sizeof filter) != 0 ||
+        bind(socket_.get(), reinterpret_cast<sockaddr *>(&everywhere), sizeof everywhere) != 0)
+        socket_ = Descriptor();
+}
+
+std::vector<Found> Arrivals::take() const {
+    std::vector<Found> found;
+    for (size_t packets = 0; packets < kMostSenders; ++packets) {
+        uint8_t packet[kHeaders + kLargestPacket];
+        sockaddr_ll from{};
+        socklen_t length = sizeof from;
+        const ssize_t size = recvfrom(socket_.get(), packet, sizeof packet, 0,
+                                      reinterpret_cast<sockaddr *>(&from), &length);
+        if (size < 0)
+            break;
+        if (from.sll_pkttype != PACKET_HOST || static_cast<size_t>(size) < kHeaders)
+            continue;
+        const auto answer = parseAnswer(packet + kHeaders, static_cast<size_t>(size) - kHeaders);
+        const auto identity = answer ? parseIdentity(*answer) : std::nullopt;
+        if (identity && identity->address == get32(packet + kIpSource))
+            found.push_back({*identity, 0, static_cast<uint32_t>(from.sll_ifindex)});
+    }
+    return found;
 }
 
 } // namespace gvcp

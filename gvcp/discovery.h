@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "gvcp/descriptor.h"
 #include "gvcp/network.h"
 #include "gvcp/packets.h"
 
@@ -28,6 +29,8 @@ struct Search {
     std::vector<Interface> interfaces;
     /** Cameras that are asked directly. If only these are asked, waiting ends with their answers. */
     std::vector<uint32_t> addresses;
+    /** A sender counts once for each MAC address: cameras may have the same address. */
+    bool sharedAddresses = false;
 };
 
 /** A camera that answered. */
@@ -47,6 +50,22 @@ struct Found {
  * \throw std::system_error  nothing could be asked
  */
 std::vector<Found> discover(Search search);
+
+/**
+ * Hears the answers to searches as they come to this computer, in front of what may drop them: the
+ * kernel's filters and firewalls. That takes a privilege.
+ */
+class Arrivals {
+public:
+    Arrivals(); ///< from here on
+    bool hears() const { return static_cast<bool>(socket_); }
+
+    /** What has come so far, bounded, from the addresses that it claims; Found::host is not known. */
+    std::vector<Found> take() const;
+
+private:
+    Descriptor socket_;
+};
 
 } // namespace gvcp
 

@@ -236,6 +236,19 @@ TEST_F(Discovery, CountsASenderOnceHoweverManyCamerasItMakesUp) {
     EXPECT_THAT(found(), ElementsAre("127.0.0.2 real", "127.0.0.66 fake"));
 }
 
+TEST_F(Discovery, TellsCamerasThatShareAnAddressApartWhereThatIsAskedForAndNoMoreThanABound) {
+    answer([](const Received &command) {
+        Replies replies{cameraAt(command, kFirst, "real")};
+        for (uint32_t i = 0; i < 50; ++i)
+            replies.push_back({identityOf(command, kFlooder, i / 2, "fake"), 0ms, kFlooder});
+        return replies;
+    });
+    for (const bool shared : {false, true}) {
+        search.sharedAddresses = shared;
+        EXPECT_EQ(1 + (shared ? kMostPacketsOfSender / 2U : 1U), found().size());
+    }
+}
+
 TEST_F(Discovery, FindsACameraInAFloodThatLastsAsLongAsItselfAndIsNotHeldUpByIt) {
     for (const bool expected : {false, true}) {
         std::atomic<bool> over{false};
