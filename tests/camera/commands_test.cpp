@@ -46,6 +46,7 @@ TEST_F(Commands, AreNoMoreThanTheWorkNeeds) {
 TEST_F(Commands, WriteNothingWhereACameraIsOnlyLookedAt) {
     for (const Command &command : {Command{"get", "S1234"},
                                    {"list"},
+                                   {"address", "S1234"},
                                    {"gamma", "S1234"},
                                    {"lut", "S1234"},
                                    {"auto", "S1234"},
