@@ -141,6 +141,16 @@ bool isNear(uint32_t a, uint32_t b, uint32_t mask) {
     return ((a ^ b) & mask) == 0;
 }
 
+template <class Work>
+bool isDone(Work work) {
+    try {
+        work();
+        return true;
+    } catch (const gvcp::Error &) {
+        return false;
+    }
+}
+
 // Throws when the camera would be cut off. Returns the index of the interface where it is.
 uint32_t requireSafe(const Found &camera, const Reach &to, bool evenIfLost) {
     std::string why = "it is in no network of this computer's interface where the camera is";
@@ -192,20 +202,21 @@ void change(const Found &camera, const Request &request) {
                                                    "address' shows which it knows.");
     if (after[7] & gvcp::kPersistent)
         requireSafe(camera, {after[4], after[5], after[6]}, request.evenIfLost);
-    size_t begun = 0;
     const auto write = [&](size_t i, const std::vector<uint32_t> &words) {
         if (before[4 + i] != after[4 + i])
             channel.writeRegister(kKept[i], words[4 + i]);
     };
     try {
-        while (begun < std::size(kKept))
-            write(begun++, after);
+        for (size_t i = 0; i < std::size(kKept); ++i)
+            write(i, after);
         if (registersOf(camera, channel) != after)
             throw gvcp::Error(gvcp::Cause::Refused, "it says that it takes this, and does not");
     } catch (const gvcp::Error &) {
         waitInSpiteOfAll();
-        while (begun > 0)
-            write(--begun, before);
+        for (size_t i = std::size(kKept); i-- > 0;)
+            (void)isDone([&] { write(i, before); });
+        if (!isDone([&] { after = registersOf(camera, channel); }) || after != before)
+            tell("what had been set cannot be put back; 'kxinfo address' shows what there is.");
         throw;
     }
 }
