@@ -137,10 +137,6 @@ gvcp::Search searchFor(uint32_t address) {
     return search;
 }
 
-bool isNear(uint32_t a, uint32_t b, uint32_t mask) {
-    return ((a ^ b) & mask) == 0;
-}
-
 template <class Work>
 bool isDone(Work work) {
     try {
@@ -153,33 +149,35 @@ bool isDone(Work work) {
 
 // Throws when the camera would be cut off. Returns the index of the interface where it is.
 uint32_t requireSafe(const Found &camera, const Reach &to, bool evenIfLost) {
-    std::string why = "it is in no network of this computer's interface where the camera is";
-    std::string other;
-    uint32_t index = camera.interface;
+    using gvcp::Interface;
     const auto up = gvcp::interfacesUp();
-    for (const gvcp::Interface &interface : up)
-        if (index == 0 && interface.address == camera.host)
-            index = interface.index;
-    for (const gvcp::Interface &interface : up) {
-        if (interface.address == to.address)
-            other = "this computer";
-        if (interface.index == index && isNear(interface.address, to.address, to.mask) &&
-            isNear(interface.address, to.address, interface.mask) &&
-            isHost(to.address, interface.mask))
-            why.clear();
-    }
-    if (why.empty() && to.gateway &&
-        (!isNear(to.gateway, to.address, to.mask) || to.gateway == to.address ||
-         !isHost(to.gateway, to.mask)))
+    uint32_t index = camera.interface;
+    for (const Interface &each : up)
+        if (index == 0 && each.address == camera.host)
+            index = each.index;
+    if (evenIfLost)
+        return index;
+    const auto isNear = [&](uint32_t other, uint32_t mask) {
+        return ((other ^ to.address) & mask) == 0;
+    };
+    std::string why;
+    if (std::none_of(up.begin(), up.end(), [&](const Interface &each) {
+            return each.index == index && isNear(each.address, to.mask | each.mask) &&
+                   isHost(to.address, each.mask);
+        }))
+        why = "it is in no network of this computer's interface where the camera is";
+    else if (std::any_of(up.begin(), up.end(),
+                         [&](const Interface &each) { return each.address == to.address; }))
+        why = "this computer has it";
+    else if (to.gateway && (!isNear(to.gateway, to.mask) || to.gateway == to.address ||
+                            !isHost(to.gateway, to.mask)))
         why = "its gateway " + gvcp::dotted(to.gateway) + " is no other host of its network";
-    if (!evenIfLost && why.empty() && other.empty())
+    else
         for (const Found &found : gvcp::discover(searchFor(to.address)))
             if (found.identity.address == to.address &&
                 macOf(found.identity) != macOf(camera.identity))
-                other = nameFor(found);
-    if (!other.empty())
-        why = other + " has it";
-    if (!why.empty() && !evenIfLost)
+                why = nameFor(found) + " has it";
+    if (!why.empty())
         throw Error(kWrongUsage, gvcp::dotted(to.address) + " would cut the camera off: " + why +
                                      ". Choose another, or add --even-if-lost.");
     return index;
@@ -255,8 +253,9 @@ int address(const Request &request) {
     if (!request.gateway.empty() && request.set.empty() && request.force.empty())
         throw Error(kWrongUsage, "--gateway goes with --set or --force.");
     stopWaitingWhen(stopOnSignals());
-    Found camera = chosenCamera(request.camera);
+    Found camera{};
     try {
+        camera = chosenCamera(request.camera);
         if (!request.force.empty()) {
             camera = force(camera, request);
             tell(nameFor(camera) + " has this address until it restarts; --set is for good.");

@@ -539,6 +539,7 @@ TEST_F(Forcing, NamesTheCameraAndWhatLeadsToItAndHearsFromItsOldOrNewAddress) {
         EXPECT_EQ(peer::AccessDenied, force());
         ASSERT_EQ(1u, network.received().size());
         EXPECT_EQ(4, network.received()[0].command);
+        EXPECT_EQ(0x11, network.received()[0].flags); // it may broadcast the answer
         EXPECT_EQ(payload, network.received()[0].payload);
     }
 }
