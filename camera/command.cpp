@@ -56,6 +56,8 @@ const Program kKxinfo = {
         {"save", "Writes the settings of a camera to a file", declareSave},
         {"restore", "Sets a camera to what a file holds", declareRestore},
         {"diff", "Tells in what cameras or files differ", declareDiff},
+        {"address", "Shows how a camera gets its address, sets that, or gives it one",
+         declareAddress},
         {"probe", "Runs a plug-in as its host does, and shows what it publishes", declareProbe},
     }};
 

@@ -17,6 +17,7 @@ extern const Program kKxinfo;
 
 Run declareList(CLI::App &command);
 Run declareProbe(CLI::App &command);
+Run declareAddress(CLI::App &command);
 Run declareGet(CLI::App &command);
 Run declareSet(CLI::App &command);
 Run declareGamma(CLI::App &command);

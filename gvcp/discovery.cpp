@@ -176,12 +176,13 @@ bool receive(Line &line, uint16_t requestId, const Search &search, Cameras &came
         if (line.shutOut.size() == 1)
             ask(line, search, requestId);
     }
-    if ((sender.counted && !search.sharedAddresses) || sender.packets > kMostPacketsOfSender)
+    if (sender.packets > kMostPacketsOfSender)
         return true;
     const auto answer = parseAnswer(packet, static_cast<size_t>(size));
     const auto identity =
         answer && answer->requestId == requestId ? parseIdentity(*answer) : std::nullopt;
-    if (!identity || identity->address != address || ntohs(from.sin_port) != kPort)
+    if (!identity || identity->address != address || ntohs(from.sin_port) != kPort ||
+        (sender.counted && !search.sharedAddresses && search.mac != macOf(*identity)))
         return true;
     Found found{*identity, line.interface.address, line.interface.index};
     if (line.interface.index == 0) {
@@ -276,6 +277,43 @@ std::vector<Found> Arrivals::take() const {
             found.push_back({*identity, 0, static_cast<uint32_t>(from.sll_ifindex)});
     }
     return found;
+}
+
+std::optional<uint16_t> forceAddress(const Found &camera, const Reach &to) {
+    std::array<uint8_t, 56> payload{};
+    put32(&payload[0], camera.identity.macHigh);
+    put32(&payload[4], camera.identity.macLow);
+    put32(&payload[20], to.address);
+    put32(&payload[36], to.mask);
+    put32(&payload[52], to.gateway);
+    const auto requestId = static_cast<uint16_t>(1 + std::random_device()() % UINT16_MAX);
+    Packet command = makeCommand(kForceIp, requestId, payload.data(), payload.size());
+    command.bytes[1] |= kAnswerMayBeBroadcast;
+    // Of the interface's addresses it has none, so that it hears broadcasts.
+    const Descriptor socket = openSocket(INADDR_ANY);
+    const auto on = static_cast<int>(camera.interface);
+    if (!socket || setsockopt(socket.get(), SOL_SOCKET, SO_BINDTOIFINDEX, &on, sizeof on) != 0)
+        throw std::system_error(errno, std::generic_category(), "open a socket");
+    for (const auto wait : Waits().answer) {
+        if (!send(socket, INADDR_BROADCAST, command))
+            throw std::system_error(errno, std::generic_category(), "give a camera an address");
+        for (const auto end = Clock::now() + wait; !stopAsked() && Clock::now() < end;) {
+            pollfd waits{socket.get(), POLLIN, 0};
+            poll(&waits, 1, static_cast<int>(std::chrono::milliseconds(kSlice).count()));
+            uint8_t packet[kLargestPacket];
+            sockaddr_in from{};
+            socklen_t length = sizeof from;
+            const ssize_t size = recvfrom(socket.get(), packet, sizeof packet, MSG_DONTWAIT,
+                                          reinterpret_cast<sockaddr *>(&from), &length);
+            const auto answer = parseAnswer(packet, size < 0 ? 0 : static_cast<size_t>(size));
+            const uint32_t sender = ntohl(from.sin_addr.s_addr);
+            if (answer && answer->command == (kForceIp | 1) && answer->requestId == requestId &&
+                (sender == camera.identity.address || sender == to.address) &&
+                ntohs(from.sin_port) == kPort)
+                return answer->status;
+        }
+    }
+    return std::nullopt;
 }
 
 } // namespace gvcp

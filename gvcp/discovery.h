@@ -67,6 +67,20 @@ private:
     Descriptor socket_;
 };
 
+/** What leads to a camera; gateway 0: none. */
+struct Reach {
+    uint32_t address, mask, gateway;
+};
+
+/**
+ * Gives a camera another address, which it keeps until it restarts, by a broadcast on the network
+ * interface where it is: wherever its present address leads, and whoever else has that.
+ *
+ * \return the status that it answers; nothing when it does not in time, or is no longer waited for
+ * \throws std::system_error  nothing could be sent
+ */
+std::optional<uint16_t> forceAddress(const Found &camera, const Reach &to);
+
 } // namespace gvcp
 
 #endif

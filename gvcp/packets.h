@@ -24,6 +24,7 @@ static_assert(kLargestBlock + 4 == kLargestPayload, "an address stands before a 
 /** Commands; a command's answer has the next number. */
 enum Command : uint16_t {
     kDiscovery = 0x0002,
+    kForceIp = 0x0004,
     kReadRegister = 0x0080,
     kWriteRegister = 0x0082,
     kReadMemory = 0x0084,
@@ -43,12 +44,19 @@ enum Status : uint16_t {
 
 /** Bootstrap registers: those that every camera has at the same place. */
 namespace bootstrap {
+constexpr uint32_t kMacHigh = 0x0008, kMacLow = 0x000c;
+constexpr uint32_t kKnownWays = 0x0010, kWays = 0x0014; /**< see AddressWay */
+constexpr uint32_t kAddress = 0x0024, kMask = 0x0034, kGateway = 0x0044;
+constexpr uint32_t kOwnAddress = 0x064c, kOwnMask = 0x065c, kOwnGateway = 0x066c; /**< persistent */
 constexpr uint32_t kCapability = 0x0934;
 constexpr uint32_t kHeartbeatTimeout = 0x0938; /**< milliseconds */
 constexpr uint32_t kControlPrivilege = 0x0a00;
 constexpr uint32_t kControllerPort = 0x0a04;
 constexpr uint32_t kControllerAddress = 0x0a14;
 } // namespace bootstrap
+
+/** Ways in which a camera gets its address when it starts, in the order in which it tries them. */
+enum AddressWay : uint32_t { kPersistent = 1, kDhcp = 2, kLinkLocal = 4 };
 
 /** Bits of the control privilege register. */
 constexpr uint32_t kExclusiveAccess = 1;
@@ -58,6 +66,9 @@ constexpr uint32_t kControlAccess = 2;
 constexpr uint32_t kCanConcatenate = 1u << 0; /**< several registers in one command */
 constexpr uint32_t kCanWriteMemory = 1u << 1;
 constexpr uint32_t kTellsController = 1u << 27; /**< address and port of who controls it */
+
+/** A flag of commands: a camera that has no way to the sender may broadcast its answer. */
+constexpr uint8_t kAnswerMayBeBroadcast = 0x10;
 
 /** A command, ready to be sent. */
 struct Packet {
@@ -93,6 +104,7 @@ struct Identity {
     uint32_t macHigh; /**< upper 16 bits */
     uint32_t macLow;  /**< lower 32 bits */
     uint32_t deviceMode;
+    uint32_t knownWays, ways;                                   /**< see AddressWay */
     std::string manufacturer, model, version, serial, userName; /**< as sent, without the NUL */
 };
 

@@ -30,6 +30,15 @@ std::string localUrl(const std::string &file, uint32_t address, size_t size) {
     return "Local:" + file + place;
 }
 
+// Whether one host can have an address of this network: no broadcast, multicast or reserved one, nor
+// the network's own.
+bool isForOneHost(uint32_t address, uint32_t mask) {
+    const uint32_t hosts = ~mask;
+    const uint32_t host = address & hosts;
+    return address >> 24 != 0 && address >> 24 < 224 && (hosts & (hosts + 1)) == 0 && host != 0 &&
+           host != hosts;
+}
+
 Bytes indexOf(size_t done) {
     Bytes payload;
     append16(payload, 0);
@@ -103,8 +112,9 @@ void Camera::mapBootstrap(const Quirks &quirks) {
     number(kDeviceMode, quirks.isLittleEndian ? 0x00000001 : 0x80000001, Memory::kRead);
     number(kMacHigh, 0x0200, Memory::kRead); // a locally administered MAC address
     number(kMacLow, identity_.address, Memory::kRead);
-    number(kSupportedIpConfiguration, 0x00000005, Memory::kRead); // persistent, link-local
-    number(kCurrentIpConfiguration, 0x00000005, Memory::kRead);
+    number(kSupportedIpConfiguration, way::kPersistent | way::kDhcp | way::kLinkLocal,
+           Memory::kRead);
+    number(kCurrentIpConfiguration, way::kPersistent | way::kLinkLocal, Memory::kReadWrite);
     number(kCurrentIp, identity_.address, Memory::kRead);
     number(kCurrentSubnet, 0xFF000000, Memory::kRead);
     text(kManufacturerName, 32, identity_.vendor, Memory::kRead);
@@ -197,6 +207,7 @@ bool Camera::isSilent() const {
 Outcome Camera::receive(const uint8_t *packet, size_t size, const Endpoint &sender,
                         Delivery delivery, Clock::time_point now) {
     now_ = now;
+    forcedTo_.reset();
     expireControl();
     Outcome outcome;
     if (isSilent()) {
@@ -225,6 +236,7 @@ Outcome Camera::receive(const uint8_t *packet, size_t size, const Endpoint &send
     const auto done = [&](const Bytes &answer) {
         outcome.kind = Outcome::Kind::Done;
         outcome.status = static_cast<Status>(load16(answer.data()));
+        outcome.forcedTo = forcedTo_;
         count(request.command, outcome.status);
         if (!acknowledge)
             return outcome;
@@ -303,9 +315,9 @@ Camera::Reply Camera::discover() const {
     return {Status::Success, memory_.peek(bootstrap::kVersion, bootstrap::kDiscoveryEnd)};
 }
 
-// A camera's address is the socket's: it is confirmed, or left to DHCP and the like, not changed.
-// The command is broadcast, and meant for the camera whose MAC address it names.
-std::optional<Camera::Reply> Camera::forceIp(const Request &request) const {
+// The command is broadcast, and meant for the camera whose MAC address it names. Without an address
+// it asks the camera to get one by itself: it stays where it is.
+std::optional<Camera::Reply> Camera::forceIp(const Request &request) {
     if (request.size != 56)
         return Reply{Status::InvalidParameter, {}};
     if (load16(request.payload + 2) != memory_.peek32(bootstrap::kMacHigh) ||
@@ -313,10 +325,21 @@ std::optional<Camera::Reply> Camera::forceIp(const Request &request) const {
         return std::nullopt;
     if (controller_)
         return Reply{Status::AccessDenied, {}};
-    const uint32_t address = load32(request.payload + 20);
-    if (address != 0 && address != identity_.address)
-        return Reply{Status::NotImplemented, {}};
+    const Place place{load32(request.payload + 20), load32(request.payload + 36),
+                      load32(request.payload + 52)};
+    if (place.address == 0)
+        return Reply{};
+    if (!isForOneHost(place.address, place.mask))
+        return Reply{Status::InvalidParameter, {}};
+    forcedTo_ = place;
     return Reply{};
+}
+
+void Camera::moveTo(const Place &place) {
+    identity_.address = place.address;
+    memory_.poke32(bootstrap::kCurrentIp, place.address);
+    memory_.poke32(bootstrap::kCurrentSubnet, place.mask);
+    memory_.poke32(bootstrap::kCurrentGateway, place.gateway);
 }
 
 Camera::Reply Camera::readRegisters(const Request &request) const {
@@ -409,6 +432,10 @@ Status Camera::write(uint32_t address, const uint8_t *bytes, uint32_t size,
 
     if (address == bootstrap::kTimestampControl)
         writeTimestampControl(load32(bytes));
+    if (address == bootstrap::kCurrentIpConfiguration)
+        memory_.poke32(address,
+                       (load32(bytes) & memory_.peek32(bootstrap::kSupportedIpConfiguration)) |
+                           way::kLinkLocal);
     if (address == bootstrap::kHeartbeatTimeout)
         memory_.poke32(address, std::max(load32(bytes), kShortestHeartbeatMs));
     return Status::Success;

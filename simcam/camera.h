@@ -68,6 +68,13 @@ struct Counts {
     }
 };
 
+/** How a camera is reached; numbers in host byte order, gateway 0: none. */
+struct Place {
+    uint32_t address = 0;
+    uint32_t mask = 0;
+    uint32_t gateway = 0;
+};
+
 /** What became of a packet that arrived at a camera. */
 struct Outcome {
     enum class Kind {
@@ -81,6 +88,7 @@ struct Outcome {
     bool isRepeated = false;         // a retransmission, answered from memory
     std::optional<Bytes> answer;     // goes back to the sender, from the camera's address and port
     AnswerFaults befallen;           // on its way there
+    std::optional<Place> forcedTo;   // a good FORCEIP: moveTo() once it can be reached there
 };
 
 /**
@@ -112,6 +120,9 @@ public:
     /** The one way in. */
     Outcome receive(const uint8_t *packet, size_t size, const Endpoint &sender, Delivery delivery,
                     Clock::time_point now);
+
+    /** From here on the camera has another address. Its MAC address stays. */
+    void moveTo(const Place &place);
 
     /** Whether the camera has died and left the network: nobody must listen at its address. */
     bool isGone() const;
@@ -155,7 +166,7 @@ private:
     bool can(uint32_t capability) const;
     static Reply nack(const Request &request);
     Reply discover() const;
-    std::optional<Reply> forceIp(const Request &request) const;
+    std::optional<Reply> forceIp(const Request &request);
     Reply readRegisters(const Request &request) const;
     Reply writeRegisters(const Request &request);
     Reply readMemory(const Request &request) const;
@@ -179,7 +190,8 @@ private:
     std::set<uint32_t> kept_;      // registers of the description that are the camera's own
     std::vector<uint32_t> turned_; // words that READMEM has in little-endian order, sorted
 
-    Clock::time_point now_; // of the packet being handled
+    Clock::time_point now_;         // of the packet being handled
+    std::optional<Place> forcedTo_; // by it
     Clock::time_point timestampStart_;
 
     std::optional<Endpoint> controller_;

@@ -3,6 +3,8 @@
 
 #include <unistd.h>
 
+#include <utility>
+
 namespace simcam {
 
 /** A file descriptor that is closed with its owner. */
@@ -13,7 +15,10 @@ public:
     Descriptor(Descriptor &&other) noexcept : fd_(other.fd_) { other.fd_ = -1; }
     Descriptor(const Descriptor &) = delete;
     Descriptor &operator=(const Descriptor &) = delete;
-    Descriptor &operator=(Descriptor &&) = delete;
+    Descriptor &operator=(Descriptor &&other) noexcept {
+        std::swap(fd_, other.fd_);
+        return *this;
+    }
 
     int get() const { return fd_; }
 

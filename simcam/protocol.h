@@ -104,6 +104,13 @@ constexpr uint32_t kSerialNumber = 1u << 30;
 constexpr uint32_t kUserDefinedName = 1u << 31;
 } // namespace capability
 
+// Bits of the IP configuration registers: the ways in which a camera gets its address when it starts.
+namespace way {
+constexpr uint32_t kPersistent = 0x1;
+constexpr uint32_t kDhcp = 0x2;
+constexpr uint32_t kLinkLocal = 0x4; // no camera is without
+} // namespace way
+
 // Values of the control channel privilege register.
 constexpr uint32_t kExclusiveAccess = 0x1;
 constexpr uint32_t kControlAccess = 0x2;

@@ -1,5 +1,6 @@
 #include "server.h"
 
+#include "text.h"
 #include "values.h"
 
 #include <arpa/inet.h>
@@ -137,7 +138,11 @@ void Server::receive(size_t camera, const uint8_t *packet, size_t size, const En
     if (cameras_[camera].isGone())
         return; // nobody is there
     const auto now = Clock::now();
-    const Outcome outcome = cameras_[camera].receive(packet, size, sender, delivery, now);
+    Outcome outcome = cameras_[camera].receive(packet, size, sender, delivery, now);
+    if (outcome.forcedTo && !move(camera, *outcome.forcedTo)) {
+        outcome.kind = Outcome::Kind::Dropped;
+        outcome.answer.reset();
+    }
     if (isWatched_) {
         std::printf(
             "%s\n",
@@ -152,6 +157,25 @@ void Server::receive(size_t camera, const uint8_t *packet, size_t size, const En
     if (cameras_[camera].isSilent())
         outbox_.endPending(camera);
     closeIfLeaving(camera);
+}
+
+bool Server::move(size_t camera, const Place &place) {
+    Camera &moving = cameras_[camera];
+    try {
+        if (place.address != moving.identity().address) {
+            const std::string purpose = "camera " + moving.identity().serial + " stays at " +
+                                        dotted(moving.identity().address);
+            Descriptor socket = openSocket(place.address, kPort, false, purpose);
+            if (otherPorts_[camera].get() >= 0)
+                otherPorts_[camera] = openSocket(place.address, kAnyPort, false, purpose);
+            sockets_[camera] = std::move(socket);
+        }
+    } catch (const std::runtime_error &why) {
+        std::fprintf(stderr, "kxinfo-simcam: %s\n", printable(why.what()).c_str());
+        return false;
+    }
+    moving.moveTo(place);
+    return true;
 }
 
 void Server::sendDue() {

@@ -34,6 +34,12 @@ private:
     void receive(size_t camera, const uint8_t *packet, size_t size, const Endpoint &sender,
                  Delivery delivery);
 
+    /**
+     * Has a camera be reached at another address of this host. Where there is no such address, or
+     * another camera has it, the camera stays, and that is said on standard error.
+     */
+    bool move(size_t camera, const Place &place);
+
     /** Sends the packets whose time has come. */
     void sendDue();
     void send(const Outbox::Packet &packet);

@@ -47,6 +47,7 @@ TEST_F(Commands, WriteNothingWhereACameraIsOnlyLookedAt) {
     for (const Command &command : {Command{"get", "S1234"},
                                    {"list"},
                                    {"doctor"},
+                                   {"address", "S1234"},
                                    {"gamma", "S1234"},
                                    {"lut", "S1234"},
                                    {"auto", "S1234"},

@@ -171,7 +171,8 @@ bool isCamerasOwn(std::uint32_t address, std::uint32_t value) {
 
 bool isReadOnly(std::uint32_t address) {
     using namespace bootstrap;
-    return (address < 0x10000 && address != kHeartbeatTimeout && address != kPersistentIp &&
+    return (address < 0x10000 && address != kHeartbeatTimeout &&
+            address != kCurrentIpConfiguration && address != kPersistentIp &&
             address != kPersistentSubnet && address != kPersistentGateway &&
             address != kStreamHostPort && address != kStreamPacketSize &&
             address != kStreamPacketDelay && address != kStreamDestination &&
@@ -194,6 +195,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     Watcher watcher;
     static const Words before = network.words();
     std::map<std::uint32_t, std::set<std::uint32_t>> allowed;
+    Words forced; // by the last FORCEIP
 
     bool controlled = false;
     Endpoint controller{};
@@ -241,7 +243,19 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
             tookControl = tookControl || (address == kControl && (value & 3) != 0);
             if (couldWrite && (controlled || tookControl) && delivery == Delivery::Unicast)
                 allowed[address].insert(
-                    address == bootstrap::kHeartbeatTimeout ? std::max(value, 500u) : value);
+                    address == bootstrap::kHeartbeatTimeout         ? std::max(value, 500u)
+                    : address == bootstrap::kCurrentIpConfiguration ? (value & 7) | 4
+                                                                    : value);
+        }
+        if (outcome.forcedTo) {
+            MUST(load16(exact.data() + 2) == 4 && exact.size() == 64 && !controlled,
+                 "a FORCEIP moves a free camera, nothing else");
+            MUST(load32(exact.data() + 12) == 0x7F000002, "... and the one that it names");
+            MUST(outcome.forcedTo->address >> 24 < 224, "... to an address that one host can have");
+            network.camera.moveTo(*outcome.forcedTo);
+            forced[bootstrap::kCurrentIp] = outcome.forcedTo->address;
+            forced[bootstrap::kCurrentSubnet] = outcome.forcedTo->mask;
+            forced[bootstrap::kCurrentGateway] = outcome.forcedTo->gateway;
         }
         MUST(hasControl == controlled || (couldWrite && !values.empty()),
              "control changes by a write of its owner's, or to a free camera");
@@ -257,11 +271,15 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     MUST(network.control() == 0, "control ends with the heartbeat");
     for (const auto &[address, value] : network.words()) {
         const std::uint32_t first = before.at(address);
-        if (value == first || isCamerasOwn(address, value))
-            continue;
-        MUST(!isReadOnly(address), "0x%X is read-only: 0x%X became 0x%X", address, first, value);
-        MUST(allowed[address].count(value), "0x%X holds 0x%X, which no controller wrote", address,
-             value);
+        const auto moved = forced.find(address);
+        if (moved != forced.end())
+            MUST(value == moved->second, "0x%X is what FORCEIP said last", address);
+        else if (value != first && !isCamerasOwn(address, value)) {
+            MUST(!isReadOnly(address), "0x%X is read-only: 0x%X became 0x%X", address, first,
+                 value);
+            MUST(allowed[address].count(value), "0x%X holds 0x%X, which no controller wrote",
+                 address, value);
+        }
     }
     network.camera.snapshot(network.now);
     return 0;

@@ -288,6 +288,7 @@ void Device::receive(const gvcp::Descriptor &socket) {
     Received command{get16(packet + 2), get16(packet + 6), Bytes(packet + kHeader, packet + size),
                      from, std::chrono::seconds(at.tv_sec) + std::chrono::nanoseconds(at.tv_nsec)};
     command.broadcast = &socket == &broadcasts_;
+    command.flags = packet[1];
     const Good good{[this, &command] {
         const std::lock_guard<std::mutex> lock(mutex_);
         return goodAnswer(command);

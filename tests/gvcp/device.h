@@ -69,6 +69,7 @@ struct Received {
     sockaddr_in from;
     std::chrono::nanoseconds at; /**< when it was sent, as the kernel says */
     bool broadcast = false;
+    uint8_t flags = 0;
     bool repeated = false; /**< the one before had the same request id and sender */
     int number = 0;        /**< from 1 on; a repetition has that of what it repeats, discovery 0 */
 

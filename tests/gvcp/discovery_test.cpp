@@ -507,4 +507,74 @@ TEST_F(Discovery, EndsWhenAStopIsAskedFor) {
     stopWhen(nullptr);
 }
 
+TEST_F(Discovery, FindsTheOneOfTwoCamerasAtOneAddressThatIsNamedByItsMac) {
+    answer([](const Received &command) {
+        return Replies{{identityOf(command, kFirst, 1, "one"), 0ms, kFirst},
+                       {identityOf(command, kFirst, 2, "two"), 0ms, kFirst}};
+    });
+
+    search.mac = 2;
+
+    EXPECT_THAT(found(), ElementsAre("127.0.0.2 two"));
+}
+
+// A camera that is forced to 127.0.0.9.
+class Forcing : public Discovery {
+protected:
+    Forcing() {
+        camera.identity.address = kFirst;
+        camera.identity.macHigh = 0x0102;
+        camera.identity.macLow = 0x03040506;
+        camera.interface = interfacesUp()[0].index;
+    }
+
+    std::optional<uint16_t> force() {
+        return forceAddress(camera, {0x7f000009, 0xff000000, 0x7f000001});
+    }
+
+    Found camera{};
+};
+
+TEST_F(Forcing, NamesTheCameraAndWhatLeadsToItAndHearsFromItsOldOrNewAddress) {
+    Bytes payload(56);
+    const auto put = [&](size_t at, const Bytes &bytes) {
+        std::copy(bytes.begin(), bytes.end(), payload.begin() + static_cast<long>(at));
+    };
+    put(2, {1, 2, 3, 4, 5, 6});
+    put(20, {127, 0, 0, 9});
+    put(36, {255, 0, 0, 0});
+    put(52, {127, 0, 0, 1});
+    for (const uint32_t from : {kFirst, 0x7f000009u}) {
+        network.forget();
+        answer([=](const Received &command) {
+            return Replies{{refusalOf(command, peer::AccessDenied), 0ms, from}};
+        });
+        EXPECT_EQ(peer::AccessDenied, force());
+        ASSERT_EQ(1u, network.received().size());
+        EXPECT_EQ(4, network.received()[0].command);
+        EXPECT_EQ(0x11, network.received()[0].flags); // it may broadcast the answer
+        EXPECT_EQ(payload, network.received()[0].payload);
+    }
+}
+
+TEST_F(Forcing, IsRepeatedAndEndsWhateverElseAnswers) {
+    answer([](const Received &command) {
+        Received other = command;
+        ++other.id;
+        Received discovery = command;
+        discovery.command = peer::Discovery;
+        return Replies{{answerTo(other, {}), 0ms, kFirst},
+                       {answerTo(discovery, {}), 0ms, kFirst},
+                       {answerTo(command, {}), 0ms, kFirst, 4000},
+                       {answerTo(command, {}), 0ms, kFlooder},
+                       {{}, 0ms, kFirst}};
+    });
+    const auto start = std::chrono::steady_clock::now();
+
+    EXPECT_EQ(std::nullopt, force());
+
+    EXPECT_EQ(Waits().answer.size(), network.received().size());
+    EXPECT_LT(std::chrono::steady_clock::now() - start, 10s);
+}
+
 } // namespace

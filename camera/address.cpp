@@ -1,0 +1,294 @@
+// kxinfo address: how a camera gets its address, by the standard's registers and FORCEIP alone: it
+// needs no description, and works on a camera that cannot be reached.
+
+#include <algorithm>
+#include <charconv>
+#include <memory>
+#include <thread>
+
+#include "camera/command.h"
+#include "camera/find.h"
+#include "cli/json.h"
+#include "gvcp/channel.h"
+#include "gvcp/environment.h"
+
+namespace kxinfo {
+
+namespace {
+
+using namespace gvcp::bootstrap;
+using gvcp::Found;
+using gvcp::Reach;
+
+// A camera that was given an address is waited for as long as so many searches take.
+constexpr int kMostLooks = 10;
+constexpr std::chrono::milliseconds kBetweenLooks{100};
+
+const Words kWayNames = {"persistent", "dhcp", "link-local"}; // by bit of gvcp::AddressWay
+
+struct Request {
+    CameraArgument camera;
+    std::string set, force, gateway;
+    Words ways;
+    bool evenIfLost = false, json = false;
+};
+
+// What is kept for the next start, in the order of writing: the ways last.
+constexpr uint32_t kKept[] = {kOwnAddress, kOwnMask, kOwnGateway, gvcp::bootstrap::kWays};
+
+std::string nameFor(const Found &camera) {
+    return "camera " + nameOf(camera.identity).serial + " (" + macText(macOf(camera.identity)) +
+           ")";
+}
+
+// Of one host: neither multicast and the like, nor the network's own or its broadcast address.
+bool isHost(uint32_t address, uint32_t mask) {
+    const uint32_t host = address & ~mask;
+    return address >> 24 != 0 && address >> 24 < 224 && host != 0 && host != ~mask;
+}
+
+Reach reachFrom(const std::string &text, const std::string &gatewayText) {
+    const size_t slash = std::min(text.find('/'), text.size() - 1);
+    const auto address = gvcp::addressFrom(text.substr(0, slash));
+    const auto gateway = gvcp::addressFrom(gatewayText.empty() ? "0.0.0.0" : gatewayText);
+    const char *const end = text.data() + text.size();
+    unsigned bits = 0;
+    const bool whole = std::from_chars(text.data() + slash + 1, end, bits).ptr == end;
+    const uint32_t mask = bits > 0 && bits < 31 ? UINT32_MAX << (32 - bits) : UINT32_MAX;
+    if (address && whole && isHost(*address, mask) && gateway)
+        return {*address, mask, *gateway};
+    throw Error(kWrongUsage, "\"" + shortened(gateway ? text : gatewayText) + "\" is no " +
+                                 (gateway ? "address for a camera; expected is that of one host, "
+                                            "with the bits of its network, 1 to 30, for example "
+                                            "192.168.0.10/24."
+                                          : "gateway; expected is an address."));
+}
+
+gvcp::Channel channelTo(const Found &camera, gvcp::Access access) {
+    return gvcp::Channel({camera.identity.address, camera.host, camera.interface != 0}, access);
+}
+
+// What it says of its addresses, from kKnownWays on; then what is kept.
+std::vector<uint32_t> registersOf(const Found &camera, gvcp::Channel &channel) {
+    auto words = channel.readRegisters({kMacHigh, kMacLow, kKnownWays, kAddress, kMask, kGateway,
+                                        kKept[0], kKept[1], kKept[2], kKept[3]});
+    if ((words[0] & 0xffff) != camera.identity.macHigh || words[1] != camera.identity.macLow)
+        throw gvcp::Error(gvcp::Cause::Unreachable, "another camera has its address, too");
+    words.erase(words.begin(), words.begin() + 2);
+    return words;
+}
+
+Error failure(const Found &camera, const gvcp::Error &error) {
+    stopIfAsked();
+    const bool held = error.cause() == gvcp::Cause::Controlled;
+    return {held || error.cause() == gvcp::Cause::Unreachable ? kNoCamera : kFailed,
+            nameFor(camera) + " cannot be worked on: " + error.what() +
+                (held ? ". End that program, or wait some seconds if it crashed, and try again."
+                      : ". With '--force ADDRESS' it gets an address where it can be reached.")};
+}
+
+int show(const Found &camera, bool asJson) {
+    const auto &[address, mask, gateway] =
+        std::tie(camera.identity.address, camera.identity.mask, camera.identity.gateway);
+    std::vector<uint32_t> words{camera.identity.knownWays, address, mask, gateway, 0, 0, 0,
+                                camera.identity.ways};
+    Json problem;
+    try {
+        gvcp::Channel channel = channelTo(camera, gvcp::Access::Monitor);
+        words = registersOf(camera, channel);
+    } catch (const gvcp::Error &error) {
+        problem = failure(camera, error).what();
+    }
+    Json ways;
+    std::vector<Row> rows{{{"Way", "State", "Address", "Mask", "Gateway"}, false}};
+    const auto add = [&](const std::string &way, const char *state, const uint32_t *reach) {
+        ways[way]["state"] = state;
+        rows.push_back({{way, state}, false});
+        for (const char *part : {"address", "mask", "gateway"}) {
+            const uint32_t number = reach ? *reach++ : 0;
+            ways[way][part] = number ? Json(gvcp::dotted(number)) : Json();
+            rows.back().cells.push_back(number ? gvcp::dotted(number) : kNone);
+        }
+    };
+    add("current", "in use", &words[1]);
+    for (size_t i = 0; i < kWayNames.size(); ++i)
+        add(kWayNames[i],
+            words[7] >> i & 1   ? "on"
+            : words[0] >> i & 1 ? "off"
+                                : "unsupported",
+            i == 0 ? &words[4] : nullptr);
+    const std::string serial = nameOf(camera.identity).serial;
+    writeOut(asJson ? jsonText({{"version", 1},
+                                {"serial", serial},
+                                {"mac", macText(macOf(camera.identity))},
+                                {"ways", ways},
+                                {"problem", problem}})
+                    : "Camera " + serial + "\n\n" + tableText(rows));
+    if (!problem.is_null())
+        tell(problem);
+    return problem.is_null() ? kDone : kFailed;
+}
+
+gvcp::Search searchFor(uint32_t address) {
+    gvcp::Search search = gvcp::searchFromEnvironment();
+    search.expected.reset();
+    search.serial.clear();
+    search.addresses = {address};
+    return search;
+}
+
+template <class Work>
+bool isDone(Work work) {
+    try {
+        work();
+        return true;
+    } catch (const gvcp::Error &) {
+        return false;
+    }
+}
+
+// Throws when the camera would be cut off. Returns the index of the interface where it is.
+uint32_t requireSafe(const Found &camera, const Reach &to, bool evenIfLost) {
+    using gvcp::Interface;
+    const auto up = gvcp::interfacesUp();
+    uint32_t index = camera.interface;
+    for (const Interface &each : up)
+        if (index == 0 && each.address == camera.host)
+            index = each.index;
+    if (evenIfLost)
+        return index;
+    const auto isNear = [&](uint32_t other, uint32_t mask) {
+        return ((other ^ to.address) & mask) == 0;
+    };
+    std::string why;
+    if (std::none_of(up.begin(), up.end(), [&](const Interface &each) {
+            return each.index == index && isNear(each.address, to.mask | each.mask) &&
+                   isHost(to.address, each.mask);
+        }))
+        why = "it is in no network of this computer's interface where the camera is";
+    else if (std::any_of(up.begin(), up.end(),
+                         [&](const Interface &each) { return each.address == to.address; }))
+        why = "this computer has it";
+    else if (to.gateway && (!isNear(to.gateway, to.mask) || to.gateway == to.address ||
+                            !isHost(to.gateway, to.mask)))
+        why = "its gateway " + gvcp::dotted(to.gateway) + " is no other host of its network";
+    else
+        for (const Found &found : gvcp::discover(searchFor(to.address)))
+            if (found.identity.address == to.address &&
+                macOf(found.identity) != macOf(camera.identity))
+                why = nameFor(found) + " has it";
+    if (!why.empty())
+        throw Error(kWrongUsage, gvcp::dotted(to.address) + " would cut the camera off: " + why +
+                                     ". Choose another, or add --even-if-lost.");
+    return index;
+}
+
+void change(const Found &camera, const Request &request) {
+    gvcp::Channel channel = channelTo(camera, gvcp::Access::Control);
+    const std::vector<uint32_t> before = registersOf(camera, channel);
+    std::vector<uint32_t> after = before;
+    after[7] = gvcp::kLinkLocal; // which no camera is without
+    for (const std::string &way : request.ways)
+        after[7] |= 1u << (std::find(kWayNames.begin(), kWayNames.end(), way) - kWayNames.begin());
+    if (!request.set.empty()) {
+        const Reach to = reachFrom(request.set, request.gateway);
+        after = {before[0],  before[1], before[2],  before[3],
+                 to.address, to.mask,   to.gateway, before[7] | gvcp::kPersistent};
+    }
+    if (after[7] & ~before[0])
+        throw Error(kWrongUsage, nameFor(camera) + " does not know this way to an address. 'kxinfo "
+                                                   "address' shows which it knows.");
+    if (after[7] & gvcp::kPersistent)
+        requireSafe(camera, {after[4], after[5], after[6]}, request.evenIfLost);
+    const auto write = [&](size_t i, const std::vector<uint32_t> &words) {
+        if (before[4 + i] != after[4 + i])
+            channel.writeRegister(kKept[i], words[4 + i]);
+    };
+    try {
+        for (size_t i = 0; i < std::size(kKept); ++i)
+            write(i, after);
+        if (registersOf(camera, channel) != after)
+            throw gvcp::Error(gvcp::Cause::Refused, "it says that it takes this, and does not");
+    } catch (const gvcp::Error &) {
+        waitInSpiteOfAll();
+        for (size_t i = std::size(kKept); i-- > 0;)
+            (void)isDone([&] { write(i, before); });
+        if (!isDone([&] { after = registersOf(camera, channel); }) || after != before)
+            tell("what had been set cannot be put back; 'kxinfo address' shows what there is.");
+        throw;
+    }
+}
+
+Found force(Found camera, const Request &request) {
+    const Reach to = reachFrom(request.force, request.gateway);
+    camera.interface = requireSafe(camera, to, request.evenIfLost);
+    try {
+        gvcp::Channel channel = channelTo(camera, gvcp::Access::Monitor);
+        (void)registersOf(camera, channel);
+        if (const gvcp::Controller by = channel.controller(); by.privilege)
+            throw gvcp::Controlled(by);
+    } catch (const gvcp::Controlled &) {
+        throw;
+    } catch (const gvcp::Error &) {
+        stopIfAsked(); // what cannot be reached is what this is for
+    }
+    if (const auto status = gvcp::forceAddress(camera, to).value_or(gvcp::kSuccess))
+        throw gvcp::Error(gvcp::Cause::Refused, gvcp::statusText(status));
+    gvcp::Search search = searchFor(to.address);
+    search.mac = macOf(camera.identity);
+    const auto end = std::chrono::steady_clock::now() + kMostLooks * search.window;
+    do {
+        for (const Found &found : gvcp::discover(search))
+            if (found.identity.address == to.address && macOf(found.identity) == search.mac)
+                return found;
+        std::this_thread::sleep_for(kBetweenLooks);
+    } while (std::chrono::steady_clock::now() < end);
+    throw Error(kFailed, nameFor(camera) + " has not come back at " + gvcp::dotted(to.address) +
+                             ". 'kxinfo list' shows whether it does later, or has stayed where it "
+                             "was. If it is not there, switch it off and on: this address is then "
+                             "forgotten.");
+}
+
+int address(const Request &request) {
+    if (!request.gateway.empty() && request.set.empty() && request.force.empty())
+        throw Error(kWrongUsage, "--gateway goes with --set or --force.");
+    stopWaitingWhen(stopOnSignals());
+    Found camera{};
+    try {
+        camera = chosenCamera(request.camera);
+        if (!request.force.empty()) {
+            camera = force(camera, request);
+            tell(nameFor(camera) + " has this address until it restarts; --set is for good.");
+        } else if (!request.set.empty() || !request.ways.empty()) {
+            change(camera, request);
+            tell(nameFor(camera) + " does so when it restarts: switch it off and on.");
+        }
+        return show(camera, request.json);
+    } catch (const gvcp::Error &error) {
+        throw failure(camera, error);
+    }
+}
+
+} // namespace
+
+Run declareAddress(CLI::App &command) {
+    const auto request = std::make_shared<Request>();
+    addCamera(command, request->camera);
+    const auto add = [&](const char *name, std::string &to, const char *what) {
+        return command.add_option(name, to, what)->type_name("ADDRESS");
+    };
+    const auto set = add("--set", request->set, "Start at this address, such as 192.168.0.10/24");
+    const auto force =
+        add("--force", request->force, "Have this address at once, until it restarts");
+    add("--gateway", request->gateway, "With --set or --force; none unless given");
+    const auto ways =
+        command.add_option("--ways", request->ways, "Get the address so, by one way or several");
+    ways->type_name("WAY")->delimiter(',')->allow_extra_args(false);
+    ways->transform(oneOf(kWayNames, "--ways is"))->excludes(set)->excludes(force->excludes(set));
+    command.add_flag("--even-if-lost", request->evenIfLost, "Also where it can hardly be reached");
+    command.add_flag("--json", request->json, "Write a JSON document");
+    command.footer("Example:\n  kxinfo address S1234567 --set 192.168.0.10/24");
+    return [request] { return address(*request); };
+}
+
+} // namespace kxinfo
