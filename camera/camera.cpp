@@ -1,5 +1,8 @@
 #include "camera/camera.h"
 
+#include <charconv>
+#include <set>
+
 #include "Base/GCException.h"
 #include "cli/process.h"
 #include "gvcp/network.h"
@@ -21,6 +24,26 @@ using namespace GenApi_3_0;
 namespace {
 
 const char *const kStopped = "stopped, as asked for.";
+
+// Categories one within the other; cameras have three.
+constexpr size_t kDeepestCategory = 32;
+
+// Adds a feature, or all in a category; a category may be in several others, and counts once.
+void addLeaves(const Camera &camera, const std::string &name, const Words &categories,
+               std::set<std::string> &seen, std::vector<Leaf> &leaves) {
+    const Node node = camera.node(name);
+    if (!node.isCategory())
+        return leaves.push_back({categories, name});
+    if (!seen.insert(name).second)
+        return;
+    if (categories.size() == kDeepestCategory)
+        throw Error(kFailed, "its description has more than " + std::to_string(kDeepestCategory) +
+                                 " categories one within the other.");
+    Words inside = categories;
+    inside.push_back(name);
+    for (const std::string &feature : node.features())
+        addLeaves(camera, feature, inside, seen, leaves);
+}
 
 GEV_CAMERA_INFO recordOf(const gvcp::Found &found) {
     const gvcp::Identity &identity = found.identity;
@@ -203,6 +226,15 @@ Words Node::entries() const {
     return entries;
 }
 
+Value Node::choice(const std::string &entry) const {
+    int64_t number = 0;
+    const char *const end = entry.data() + entry.size();
+    if (integer_ && std::from_chars(entry.data(), end, number).ptr == end)
+        return number;
+    return integer_ || enumeration_ ? entry
+                                    : Value(); // a text is no integer: writing it is refused
+}
+
 CameraName nameOf(const gvcp::Identity &identity) {
     return {cleaned(identity.manufacturer), cleaned(identity.model), cleaned(identity.serial),
             cleaned(identity.userName)};
@@ -225,6 +257,21 @@ Camera::~Camera() {
     (void)GevCloseCamera(&handle_);
     (void)GevApiUninitialize();
     (void)_CloseSocketAPI();
+}
+
+std::vector<Leaf> Camera::leaves(const std::string &name) const {
+    std::vector<Leaf> leaves;
+    std::set<std::string> seen;
+    addLeaves(*this, name, {}, seen, leaves);
+    return leaves;
+}
+
+std::map<std::string, Words> Camera::selectors() const {
+    std::map<std::string, Words> selectors;
+    for (const Leaf &leaf : leaves(kRoot))
+        for (const std::string &selected : node(leaf.name).selected())
+            selectors[selected].push_back(leaf.name);
+    return selectors;
 }
 
 void Camera::readAhead() const {

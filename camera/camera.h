@@ -11,6 +11,7 @@
 #include <cstdint>
 #include <exception>
 #include <functional>
+#include <map>
 #include <string>
 #include <variant>
 
@@ -65,6 +66,9 @@ public:
     /** Of an enumeration: what it may be set to now. */
     Words entries() const;
 
+    /** What stands for that choice of a selector; none: it is neither an enumeration nor an integer. */
+    Value choice(const std::string &entry) const;
+
     /** Null unless it is an integer: to be read and written many times. */
     GenApi_3_0::IInteger *integer() const { return integer_; }
 
@@ -93,6 +97,15 @@ struct CameraName {
 };
 CameraName nameOf(const gvcp::Identity &identity);
 
+/** The category with all others in it. */
+constexpr const char *kRoot = "Root";
+
+/** Where a feature stands. */
+struct Leaf {
+    Words categories; ///< from the outermost
+    std::string name;
+};
+
 class Camera {
 public:
     /** \throws Error (kNoCamera) when it cannot be opened, with why and what to do */
@@ -106,6 +119,12 @@ public:
 
     /** Its feature of that name; one of kind Missing when it has none. */
     Node node(const std::string &name) const { return Node(*nodeMap_, name); }
+
+    /** A feature, or all in a category; what is in several categories is there several times. */
+    std::vector<Leaf> leaves(const std::string &name) const;
+
+    /** The selectors of each feature that has any, by its name. */
+    std::map<std::string, Words> selectors() const;
 
     /** Before all of them are read: fetches in few commands what may be. */
     void readAhead() const;

@@ -20,15 +20,16 @@ bool isFile(const std::string &name) {
     return name == "-" || name.find('/') != name.npos || stat(name.c_str(), &about) == 0;
 }
 
-// Returns the status of a camera that failed.
-int read(const std::string &name, bool switching, SavedCamera &saved) {
-    if (isFile(name)) {
-        saved = readSettings(name);
-        return kDone;
-    }
+// Returns the status of a camera that failed. A file that it is compared with is understood by it.
+int readCamera(const std::string &name, bool switching, SavedCamera &saved, SavedCamera &other) {
     return onCamera(name, switching ? Purpose::Change : Purpose::Look,
                     [&](Camera &camera, Switches &switches) {
                         saved = readSaved(camera, switching ? &switches : nullptr, true);
+                        if (other.lines.empty())
+                            return kDone;
+                        readLines(camera, switches, switching, saved);
+                        for (SavedCamera *each : {&saved, &other})
+                            placeLines(*each, &camera);
                         return kDone;
                     });
 }
@@ -43,7 +44,7 @@ Run declareDiff(CLI::App &command) {
     const auto request = std::make_shared<Request>();
     command
         .add_option("CAMERA|FILE", request->sides,
-                    "Two cameras or files of 'kxinfo save'; - is standard input")
+                    "Two cameras or files of settings; - is standard input")
         ->type_name("")
         ->expected(2)
         ->required();
@@ -57,11 +58,18 @@ Example:
     return [request]() -> int {
         SavedCamera a, b;
         try {
-            int status = read(request->sides[0], request->switching, a);
-            if (status == kDone)
-                status = read(request->sides[1], request->switching, b);
-            if (status != kDone)
-                return status;
+            SavedCamera *const both[] = {&a, &b};
+            for (const bool files : {true, false})
+                for (const size_t i : {0, 1}) {
+                    const std::string &name = request->sides[i];
+                    if (isFile(name) != files)
+                        continue;
+                    const int status =
+                        files ? (*both[i] = readSettings(name), kDone)
+                              : readCamera(name, request->switching, *both[i], *both[1 - i]);
+                    if (status != kDone)
+                        return status;
+                }
         } catch (const Error &error) {
             throw Error(error.status() == kNoCamera ? kWrongUsage : error.status(), error.what());
         }

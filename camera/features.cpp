@@ -7,17 +7,6 @@ namespace kxinfo {
 
 namespace {
 
-constexpr Need kActive = {"autoBrightnessMode", "Active", false};
-constexpr Need kExposureIsAuto = {"ExposureAuto", "Continuous", false};
-constexpr Need kGainIsAuto = {"GainAuto", "Continuous", false};
-constexpr Need kGainOfSensor = {"GainSelector", "SensorAll", true};
-constexpr Need kLimitsOfSensor = {"gainAutoSource", "SensorAll", true};
-constexpr Need kRed = {"BalanceRatioSelector", "Red", true};
-constexpr Need kBlue = {"BalanceRatioSelector", "Blue", true};
-constexpr Need kGammaCurve = {"lutType", "GammaCorrection", false};
-constexpr Need kUsersTable = {"lutType", "UserDefined", false};
-constexpr Need k12Bits = {"lutSize", "Bpp12", true};
-
 constexpr Kind Int = Kind::Integer, Float = Kind::Float, Bool = Kind::Boolean,
                Enum = Kind::Enumeration;
 constexpr Unit None = Unit::None, px = Unit::Pixels, us = Unit::Microseconds, dB = Unit::Decibels;
@@ -36,6 +25,16 @@ const char *nameOf(Unit unit) {
 }
 
 const std::vector<Feature> &allFeatures() {
+    static const Need kActive = {"autoBrightnessMode", "Active", false};
+    static const Need kExposureIsAuto = {"ExposureAuto", "Continuous", false};
+    static const Need kGainIsAuto = {"GainAuto", "Continuous", false};
+    static const Need kGainOfSensor = {"GainSelector", "SensorAll", true};
+    static const Need kLimitsOfSensor = {"gainAutoSource", "SensorAll", true};
+    static const Need kRed = {"BalanceRatioSelector", "Red", true};
+    static const Need kBlue = {"BalanceRatioSelector", "Blue", true};
+    static const Need kGammaCurve = {"lutType", "GammaCorrection", false};
+    static const Need kUsersTable = {"lutType", "UserDefined", false};
+    static const Need k12Bits = {"lutSize", "Bpp12", true};
     // The automatic functions are restored before what they may change while their limits are set.
     // clang-format off
     static const std::vector<Feature> table = {
@@ -119,9 +118,20 @@ std::vector<const Feature *> featuresMeant(const std::string &name) {
     return meant;
 }
 
-const Feature &ownFeature(const std::string &name) {
+const Feature &ownFeature(const std::string &name, const std::vector<Need> &needs) {
     static std::map<std::string, Feature> features;
-    return features.try_emplace(name, Feature{name, Kind::Missing}).first->second;
+    std::string selectors, entries;
+    for (const Need &need : needs) {
+        selectors += need.node + '=' + need.entry + ',';
+        entries += (entries.empty() ? "[" : ",") + need.entry;
+    }
+    Feature &feature = features[selectors + name];
+    if (feature.name.empty()) {
+        feature.name = entries.empty() ? name : name + entries + ']';
+        feature.needs = needs;
+        feature.node = name;
+    }
+    return feature;
 }
 
 } // namespace kxinfo

@@ -24,16 +24,15 @@ enum class Unit { None, Pixels, Microseconds, PerSecond, Decibels, Level };
 /** "px", "us", "1/s", "dB"; null for a plain number. */
 const char *nameOf(Unit unit);
 
-/** An enumeration and the entry that it has to be on. */
+/** An enumeration, or a number that selects, and what it has to be on. */
 struct Need {
-    const char *node;
-    const char *entry;
+    std::string node, entry;
     bool selects; ///< elsewhere the feature has another value; otherwise it has none
 };
 
 struct Feature {
     std::string name; ///< as users name it: the node's, with a selector's entry where there is one
-    Kind kind;        ///< on the cameras that are known; Missing: it is none of the table
+    Kind kind = Kind::Missing; ///< on the cameras that are known; Missing: it is none of the table
     Unit unit = Unit::None;
     int saved = 0;                   ///< when it is restored, counted from 1; 0: it is not saved
     std::vector<Need> needs = {};    ///< what has to be on, in the order in which it is switched
@@ -63,8 +62,12 @@ const Feature &featureNamed(const std::string &name);
  */
 std::vector<const Feature *> featuresMeant(const std::string &name);
 
-/** A feature as a camera's description has it, whatever the table says. Lives as long as the process. */
-const Feature &ownFeature(const std::string &name);
+/**
+ * A feature as a camera's description has it, whatever the table says. Lives as long as the process.
+ *
+ * \param needs  what its selectors have to be on, which is told with its name
+ */
+const Feature &ownFeature(const std::string &name, const std::vector<Need> &needs = {});
 
 } // namespace kxinfo
 

@@ -173,10 +173,10 @@ private:
 
 void tellWhose(const SavedCamera &saved, const std::string &file, const Camera &camera) {
     const std::string whose = '"' + file + "\" was saved from ";
-    if (saved.name.model != camera.name().model)
+    if (!saved.name.model.empty() && saved.name.model != camera.name().model)
         tell(whose + "a camera of another model, " + saved.name.model +
              "; what this one does not take is left as it is.");
-    else if (saved.name.serial != camera.name().serial)
+    else if (!saved.name.serial.empty() && saved.name.serial != camera.name().serial)
         tell(whose + "another camera, " + saved.name.serial + ".");
 }
 
@@ -215,7 +215,9 @@ Run declareRestore(CLI::App &command) {
     };
     const auto request = std::make_shared<Request>();
     addCamera(command, request->camera);
-    command.add_option("FILE", request->file, "File of 'kxinfo save'; - is standard input")
+    command
+        .add_option("FILE", request->file,
+                    "File of 'kxinfo save', or of a program over GenApi; - is standard input")
         ->type_name("");
     command.add_flag("--dry-run", request->dryRun,
                      "Tell what would change and write nothing to the camera");
@@ -227,7 +229,7 @@ Example:
   kxinfo restore S1234567 camera.json)");
     return [request] {
         const std::string file = requireFile("restore", request->camera, request->file);
-        const SavedCamera saved = readSettings(file);
+        SavedCamera saved = readSettings(file);
         if (request->all) {
             if (request->camera || file == "-")
                 throw Error(kWrongUsage, "'kxinfo restore --all' takes the name of one file.");
@@ -237,6 +239,7 @@ Example:
         return onCamera(request->camera, request->dryRun ? Purpose::Look : Purpose::Change,
                         [&](Camera &camera, Switches &switches) {
                             tellWhose(saved, file, camera);
+                            placeLines(saved, &camera);
                             return restore(camera, switches, saved, request->dryRun);
                         });
     };

@@ -24,27 +24,35 @@ struct Request {
     std::string folder;
     bool noTable = false;
     bool switching = false;
+    std::string format = "json";
 };
 
 int save(const CameraArgument &name, const std::string &fileName, const Request &request) {
     NewFile file(fileName); // before the camera is asked for thousands of entries
     const Purpose purpose = request.switching ? Purpose::Change : Purpose::Look;
     return onCamera(name, purpose, [&](Camera &camera, Switches &switches) {
-        const SavedCamera saved =
-            readSaved(camera, request.switching ? &switches : nullptr, !request.noTable);
+        const bool isJson = request.format == "json";
+        SavedCamera saved =
+            readSaved(camera, request.switching ? &switches : nullptr, isJson && !request.noTable);
+        if (!isJson) {
+            readLines(camera, switches, request.switching, saved);
+            if (!request.noTable && LookupTable::isOn(camera))
+                saved.unread.push_back(
+                    {kTable, kNoTable + std::string("; see 'kxinfo lut save'"), true});
+        }
         stopIfAsked();
         waitInSpiteOfAll();
         // A camera that is lost meanwhile looks like one that lacks the rest.
         if (const std::string left = switches.putBack(); !left.empty())
             throw Error(kFailed, left + " Nothing is saved.");
-        file.write(settingsText(saved));
+        file.write(isJson ? settingsText(saved) : genApiText(saved));
         size_t entries = 0;
         for (const SavedTable &table : saved.tables)
             entries += table.entries.size();
         if (!file.isStandardOutput())
-            writeOut(camera.heading() + std::to_string(saved.settings.size()) + " settings and " +
-                     std::to_string(entries) + " entries of the lookup table saved to " +
-                     cleaned(fileName) + "\n");
+            writeOut(camera.heading() + std::to_string(saved.settings.size() + saved.lines.size()) +
+                     " settings and " + std::to_string(entries) +
+                     " entries of the lookup table saved to " + cleaned(fileName) + "\n");
         tellUnread(saved, "left out, since ");
         if (!request.switching && !saved.unread.empty())
             tell("with --switch kxinfo switches the camera for a moment, and reads such settings "
@@ -54,14 +62,15 @@ int save(const CameraArgument &name, const std::string &fileName, const Request 
 }
 
 // Nothing in it leads elsewhere, or is hidden.
-std::string fileNameFor(const gvcp::Found &camera, std::set<std::string> &taken) {
+std::string fileNameFor(const gvcp::Found &camera, std::set<std::string> &taken,
+                        const std::string &format) {
     std::string name = camera.identity.serial;
     const auto isOther = [](unsigned char c) { return !std::isalnum(c) && c != '-' && c != '_'; };
     std::replace_if(name.begin(), name.end(), isOther, '_');
     if (name.empty() || taken.count(lowered(name)))
         name += "_" + gvcp::dotted(camera.identity.address);
     taken.insert(lowered(name));
-    return name + ".json";
+    return name + (format == "json" ? ".json" : ".txt");
 }
 
 int saveAll(const Request &request) {
@@ -71,7 +80,9 @@ int saveAll(const Request &request) {
     std::set<std::string> taken;
     return showFleet(onAllCameras([&](const gvcp::Found &camera) {
                          Words arguments{"save", gvcp::dotted(camera.identity.address),
-                                         request.folder + '/' + fileNameFor(camera, taken)};
+                                         request.folder + '/' +
+                                             fileNameFor(camera, taken, request.format),
+                                         "--format", request.format};
                          if (request.noTable)
                              arguments.emplace_back("--no-table");
                          if (request.switching)
@@ -94,10 +105,15 @@ Run declareSave(CLI::App &command) {
     command.add_option("FILE", request->file, "File to write; - is standard output")->type_name("");
     command
         .add_option("--all", request->folder,
-                    "Save every camera that answers to this folder, each to SERIAL.json")
+                    "Save every camera that answers to this folder, each to SERIAL.json or .txt")
         ->type_name("FOLDER");
     command.add_flag("--no-table", request->noTable, "Leave the user's lookup table out");
     addSwitch(command, request->switching);
+    command
+        .add_option("--format", request->format,
+                    "json, or genapi: the text file of programs over GenApi, with every feature "
+                    "that can be set and without the table")
+        ->transform(oneOf({"json", "genapi"}, "--format is"));
     command.footer(
         R"(Writes nothing to the camera unless --switch says so. The file appears whole or not at all.
 

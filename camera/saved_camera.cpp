@@ -11,25 +11,27 @@ namespace kxinfo {
 
 namespace {
 
-constexpr const char *kTable = "the lookup table";
-
 // With all digits: for values that would look the same otherwise.
 std::string wholeText(const SavedValue &saved) {
     const char *unit = nameOf(unitOf(*saved.feature, Kind::Float));
     return shownValue(*saved.feature, saved.value).dump() + (unit ? " " + std::string(unit) : "");
 }
 
-const SavedValue *find(const SavedCamera &camera, const Feature *feature) {
+using Settings = std::map<const Feature *, const SavedValue *>;
+
+Settings settingsOf(const SavedCamera &camera) {
+    Settings settings;
     for (const SavedValue &saved : camera.settings)
-        if (saved.feature == feature)
-            return &saved;
-    return nullptr;
+        settings[saved.feature] = &saved;
+    return settings;
 }
 
 std::string difference(const Feature &feature, const SavedValue *a, const SavedValue *b) {
     const auto text = [](const SavedValue *saved) {
         return saved ? quantityText(*saved->feature, saved->value) : kNone;
     };
+    if (a && b && numberOf(a->value) == numberOf(b->value))
+        return ""; // a GenApi file does not say of which kind it is
     if (text(a) != text(b))
         return changeText(feature.name, text(a), text(b));
     if (a && a->isExact && b->isExact && a->value != b->value)
@@ -104,9 +106,15 @@ std::string differences(const SavedCamera &a, const SavedCamera &b) {
         for (const SavedCamera::Unread &one : camera->unread)
             unread.insert(one.name);
     std::string lines;
-    for (const Feature *feature : savedFeatures())
+    Settings ofA = settingsOf(a);
+    Settings ofB = settingsOf(b);
+    std::vector<const Feature *> features = savedFeatures();
+    for (const SavedValue &saved : a.settings) // of others, those that both have
+        if (!saved.feature->saved && ofB.count(saved.feature))
+            features.push_back(saved.feature);
+    for (const Feature *feature : features)
         if (unread.count(feature->name) == 0)
-            lines += difference(*feature, find(a, feature), find(b, feature));
+            lines += difference(*feature, ofA[feature], ofB[feature]);
     for (const char *channel : {"", "Red", "Green", "Blue"})
         if (unread.count(kTable) == 0)
             lines += difference(channel, a, b);

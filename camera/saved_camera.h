@@ -6,6 +6,7 @@
 #define KXINFO_CAMERA_SAVED_CAMERA_H
 
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "camera/lookup_table.h"
@@ -13,7 +14,7 @@
 namespace kxinfo {
 
 struct SavedValue {
-    const Feature *feature; ///< one of savedFeatures()
+    const Feature *feature; ///< one of savedFeatures(), or of a line
     Value value;            ///< the camera's own; where it is not exact, as far as that is known
     bool isExact = true;    ///< to the last bit
     std::string typed;      ///< where it is from a file: what a user would type for it
@@ -28,8 +29,11 @@ struct SavedCamera {
     };
 
     CameraName name;
-    std::vector<SavedValue> settings = {}; ///< in the order of savedFeatures(), each at most once
+    /** In the order of savedFeatures(), each at most once; then what was made of the lines. */
+    std::vector<SavedValue> settings = {};
     std::vector<SavedTable> tables = {};
+    /** Name and value of the other features, as they are set one after the other: see readLines(). */
+    std::vector<std::pair<std::string, std::string>> lines = {};
     std::vector<Unread> unread = {}; ///< of what the camera has
 };
 
@@ -53,7 +57,7 @@ void tellUnread(const SavedCamera &camera, const std::string &what, const std::s
 /** Lines "NAME: A -> B" for what differs; what one of them could not read is left out. */
 std::string differences(const SavedCamera &a, const SavedCamera &b);
 
-/** The file's text. */
+/** The text of a file, a JSON document. */
 std::string settingsText(const SavedCamera &camera);
 
 /**
@@ -64,6 +68,30 @@ std::string settingsText(const SavedCamera &camera);
  * \throws Error (kWrongUsage) with the place and what is expected there
  */
 SavedCamera settingsFrom(const std::string &text, const std::string &name);
+
+/** Whether a file is of the text form of programs over GenApi. */
+bool isGenApi(const std::string &text);
+
+/** What such a file holds. \throws Error (kWrongUsage) without the file's name */
+SavedCamera genApiFrom(const std::string &text);
+
+/** Such a file's text. \pre the settings are those of the table */
+std::string genApiText(const SavedCamera &camera);
+
+/** What stands for the lookup table there. */
+constexpr const char *kTable = "the lookup table";
+constexpr const char *kNoTable = "a GenApi file has no place for it";
+
+/**
+ * Reads lines of what is not saved otherwise and can be read and written: actions, selectors and what
+ * belongs to one camera in its network are none.
+ *
+ * \param switching  with every choice of its selectors; otherwise nothing is written to the camera
+ */
+void readLines(const Camera &camera, Switches &switches, bool switching, SavedCamera &saved);
+
+/** Makes settings of the lines. \param camera  knows what selects what; null: that is not known */
+void placeLines(SavedCamera &saved, const Camera *camera);
 
 /** The file of that name, "-" for standard input. \throws Error (kWrongUsage) */
 SavedCamera readSettings(const std::string &name);

@@ -194,7 +194,7 @@ std::string settingsText(const SavedCamera &camera) {
 
 SavedCamera settingsFrom(const std::string &text, const std::string &name) {
     try {
-        return cameraIn(parsed(text));
+        return isGenApi(text) ? genApiFrom(text) : cameraIn(parsed(text));
     } catch (const Error &complaint) {
         throw Error(kWrongUsage, '"' + name + "\" " + complaint.what() + " " + kExpectedFile);
     }

@@ -14,6 +14,29 @@ constexpr const char *kAutomation[] = {"gainAutoSource", "GainAuto", "ExposureAu
                                        "autoBrightnessMode"};
 constexpr const char *kWholeAutomation = "autoBrightnessMode";
 
+// Values of selectors that one feature is read with: those of a table take minutes.
+constexpr size_t kMostSelections = 64;
+
+// What a selector may be set to now.
+std::vector<Value> choicesOf(const Node &node, const std::string &name, bool all) {
+    if (!all || node.access() == GenApi_3_0::RO)
+        return {node.read()};
+    const Words entries = node.entries();
+    std::vector<Value> choices(entries.begin(), entries.end());
+    if (node.kind() != Kind::Integer)
+        return choices;
+    const Limits limits = node.limits();
+    const auto at = [](const Value &value) { return std::get<int64_t>(value); };
+    const int64_t step = std::max<int64_t>(1, at(limits.inc));
+    const double count = (numberOf(limits.max) - numberOf(limits.min)) / double(step) + 1;
+    if (!(count <= double{kMostSelections}))
+        throw Error(kFailed, name + " has " + numberText(count) + " values; at most " +
+                                 std::to_string(kMostSelections) + " are read.");
+    for (int64_t i = 0; i < static_cast<int64_t>(count); ++i)
+        choices.emplace_back(at(limits.min) + i * step);
+    return choices;
+}
+
 bool isAutomation(const Feature &feature) {
     return std::find(std::begin(kAutomation), std::end(kAutomation), feature.name) !=
            std::end(kAutomation);
@@ -21,7 +44,7 @@ bool isAutomation(const Feature &feature) {
 
 bool needsAutomation(const Feature &feature) {
     return std::any_of(feature.needs.begin(), feature.needs.end(),
-                       [](const Need &need) { return need.node == std::string(kWholeAutomation); });
+                       [](const Need &need) { return need.node == kWholeAutomation; });
 }
 
 } // namespace
@@ -124,10 +147,33 @@ void Switches::select(const Feature &feature, const Value &value) {
     }
 }
 
+void Switches::eachChoice(const Words &selectors, bool all,
+                          const std::function<void(const std::vector<Need> &needs)> &work) {
+    std::vector<Need> needs; // of the selectors that are set
+    size_t count = 0;
+    const std::function<void()> choose = [&] {
+        stopIfAsked();
+        if (needs.size() == selectors.size() && ++count > kMostSelections)
+            throw Error(kFailed, "only the first " + std::to_string(kMostSelections) +
+                                     " choices of its selectors are read.");
+        if (needs.size() == selectors.size())
+            return work(needs);
+        const std::string &name = selectors[needs.size()];
+        const Feature &selector = ownFeature(name);
+        for (const Value &choice : choicesOf(camera_.node(name), name, all)) {
+            select(selector, choice);
+            needs.push_back({name, valueText(selector, choice), true});
+            choose();
+            needs.pop_back();
+        }
+    };
+    choose();
+}
+
 void Switches::switchFor(const Feature &feature) {
     for (const Need &need : feature.needs)
-        if (camera_.node(need.node).kind() == Kind::Enumeration)
-            select(featureNamed(need.node), need.entry);
+        if (const Value on = camera_.node(need.node).choice(need.entry); hasValue(on))
+            select(*featuresMeant(need.node).front(), on);
 }
 
 void Switches::switchToManual() {

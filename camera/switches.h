@@ -46,6 +46,16 @@ public:
     /** Sets a selector, or a mode, for the moment; nothing happens when it cannot be read. */
     void select(const Feature &feature, const Value &value);
 
+    /**
+     * Sets selectors to each of their choices in turn, for the moment.
+     *
+     * \param all   otherwise what they are on is the one choice, and nothing is written
+     * \param work  is told what each of them is on
+     * \throws Error (kFailed) when there are more choices than are read
+     */
+    void eachChoice(const Words &selectors, bool all,
+                    const std::function<void(const std::vector<Need> &needs)> &work);
+
     /** Remembers a feature and writes it for good. */
     void write(const Feature &feature, const Value &value,
                Automation automation = Automation::Kept);

@@ -1,8 +1,6 @@
 // kxinfo tree: every feature as the camera's own description has it, by category.
 
-#include <map>
 #include <memory>
-#include <set>
 
 #include "camera/command.h"
 #include "camera/values.h"
@@ -11,13 +9,6 @@
 namespace kxinfo {
 
 namespace {
-
-// Values of selectors that one feature is read with: those of a table take minutes.
-constexpr size_t kMostSelections = 64;
-// Categories one within the other; cameras have three.
-constexpr size_t kDeepestCategory = 32;
-// The category with all others in it.
-constexpr const char *kRoot = "Root";
 
 struct Request {
     CameraArgument camera;
@@ -30,36 +21,6 @@ struct Selection {
     Words entries; ///< of the selectors, in their order
     Reading reading;
 };
-
-/** Where a feature stands. */
-struct Leaf {
-    Words categories; ///< from the outermost
-    std::string name;
-};
-
-// Adds a feature, or all in a category; a category may be in several others, and counts once.
-void addLeaves(const Camera &camera, const std::string &name, const Words &categories,
-               std::set<std::string> &seen, std::vector<Leaf> &leaves) {
-    const Node node = camera.node(name);
-    if (!node.isCategory())
-        return leaves.push_back({categories, name});
-    if (!seen.insert(name).second)
-        return;
-    if (categories.size() == kDeepestCategory)
-        throw Error(kFailed, "its description has more than " + std::to_string(kDeepestCategory) +
-                                 " categories one within the other.");
-    Words inside = categories;
-    inside.push_back(name);
-    for (const std::string &feature : node.features())
-        addLeaves(camera, feature, inside, seen, leaves);
-}
-
-std::vector<Leaf> leavesOf(const Camera &camera, const std::string &name) {
-    std::vector<Leaf> leaves;
-    std::set<std::string> seen;
-    addLeaves(camera, name, {}, seen, leaves);
-    return leaves;
-}
 
 struct Entry {
     Words categories;
@@ -75,7 +36,7 @@ public:
 
     /** A feature, or all in a category. */
     void add(const std::string &name) {
-        for (const Leaf &leaf : leavesOf(camera_, name)) {
+        for (const Leaf &leaf : camera_.leaves(name)) {
             stopIfAsked();
             const Feature &feature = ownFeature(leaf.name);
             entries_.push_back({leaf.categories, &feature, readFeature(camera_, feature, nullptr)});
@@ -84,15 +45,20 @@ public:
 
     /** Whom each feature is selected by, and, where that is wanted, its values with each choice. */
     void addSelections() {
-        std::map<std::string, Words> selectors;
-        for (const Leaf &leaf : leavesOf(camera_, kRoot))
-            for (const std::string &selected : camera_.node(leaf.name).selected())
-                selectors[selected].push_back(leaf.name);
+        auto selectors = camera_.selectors();
         for (Entry &entry : entries_) {
             entry.selectors = selectors[entry.feature->name];
             if (!switches_ || entry.selectors.empty())
                 continue;
-            const std::string why = whyNotDone([&] { select(entry, {}); });
+            const std::string why = whyNotDone([&] {
+                switches_->eachChoice(entry.selectors, true, [&](const auto &needs) {
+                    Words chosen;
+                    for (const Need &need : needs)
+                        chosen.push_back(need.entry);
+                    entry.selections.push_back(
+                        {chosen, readFeature(camera_, *entry.feature, nullptr)});
+                });
+            });
             if (!why.empty() && entry.reading.problem.empty())
                 entry.reading.problem = why;
         }
@@ -101,48 +67,6 @@ public:
     const std::vector<Entry> &entries() const { return entries_; }
 
 private:
-    // What a selector may be set to now.
-    std::vector<Value> choicesOf(const std::string &selector) const {
-        const Node node = camera_.node(selector);
-        const Words entries = node.entries();
-        std::vector<Value> choices(entries.begin(), entries.end());
-        if (node.kind() != Kind::Integer)
-            return choices;
-        const Limits limits = node.limits();
-        const auto at = [](const Value &value) { return std::get<int64_t>(value); };
-        const int64_t step = std::max<int64_t>(1, at(limits.inc));
-        const double count = (numberOf(limits.max) - numberOf(limits.min)) / double(step) + 1;
-        if (!(count <= double{kMostSelections}))
-            throw Error(kFailed, selector + " has " + numberText(count) + " values; at most " +
-                                     std::to_string(kMostSelections) + " are read.");
-        for (int64_t i = 0; i < static_cast<int64_t>(count); ++i)
-            choices.emplace_back(at(limits.min) + i * step);
-        return choices;
-    }
-
-    // Reads a feature with all choices of its selectors, of which so many are made.
-    void select(Entry &entry, const Words &chosen) {
-        stopIfAsked();
-        if (entry.selections.size() >= kMostSelections)
-            throw Error(kFailed, "only the first " + std::to_string(kMostSelections) +
-                                     " choices of its selectors are read.");
-        if (chosen.size() == entry.selectors.size()) {
-            entry.selections.push_back({chosen, readFeature(camera_, *entry.feature, nullptr)});
-            return;
-        }
-        const std::string &name = entry.selectors[chosen.size()];
-        const Feature &selector = ownFeature(name);
-        for (const Value &choice : choicesOf(name)) {
-            if (camera_.node(name).access() == GenApi_3_0::RO &&
-                camera_.node(name).read() != choice)
-                continue;
-            switches_->select(selector, choice);
-            Words more = chosen;
-            more.push_back(valueText(selector, choice));
-            select(entry, more);
-        }
-    }
-
     const Camera &camera_;
     Switches *const switches_;
     std::vector<Entry> entries_;

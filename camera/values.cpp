@@ -63,12 +63,12 @@ const Mode &modeOf(EAccessMode access) {
 std::string unmetNeed(const Camera &camera, const Feature &feature, bool selectorsAlone) {
     for (const Need &need : feature.needs) {
         const Node node = camera.node(need.node);
-        if ((selectorsAlone && !need.selects) || node.kind() != Kind::Enumeration ||
-            !node.isReadable())
+        const Value on = node.choice(need.entry);
+        if ((selectorsAlone && !need.selects) || !hasValue(on) || !node.isReadable())
             continue;
-        if (const Value now = node.read(); now != Value(need.entry))
-            return std::string("it needs ") + need.node + " on " + need.entry + ", which is on " +
-                   std::get<std::string>(now);
+        if (const Value now = node.read(); now != on)
+            return "it needs " + need.node + " on " + need.entry + ", which is on " +
+                   valueText(ownFeature(need.node), now);
     }
     return "";
 }

@@ -1,0 +1,280 @@
+// The text form in which programs over GenApi keep features: lines NAME, a tab, VALUE, that are to be
+// set in their order. What selects stands in lines in front or, newer, in braces. Lines in front are
+// written, since readers of either form take them; what is read in braces becomes such lines.
+
+#include <algorithm>
+#include <cctype>
+#include <charconv>
+#include <climits>
+#include <set>
+#include <sstream>
+#include <utility>
+
+#include "camera/saved_camera.h"
+#include "camera/values.h"
+
+namespace kxinfo {
+
+namespace {
+
+// Cameras have a thousand features, some of them once for each choice of a selector.
+constexpr size_t kMostLines = 65536;
+constexpr size_t kLongestLine = 4096;
+constexpr size_t kMostSelectors = 8;
+
+constexpr std::string_view kMark = "\xEF\xBB\xBF"; // of the byte order
+constexpr std::string_view kDevice = "# Device = ";
+constexpr std::string_view kSerial = " -- Serial number = "; // in our own files alone
+
+using State = std::map<std::string, std::string>; // what features were set to
+
+// "VENDOR::MODEL -- DESCRIPTION -- ..."
+CameraName deviceIn(const std::string &text) {
+    const size_t vendor = std::min(text.find("::"), text.size());
+    const size_t model = std::min(vendor + 2, text.size());
+    const size_t serial = text.rfind(kSerial);
+    return {text.substr(0, vendor), text.substr(model, text.find(" -- ", model) - model),
+            serial == text.npos ? "" : text.substr(serial + kSerial.size()), ""};
+}
+
+// Whether it is to go from camera to camera: no action, no selector, not what belongs to one camera in
+// its network or to who controls it, and not an entry of the lookup table.
+bool travels(const std::string &name, const Node &node) {
+    return node.kind() != Kind::Command && node.kind() != Kind::Register && !node.isCategory() &&
+           node.selected().empty() && name.rfind("Gev", 0) != 0 && name != "DeviceUserID" &&
+           name != "TLParamsLocked" && name != "LUTValue";
+}
+
+// The row of the table that a feature is in that state; null: none. Where its selectors were not set,
+// it is the only row of that name.
+const Feature *rowFor(const std::string &name, const State &state) {
+    const Feature *possible = nullptr;
+    size_t count = 0;
+    for (const Feature *row : savedFeatures()) {
+        if (row->node != name)
+            continue;
+        const auto fits = [&](bool ifUnknown) {
+            return std::all_of(row->needs.begin(), row->needs.end(), [&](const Need &need) {
+                const auto on = state.find(need.node);
+                return !need.selects || (on == state.end() ? ifUnknown : on->second == need.entry);
+            });
+        };
+        if (fits(false))
+            return row;
+        ++count;
+        possible = fits(true) ? row : possible;
+    }
+    return count == 1 ? possible : nullptr;
+}
+
+std::string textOf(const Value &value) {
+    char text[64];
+    if (const auto *number = std::get_if<double>(&value))
+        return {text, std::to_chars(text, std::end(text), *number).ptr};
+    if (const auto *on = std::get_if<bool>(&value))
+        return *on ? "1" : "0";
+    const auto *whole = std::get_if<int64_t>(&value);
+    return whole ? std::to_string(*whole) : std::get<std::string>(value);
+}
+
+template <class Number>
+bool isNumber(const std::string &text, Value &value) {
+    Number number = 0;
+    const auto [stop, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    if (error != std::errc() || stop != text.data() + text.size())
+        return false;
+    value = number;
+    return true;
+}
+
+// The camera's own value. Other programs round numbers.
+SavedValue valueFrom(const Feature &feature, const std::string &text) {
+    SavedValue saved{&feature, text, false, text};
+    const std::string plain = text == "true" ? "1" : text == "false" ? "0" : text;
+    if (feature.kind == Kind::Boolean && (plain == "0" || plain == "1")) {
+        saved.value = plain == "1";
+    } else if ((feature.kind == Kind::Float || !isNumber<int64_t>(plain, saved.value)) &&
+               isNumber<double>(plain, saved.value)) {
+        const double number = numberOf(saved.value);
+        saved.isExact = static_cast<double>(static_cast<float>(number)) == number;
+        saved.typed += feature.unit == Unit::Decibels ? " x" : "";
+    }
+    return saved;
+}
+
+} // namespace
+
+bool isGenApi(const std::string &text) {
+    const size_t begin = std::min(text.find_first_not_of(" \r\n\xEF\xBB\xBF"), text.size());
+    const std::string line = text.substr(begin, text.find('\n', begin) - begin);
+    const auto first = static_cast<unsigned char>(line[line[0] == '{']);
+    return line[0] == '#' || (std::isalpha(first) && line.find('\t') != line.npos);
+}
+
+SavedCamera genApiFrom(const std::string &file) {
+    SavedCamera saved;
+    saved.unread.push_back({kTable, kNoTable, true});
+    std::istringstream lines(file.substr(file.rfind(kMark, 0) == 0 ? kMark.size() : 0));
+    size_t number = 0;
+    for (std::string line; std::getline(lines, line);) {
+        size_t at = 0;
+        ++number;
+        const auto expect = [&](bool holds, const std::string &what) {
+            if (!holds)
+                throw Error(kWrongUsage, "is wrong in line " + std::to_string(number) +
+                                             ", column " + std::to_string(at + 1) +
+                                             ": expected is " + what +
+                                             ". Correct that line, or leave it out.");
+        };
+        const auto expectMark = [&](char mark, const char *what) {
+            expect(line[at] == mark, what);
+            ++at;
+        };
+        const auto word = [&](const char *what) {
+            at = std::min(line.find_first_not_of(' ', at), line.size());
+            std::string text = line.substr(at, line.find_first_of("{}=,\t ", at) - at);
+            expect(!text.empty() && text == cleaned(text), what);
+            at += text.size();
+            return text;
+        };
+        size_t selectors = 0;
+        const auto readBraces = [&] {
+            if (line[at] != '{')
+                return;
+            do {
+                ++at;
+                expect(++selectors <= kMostSelectors,
+                       "at most " + std::to_string(kMostSelectors) + " selectors");
+                const std::string name = word("the name of a selector");
+                expectMark('=', "= behind the name of a selector");
+                saved.lines.emplace_back(name, word("what the selector is on"));
+            } while (line[at] == ',');
+            expectMark('}', "a comma or } behind what a selector is on");
+        };
+        expect(number <= kMostLines, "at most " + std::to_string(kMostLines) + " lines");
+        expect(line.size() <= kLongestLine,
+               "a line of at most " + std::to_string(kLongestLine) + " bytes");
+        if (!line.empty() && line.back() == '\r')
+            line.pop_back();
+        if (line.rfind(kDevice, 0) == 0)
+            saved.name = deviceIn(cleaned(line.substr(kDevice.size())));
+        if (line[0] == '#' || line.find_first_not_of(" \t") == line.npos)
+            continue;
+        readBraces();
+        const std::string name = word("the name of a feature");
+        readBraces();
+        expectMark('\t', "a tab between name and value");
+        saved.lines.emplace_back(name, cleaned(line.substr(at)));
+    }
+    placeLines(saved, nullptr);
+    return saved;
+}
+
+void placeLines(SavedCamera &saved, const Camera *camera) {
+    auto selectors = camera ? camera->selectors() : std::map<std::string, Words>();
+    std::map<std::string, int> count;
+    for (const Feature *row : savedFeatures())
+        ++count[row->node];
+    for (const auto &[name, text] : saved.lines)
+        ++count[name];
+    std::map<std::pair<int, size_t>, SavedValue> placed; // in the order in which they are restored
+    for (const SavedValue &value : saved.settings)
+        if (value.feature->saved)
+            placed[{value.feature->saved, 0}] = value;
+    State state;
+    std::map<const Feature *, size_t> places;
+    std::string latest; // of those that look like selectors
+    for (const auto &[name, text] : saved.lines) {
+        state[name] = text;
+        const Feature *feature = rowFor(name, state);
+        if (!feature && camera && !travels(name, camera->node(name)))
+            continue;
+        // Without the camera what is there several times is taken for selected.
+        Words known = selectors[name];
+        if (name.find("Selector") != name.npos)
+            latest = name;
+        else if (!camera && count[name] > 1)
+            known = {latest};
+        std::vector<Need> needs;
+        for (const std::string &selector : known)
+            if (state.count(selector))
+                needs.push_back({selector, state[selector], true});
+        if (!feature)
+            feature = &ownFeature(name, needs);
+        const size_t place = places.emplace(feature, places.size()).first->second;
+        placed[{feature->saved ? feature->saved : INT_MAX, feature->saved ? 0 : place}] =
+            valueFrom(*feature, text);
+    }
+    saved.settings.clear();
+    for (const auto &[place, value] : placed)
+        saved.settings.push_back(value);
+}
+
+void readLines(const Camera &camera, Switches &switches, bool switching, SavedCamera &saved) {
+    auto selectors = camera.selectors();
+    State state;
+    const auto add = [&](const std::string &name, const std::vector<Need> &needs) {
+        State here;
+        for (const Need &need : needs)
+            here[need.node] = need.entry;
+        const Node node = camera.node(name);
+        if (rowFor(name, here) || node.access() != GenApi_3_0::RW)
+            return;
+        const std::string text = textOf(node.read());
+        if (text != cleaned(text))
+            throw Error(kFailed, "its text has characters that no line can hold");
+        for (const auto &[selector, entry] : here)
+            if (camera.node(selector).access() == GenApi_3_0::RW &&
+                std::exchange(state[selector], entry) != entry)
+                saved.lines.emplace_back(selector, entry);
+        saved.lines.emplace_back(name, text);
+    };
+    std::set<std::string> done;
+    Words selecting;
+    for (const Leaf &leaf : camera.leaves(kRoot)) {
+        const Node node = camera.node(leaf.name);
+        if (!done.insert(leaf.name).second)
+            continue;
+        if (!node.selected().empty() && node.access() == GenApi_3_0::RW && !rowFor(leaf.name, {}))
+            selecting.push_back(leaf.name);
+        if (!travels(leaf.name, node))
+            continue;
+        const std::string why = whyNotDone([&] {
+            switches.eachChoice(selectors[leaf.name], switching,
+                                [&](const auto &needs) { add(leaf.name, needs); });
+        });
+        if (!why.empty() && node.access() == GenApi_3_0::RW)
+            saved.unread.push_back({leaf.name, why, true});
+    }
+    // In the end selectors are to be as they were.
+    for (const std::string &selector : selecting)
+        saved.lines.emplace_back(selector, textOf(switches.read(ownFeature(selector))));
+}
+
+std::string genApiText(const SavedCamera &saved) {
+    std::string text = "# {05D8C294-F295-4dfb-9D01-096BD04049F4}\n"
+                       "# GenApi persistence file (version 3.1.0)\n" +
+                       std::string(kDevice) + saved.name.manufacturer + "::" + saved.name.model +
+                       " -- GigE Vision camera" + std::string(kSerial) + saved.name.serial + '\n';
+    State state;
+    const auto set = [&](const std::string &name, const std::string &value) {
+        text += name + '\t' + value + '\n';
+        state[name] = value;
+    };
+    std::set<std::string> known;
+    for (const SavedValue &value : saved.settings)
+        known.insert(value.feature->node);
+    for (const auto &[name, value] : saved.lines)
+        known.insert(name);
+    for (const SavedValue &value : saved.settings) {
+        for (const Need &need : value.feature->needs)
+            if (known.count(need.node) && state[need.node] != need.entry)
+                set(need.node, need.entry);
+        set(value.feature->node, textOf(value.value));
+    }
+    for (const auto &[name, value] : saved.lines)
+        set(name, value);
+    return text;
+}
+
+} // namespace kxinfo
