@@ -4,21 +4,22 @@
 
 #include <algorithm>
 #include <cctype>
-#include <charconv>
 #include <climits>
+#include <cmath>
 #include <set>
 #include <sstream>
 #include <utility>
 
 #include "camera/saved_camera.h"
 #include "camera/values.h"
+#include "cli/json.h"
 
 namespace kxinfo {
 
 namespace {
 
 // Cameras have a thousand features, some of them once for each choice of a selector.
-constexpr size_t kMostLines = 65536;
+constexpr size_t kMostLines = 32768;
 constexpr size_t kLongestLine = 4096;
 constexpr size_t kMostSelectors = 8;
 
@@ -46,64 +47,50 @@ bool travels(const std::string &name, const Node &node) {
 }
 
 // The row of the table that a feature is in that state; null: none. Where its selectors were not set,
-// it is the only row of that name.
+// it is the only row of its node.
 const Feature *rowFor(const std::string &name, const State &state) {
-    const Feature *possible = nullptr;
-    size_t count = 0;
     for (const Feature *row : savedFeatures()) {
-        if (row->node != name)
-            continue;
-        const auto fits = [&](bool ifUnknown) {
-            return std::all_of(row->needs.begin(), row->needs.end(), [&](const Need &need) {
-                const auto on = state.find(need.node);
-                return !need.selects || (on == state.end() ? ifUnknown : on->second == need.entry);
-            });
+        const auto fits = [&](const Need &need) {
+            const auto on = state.find(need.node);
+            return !need.selects ||
+                   (on == state.end() ? row->name == name : on->second == need.entry);
         };
-        if (fits(false))
+        if (row->node == name && std::all_of(row->needs.begin(), row->needs.end(), fits))
             return row;
-        ++count;
-        possible = fits(true) ? row : possible;
     }
-    return count == 1 ? possible : nullptr;
+    return nullptr;
 }
 
 std::string textOf(const Value &value) {
-    char text[64];
+    if (const auto *text = std::get_if<std::string>(&value))
+        return *text;
     if (const auto *number = std::get_if<double>(&value))
-        return {text, std::to_chars(text, std::end(text), *number).ptr};
-    if (const auto *on = std::get_if<bool>(&value))
-        return *on ? "1" : "0";
-    const auto *whole = std::get_if<int64_t>(&value);
-    return whole ? std::to_string(*whole) : std::get<std::string>(value);
-}
-
-template <class Number>
-bool isNumber(const std::string &text, Value &value) {
-    Number number = 0;
-    const auto [stop, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-    if (error != std::errc() || stop != text.data() + text.size())
-        return false;
-    value = number;
-    return true;
+        return std::isfinite(*number) ? Json(*number).dump() : nameOfNonNumber(*number);
+    return std::to_string(std::holds_alternative<bool>(value) ? std::get<bool>(value)
+                                                              : std::get<int64_t>(value));
 }
 
 // The camera's own value. Other programs round numbers.
 SavedValue valueFrom(const Feature &feature, const std::string &text) {
     SavedValue saved{&feature, text, false, text};
-    const std::string plain = text == "true" ? "1" : text == "false" ? "0" : text;
-    if (feature.kind == Kind::Boolean && (plain == "0" || plain == "1")) {
-        saved.value = plain == "1";
-    } else if ((feature.kind == Kind::Float || !isNumber<int64_t>(plain, saved.value)) &&
-               isNumber<double>(plain, saved.value)) {
-        const double number = numberOf(saved.value);
+    const Json value = Json::parse(text, nullptr, false);
+    const bool isSwitch = value.is_boolean() || value == 0 || value == 1;
+    const bool isWhole = value.is_number_integer() && feature.kind != Kind::Float &&
+                         std::fabs(value.get<double>()) < 0x1p63;
+    if (isSwitch && feature.kind == Kind::Boolean) {
+        saved.value = value == true || value == 1;
+    } else if (value.is_boolean() || isWhole) {
+        saved.value = value.get<int64_t>();
+    } else if (value.is_number()) {
+        const double number = value;
+        saved.value = number;
         saved.isExact = static_cast<double>(static_cast<float>(number)) == number;
         saved.typed += feature.unit == Unit::Decibels ? " x" : "";
     }
     return saved;
 }
 
-} // namespace
-
+// Neither a JSON document nor anything else.
 bool isGenApi(const std::string &text) {
     const size_t begin = std::min(text.find_first_not_of(" \r\n\xEF\xBB\xBF"), text.size());
     const std::string line = text.substr(begin, text.find('\n', begin) - begin);
@@ -111,7 +98,11 @@ bool isGenApi(const std::string &text) {
     return line[0] == '#' || (std::isalpha(first) && line.find('\t') != line.npos);
 }
 
-SavedCamera genApiFrom(const std::string &file) {
+} // namespace
+
+std::optional<SavedCamera> genApiFrom(const std::string &file) {
+    if (!isGenApi(file))
+        return {};
     SavedCamera saved;
     saved.unread.push_back({kTable, kNoTable, true});
     std::istringstream lines(file.substr(file.rfind(kMark, 0) == 0 ? kMark.size() : 0));

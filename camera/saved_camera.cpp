@@ -17,13 +17,11 @@ std::string wholeText(const SavedValue &saved) {
     return shownValue(*saved.feature, saved.value).dump() + (unit ? " " + std::string(unit) : "");
 }
 
-using Settings = std::map<const Feature *, const SavedValue *>;
-
-Settings settingsOf(const SavedCamera &camera) {
-    Settings settings;
+const SavedValue *find(const SavedCamera &camera, const Feature *feature) {
     for (const SavedValue &saved : camera.settings)
-        settings[saved.feature] = &saved;
-    return settings;
+        if (saved.feature == feature)
+            return &saved;
+    return nullptr;
 }
 
 std::string difference(const Feature &feature, const SavedValue *a, const SavedValue *b) {
@@ -106,15 +104,13 @@ std::string differences(const SavedCamera &a, const SavedCamera &b) {
         for (const SavedCamera::Unread &one : camera->unread)
             unread.insert(one.name);
     std::string lines;
-    Settings ofA = settingsOf(a);
-    Settings ofB = settingsOf(b);
     std::vector<const Feature *> features = savedFeatures();
     for (const SavedValue &saved : a.settings) // of others, those that both have
-        if (!saved.feature->saved && ofB.count(saved.feature))
+        if (!saved.feature->saved && find(b, saved.feature))
             features.push_back(saved.feature);
     for (const Feature *feature : features)
         if (unread.count(feature->name) == 0)
-            lines += difference(*feature, ofA[feature], ofB[feature]);
+            lines += difference(*feature, find(a, feature), find(b, feature));
     for (const char *channel : {"", "Red", "Green", "Blue"})
         if (unread.count(kTable) == 0)
             lines += difference(channel, a, b);

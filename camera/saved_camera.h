@@ -5,6 +5,7 @@
 #ifndef KXINFO_CAMERA_SAVED_CAMERA_H
 #define KXINFO_CAMERA_SAVED_CAMERA_H
 
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -69,11 +70,12 @@ std::string settingsText(const SavedCamera &camera);
  */
 SavedCamera settingsFrom(const std::string &text, const std::string &name);
 
-/** Whether a file is of the text form of programs over GenApi. */
-bool isGenApi(const std::string &text);
-
-/** What such a file holds. \throws Error (kWrongUsage) without the file's name */
-SavedCamera genApiFrom(const std::string &text);
+/**
+ * What a file of the text form of programs over GenApi holds; none: it is of another form.
+ *
+ * \throws Error (kWrongUsage) without the file's name
+ */
+std::optional<SavedCamera> genApiFrom(const std::string &text);
 
 /** Such a file's text. \pre the settings are those of the table */
 std::string genApiText(const SavedCamera &camera);

@@ -194,7 +194,8 @@ std::string settingsText(const SavedCamera &camera) {
 
 SavedCamera settingsFrom(const std::string &text, const std::string &name) {
     try {
-        return isGenApi(text) ? genApiFrom(text) : cameraIn(parsed(text));
+        const auto camera = genApiFrom(text);
+        return camera ? *camera : cameraIn(parsed(text));
     } catch (const Error &complaint) {
         throw Error(kWrongUsage, '"' + name + "\" " + complaint.what() + " " + kExpectedFile);
     }

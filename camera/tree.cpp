@@ -30,53 +30,39 @@ struct Entry {
     std::vector<Selection> selections = {};
 };
 
-class Tree {
-public:
-    Tree(const Camera &camera, Switches *switches) : camera_(camera), switches_(switches) {}
-
-    /** A feature, or all in a category. */
-    void add(const std::string &name) {
-        for (const Leaf &leaf : camera_.leaves(name)) {
-            stopIfAsked();
-            const Feature &feature = ownFeature(leaf.name);
-            entries_.push_back({leaf.categories, &feature, readFeature(camera_, feature, nullptr)});
-        }
+// A feature, or all in a category: whom each is selected by, and with \p switches its values with each
+// choice.
+std::vector<Entry> entriesOf(const Camera &camera, Switches *switches, const std::string &name) {
+    std::vector<Entry> entries;
+    auto selectors = camera.selectors();
+    for (const Leaf &leaf : camera.leaves(name)) {
+        stopIfAsked();
+        const Feature &feature = ownFeature(leaf.name);
+        entries.push_back({leaf.categories, &feature, readFeature(camera, feature, nullptr),
+                           selectors[leaf.name]});
     }
-
-    /** Whom each feature is selected by, and, where that is wanted, its values with each choice. */
-    void addSelections() {
-        auto selectors = camera_.selectors();
-        for (Entry &entry : entries_) {
-            entry.selectors = selectors[entry.feature->name];
-            if (!switches_ || entry.selectors.empty())
-                continue;
-            const std::string why = whyNotDone([&] {
-                switches_->eachChoice(entry.selectors, true, [&](const auto &needs) {
-                    Words chosen;
-                    for (const Need &need : needs)
-                        chosen.push_back(need.entry);
-                    entry.selections.push_back(
-                        {chosen, readFeature(camera_, *entry.feature, nullptr)});
-                });
+    for (Entry &entry : entries) {
+        if (!switches || entry.selectors.empty())
+            continue;
+        const std::string why = whyNotDone([&] {
+            switches->eachChoice(entry.selectors, true, [&](const auto &needs) {
+                Words chosen;
+                for (const Need &need : needs)
+                    chosen.push_back(need.entry);
+                entry.selections.push_back({chosen, readFeature(camera, *entry.feature, nullptr)});
             });
-            if (!why.empty() && entry.reading.problem.empty())
-                entry.reading.problem = why;
-        }
+        });
+        if (!why.empty() && entry.reading.problem.empty())
+            entry.reading.problem = why;
     }
+    return entries;
+}
 
-    const std::vector<Entry> &entries() const { return entries_; }
-
-private:
-    const Camera &camera_;
-    Switches *const switches_;
-    std::vector<Entry> entries_;
-};
-
-std::string asTable(const Camera &camera, const Tree &tree) {
+std::string asTable(const Camera &camera, const std::vector<Entry> &entries) {
     std::vector<Row> rows{{columnsOfReadings()}};
     Words above;
     std::string toolTip;
-    for (const Entry &entry : tree.entries()) {
+    for (const Entry &entry : entries) {
         const Words &categories = entry.categories;
         // Of the path to it, what has not been shown.
         for (size_t depth = 0; depth < categories.size(); ++depth)
@@ -94,13 +80,13 @@ std::string asTable(const Camera &camera, const Tree &tree) {
             add(selection.reading, "[" + joined(selection.entries, ",", ",") + "]");
         toolTip = camera.node(entry.feature->name).toolTip();
     }
-    const bool alone = tree.entries().size() == 1 && !toolTip.empty();
+    const bool alone = entries.size() == 1 && !toolTip.empty();
     return camera.heading() + "\n" + tableText(rows) + (alone ? "\n" + toolTip + "\n" : "");
 }
 
-std::string asJson(const Camera &camera, const Tree &tree) {
+std::string asJson(const Camera &camera, const std::vector<Entry> &entries) {
     Json features = Json::array();
-    for (const Entry &entry : tree.entries()) {
+    for (const Entry &entry : entries) {
         const Node node = camera.node(entry.feature->name);
         const std::string toolTip = node.toolTip();
         Json feature = {{"categories", entry.categories}};
@@ -130,10 +116,8 @@ int tree(const Request &request) {
                                          shortened(name) + "\"." + nearestFeatures(name));
         if (node.isCategory())
             camera.readAhead();
-        Tree tree(camera, request.switches ? &switches : nullptr);
-        tree.add(name);
-        tree.addSelections();
-        result = request.json ? asJson(camera, tree) : asTable(camera, tree);
+        const auto entries = entriesOf(camera, request.switches ? &switches : nullptr, name);
+        result = request.json ? asJson(camera, entries) : asTable(camera, entries);
         return kDone;
     };
     const int status = onFeatures(request.camera, request.names, purpose, work);
