@@ -73,13 +73,14 @@ std::string textOf(const Value &value) {
 // The camera's own value. Other programs round numbers.
 SavedValue valueFrom(const Feature &feature, const std::string &text) {
     SavedValue saved{&feature, text, false, text};
-    const Json value = Json::parse(text, nullptr, false);
-    const bool isSwitch = value.is_boolean() || value == 0 || value == 1;
-    const bool isWhole = value.is_number_integer() && feature.kind != Kind::Float &&
-                         std::fabs(value.get<double>()) < 0x1p63;
-    if (isSwitch && feature.kind == Kind::Boolean) {
-        saved.value = value == true || value == 1;
-    } else if (value.is_boolean() || isWhole) {
+    const Json value = Json::parse(text == "true"    ? "1"
+                                   : text == "false" ? "0"
+                                                     : text,
+                                   nullptr, false);
+    if (feature.kind == Kind::Boolean && (value == 0 || value == 1)) {
+        saved.value = value == 1;
+    } else if (value.is_number_integer() && feature.kind != Kind::Float &&
+               std::fabs(value.get<double>()) < 0x1p63) {
         saved.value = value.get<int64_t>();
     } else if (value.is_number()) {
         const double number = value;
@@ -174,18 +175,17 @@ void placeLines(SavedCamera &saved, const Camera *camera) {
             placed[{value.feature->saved, 0}] = value;
     State state;
     std::map<const Feature *, size_t> places;
-    std::string latest; // of those that look like selectors
+    std::string latest; // selector
     for (const auto &[name, text] : saved.lines) {
         state[name] = text;
-        const Feature *feature = rowFor(name, state);
-        if (!feature && camera && !travels(name, camera->node(name)))
-            continue;
-        // Without the camera what is there several times is taken for selected.
-        Words known = selectors[name];
-        if (name.find("Selector") != name.npos)
+        // Without the camera what is called so selects, and what is there several times is selected.
+        const bool selects = !camera && name.find("Selector") != name.npos;
+        if (selects)
             latest = name;
-        else if (!camera && count[name] > 1)
-            known = {latest};
+        const Feature *feature = rowFor(name, state);
+        if (!feature && (camera ? !travels(name, camera->node(name)) : selects))
+            continue;
+        const Words known = camera ? selectors[name] : count[name] > 1 ? Words{latest} : Words();
         std::vector<Need> needs;
         for (const std::string &selector : known)
             if (state.count(selector))
@@ -212,8 +212,8 @@ void readLines(const Camera &camera, Switches &switches, bool switching, SavedCa
         if (rowFor(name, here) || node.access() != GenApi_3_0::RW)
             return;
         const std::string text = textOf(node.read());
-        if (text != cleaned(text))
-            throw Error(kFailed, "its text has characters that no line can hold");
+        if (text != cleaned(text) || name.size() + text.size() >= kLongestLine)
+            throw Error(kFailed, "its text does not fit in a line");
         for (const auto &[selector, entry] : here)
             if (camera.node(selector).access() == GenApi_3_0::RW &&
                 std::exchange(state[selector], entry) != entry)
@@ -226,7 +226,7 @@ void readLines(const Camera &camera, Switches &switches, bool switching, SavedCa
         const Node node = camera.node(leaf.name);
         if (!done.insert(leaf.name).second)
             continue;
-        if (!node.selected().empty() && node.access() == GenApi_3_0::RW && !rowFor(leaf.name, {}))
+        if (!node.selected().empty() && node.access() == GenApi_3_0::RW)
             selecting.push_back(leaf.name);
         if (!travels(leaf.name, node))
             continue;

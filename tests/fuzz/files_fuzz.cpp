@@ -1,4 +1,4 @@
-// Bytes as a file of settings, or as one with a lookup table.
+// Bytes as a file of settings, of either form, or as one with a lookup table.
 
 #include "input.h"
 
@@ -11,12 +11,21 @@ namespace {
 void checkSettings(const std::string &text) {
     const kxinfo::SavedCamera camera = kxinfo::settingsFrom(text, "file");
     const kxinfo::Feature *last = nullptr;
+    const bool isGenApi = !camera.unread.empty();
     for (const kxinfo::SavedValue &saved : camera.settings) {
+        if (isGenApi && !saved.feature->saved)
+            break; // others come behind
         MUST(!last || last->saved < saved.feature->saved, "each setting is there once, in order");
-        MUST(kxinfo::hasValue(saved.value) && !saved.typed.empty(), "it has a value");
+        MUST(kxinfo::hasValue(saved.value) && (isGenApi || !saved.typed.empty()), "it has a value");
         last = saved.feature;
     }
     MUST(kxinfo::cleaned(camera.name.serial) == camera.name.serial, "names can be shown");
+    if (isGenApi) {
+        for (const auto &[name, value] : camera.lines)
+            MUST(kxinfo::cleaned(name + value) == name + value, "lines can be shown");
+        (void)kxinfo::settingsFrom(kxinfo::genApiText(camera), "file");
+        return;
+    }
     const std::string written = kxinfo::settingsText(camera);
     MUST(kxinfo::settingsText(kxinfo::settingsFrom(written, "file")) == written,
          "what is written is read as it was");
