@@ -112,7 +112,7 @@ TEST_F(Get, ShowsFeaturesOfTheCamerasOwnInAllTheirBits) {
     EXPECT_EQ(
         shown(
             R"(Feature                         Value  Minimum     Maximum  Step  Unit  Access  Kind
-GevTimestampTickFrequency  1000000000        0  4294967295     1     -      RO  integer
+GevTimestampTickFrequency  1000000000        0  4294967295     1    Hz      RO  integer
 DeviceSerialNumber              S1234        -           -     -     -      RO  text
 TriggerMode                       Off        -           -     -     -      RW  enumeration: Off, On
 )"),
