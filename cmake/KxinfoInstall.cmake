@@ -64,6 +64,14 @@ foreach(_completion camera/completion/kxinfo simcam/completion/kxinfo-simcam)
       DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions COMPONENT ${_component})
   endif()
 endforeach()
+# Debian's places; these two ask bash's for what it offers.
+_kxinfo_component_of(kxinfo _component)
+if(_component)
+  install(FILES ${PROJECT_SOURCE_DIR}/camera/completion/_kxinfo
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/vendor-completions COMPONENT ${_component})
+  install(FILES ${PROJECT_SOURCE_DIR}/camera/completion/kxinfo.fish
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d COMPONENT ${_component})
+endif()
 
 # The documents lie side by side there, and the headers elsewhere: the documents' links follow.
 # Folders of sources are not there, so what leads to them is no link any more.
