@@ -575,9 +575,12 @@ private:
 } // namespace
 
 std::string_view withoutPadding(std::string_view text) {
-    while (!text.empty() && (isBlank(text.back()) || text.back() == '\0'))
-        text.remove_suffix(1);
-    return text;
+    size_t end = text.size();
+    while (end > 0 && (isBlank(text[end - 1]) || text[end - 1] == '\0'))
+        --end;
+    while (end < text.size() && isBlank(text[end]))
+        ++end;
+    return text.substr(0, end);
 }
 
 void checkDocument(std::string_view text) {
