@@ -95,9 +95,13 @@ int onEncoding(void *, const XML_Char *name, XML_Encoding *encoding) {
 } // namespace
 
 std::string_view withoutPadding(std::string_view text) {
-    while (!text.empty() && memchr("\0 \t\r\n", text.back(), 5))
-        text.remove_suffix(1);
-    return text;
+    const auto isBlank = [](char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r'; };
+    size_t end = text.size();
+    while (end > 0 && (isBlank(text[end - 1]) || text[end - 1] == '\0'))
+        --end;
+    while (end < text.size() && isBlank(text[end]))
+        ++end;
+    return text.substr(0, end);
 }
 
 void checkDocument(std::string_view text) {

@@ -16,7 +16,7 @@ constexpr size_t kMostAttributes = 64;
 /** Bytes of one name. Those of features have up to 60; parsers have bounds of their own. */
 constexpr size_t kLongestName = 1024;
 
-/** \p text without the NULs and blanks at its end, with which cameras fill up their memory. */
+/** \p text without the NULs at its end, and blanks behind one: cameras fill up their memory so. */
 std::string_view withoutPadding(std::string_view text);
 
 /**

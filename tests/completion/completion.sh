@@ -125,6 +125,9 @@ rm strange-kxinfo
 expect "kxinfo get S1234567 " "${features[@]}" BalanceRatio
 expect "kxinfo set S1234567 " "${features[@]/%/=}"
 expect "kxinfo get S1234567 Gain off" OffsetX OffsetY
+expect "kxinfo tree S1234567 off" OffsetX OffsetY
+expect "kxinfo watch Width off" OffsetX OffsetY
+expect "kxinfo watch S1234567 --interval "
 expect "kxinfo get --json Gain off" OffsetX OffsetY
 expect "kxinfo set S1234567 Gain=6 balanceratio[" "BalanceRatio[Red]=" "BalanceRatio[Blue]="
 expect "kxinfo set Gain=6 reverse" ReverseX= ReverseY=
