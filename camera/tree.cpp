@@ -79,7 +79,7 @@ std::vector<Value> choicesOf(const std::string &selector, const Node &node) {
     if (const Limits limits = node.limits(); node.integer() && limits.min <= limits.max) {
         // Without a sign the distance of any two has room.
         const auto at = [](const Value &value) { return uint64_t(std::get<int64_t>(value)); };
-        const uint64_t step = std::max<int64_t>(1, std::get<int64_t>(limits.inc));
+        const uint64_t step = uint64_t(std::max<int64_t>(1, std::get<int64_t>(limits.inc)));
         const uint64_t last = (at(limits.max) - at(limits.min)) / step;
         for (uint64_t i = 0; i <= std::min<uint64_t>(last, kMostSelections); ++i)
             choices.emplace_back(int64_t(at(limits.min) + i * step));
