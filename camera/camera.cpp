@@ -28,16 +28,17 @@ const char *const kStopped = "stopped, as asked for.";
 // Categories one within the other; cameras have three.
 constexpr size_t kDeepestCategory = 32;
 
-// Adds a feature, or all in a category; a category may be in several others, and counts once.
+// Adds a feature, or all in a category; what is in several categories counts in the first.
 void addLeaves(const Camera &camera, const std::string &name, const Words &categories,
                std::set<std::string> &seen, std::vector<Leaf> &leaves) {
+    if (!seen.insert(name).second)
+        return;
     const Node node = camera.node(name);
     if (!node.isCategory())
         return leaves.push_back({categories, name});
-    if (!seen.insert(name).second)
-        return;
     if (categories.size() == kDeepestCategory)
-        throw Error(kFailed, "its description has more than " + std::to_string(kDeepestCategory) +
+        throw Error(kFailed, "the camera's description has more than " +
+                                 std::to_string(kDeepestCategory) +
                                  " categories one within the other.");
     Words inside = categories;
     inside.push_back(name);
@@ -270,7 +271,8 @@ std::map<std::string, Words> Camera::selectors() const {
     std::map<std::string, Words> selectors;
     for (const Leaf &leaf : leaves(kRoot))
         for (const std::string &selected : node(leaf.name).selected())
-            selectors[selected].push_back(leaf.name);
+            if (Words &names = selectors[selected]; names.empty() || names.back() != leaf.name)
+                names.push_back(leaf.name);
     return selectors;
 }
 

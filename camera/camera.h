@@ -66,7 +66,7 @@ public:
     /** Of an enumeration: what it may be set to now. */
     Words entries() const;
 
-    /** What stands for that choice of a selector; none: it is neither an enumeration nor an integer. */
+    /** What stands for that choice of a selector; none: it is nothing that selects. */
     Value choice(const std::string &entry) const;
 
     /** Null unless it is an integer: to be read and written many times. */
@@ -120,7 +120,7 @@ public:
     /** Its feature of that name; one of kind Missing when it has none. */
     Node node(const std::string &name) const { return Node(*nodeMap_, name); }
 
-    /** A feature, or all in a category; what is in several categories is there several times. */
+    /** A feature, or all in a category; what is in several categories is there once. */
     std::vector<Leaf> leaves(const std::string &name) const;
 
     /** The selectors of each feature that has any, by its name. */

@@ -220,12 +220,9 @@ void readLines(const Camera &camera, Switches &switches, bool switching, SavedCa
                 saved.lines.emplace_back(selector, entry);
         saved.lines.emplace_back(name, text);
     };
-    std::set<std::string> done;
     Words selecting;
     for (const Leaf &leaf : camera.leaves(kRoot)) {
         const Node node = camera.node(leaf.name);
-        if (!done.insert(leaf.name).second)
-            continue;
         if (!node.selected().empty() && node.access() == GenApi_3_0::RW)
             selecting.push_back(leaf.name);
         if (!travels(leaf.name, node))

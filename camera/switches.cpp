@@ -1,9 +1,11 @@
 #include "camera/switches.h"
 
 #include <algorithm>
+#include <exception>
 #include <utility>
 
 #include "camera/values.h"
+#include "cli/process.h"
 
 namespace kxinfo {
 
@@ -16,24 +18,32 @@ constexpr const char *kWholeAutomation = "autoBrightnessMode";
 
 // Values of selectors that one feature is read with: those of a table take minutes.
 constexpr size_t kMostSelections = 64;
+// Selectors of one feature; cameras have two.
+constexpr size_t kMostSelectors = 8;
 
 // What a selector may be set to now.
-std::vector<Value> choicesOf(const Node &node, const std::string &name, bool all) {
+std::vector<Value> choicesOf(const std::string &selector, const Node &node, bool all) {
+    if (!node.isReadable())
+        throw Error(kFailed, selector + ", which selects it, cannot be read at present.");
     if (!all || node.access() == GenApi_3_0::RO)
         return {node.read()};
+    if (node.kind() == Kind::Boolean)
+        return {false, true};
     const Words entries = node.entries();
     std::vector<Value> choices(entries.begin(), entries.end());
-    if (node.kind() != Kind::Integer)
-        return choices;
-    const Limits limits = node.limits();
-    const auto at = [](const Value &value) { return std::get<int64_t>(value); };
-    const int64_t step = std::max<int64_t>(1, at(limits.inc));
-    const double count = (numberOf(limits.max) - numberOf(limits.min)) / double(step) + 1;
-    if (!(count <= double{kMostSelections}))
-        throw Error(kFailed, name + " has " + numberText(count) + " values; at most " +
-                                 std::to_string(kMostSelections) + " are read.");
-    for (int64_t i = 0; i < static_cast<int64_t>(count); ++i)
-        choices.emplace_back(at(limits.min) + i * step);
+    if (const Limits limits = node.limits(); node.integer() && limits.min <= limits.max) {
+        // Without a sign the distance of any two has room.
+        const auto at = [](const Value &value) { return uint64_t(std::get<int64_t>(value)); };
+        const uint64_t step = uint64_t(std::max<int64_t>(1, std::get<int64_t>(limits.inc)));
+        const uint64_t last = (at(limits.max) - at(limits.min)) / step;
+        for (uint64_t i = 0; i <= std::min<uint64_t>(last, kMostSelections); ++i)
+            choices.emplace_back(int64_t(at(limits.min) + i * step));
+    }
+    if (choices.empty() || choices.size() > kMostSelections)
+        throw Error(kFailed,
+                    selector + ", which selects it, has " +
+                        (choices.empty() ? "no" : "more than " + std::to_string(kMostSelections)) +
+                        " values.");
     return choices;
 }
 
@@ -153,19 +163,34 @@ void Switches::eachChoice(const Words &selectors, bool all,
     size_t count = 0;
     const std::function<void()> choose = [&] {
         stopIfAsked();
-        if (needs.size() == selectors.size() && ++count > kMostSelections)
-            throw Error(kFailed, "only the first " + std::to_string(kMostSelections) +
-                                     " choices of its selectors are read.");
-        if (needs.size() == selectors.size())
+        if (selectors.size() > kMostSelectors || count == kMostSelections)
+            throw Error(kFailed, "more than " + std::to_string(kMostSelectors) + " selectors, or " +
+                                     std::to_string(kMostSelections) +
+                                     " of their choices, are not walked.");
+        if (needs.size() == selectors.size()) {
+            ++count;
             return work(needs);
-        const std::string &name = selectors[needs.size()];
-        const Feature &selector = ownFeature(name);
-        for (const Value &choice : choicesOf(camera_.node(name), name, all)) {
-            select(selector, choice);
-            needs.push_back({name, valueText(selector, choice), true});
-            choose();
-            needs.pop_back();
         }
+        const Feature &selector = ownFeature(selectors[needs.size()]);
+        const Node node = camera_.node(selector.name);
+        const std::vector<Value> choices = choicesOf(selector.name, node, all);
+        const Value before = node.read();
+        std::exception_ptr end;
+        try {
+            for (const Value &choice : choices) {
+                select(selector, choice);
+                needs.push_back({selector.name, valueText(selector, choice), true});
+                choose();
+                needs.pop_back();
+            }
+        } catch (...) {
+            end = std::current_exception();
+            if (stopSignal())
+                waitInSpiteOfAll();
+        }
+        select(selector, before); // with each choice of those above it may have another
+        if (end)
+            std::rethrow_exception(end);
     };
     choose();
 }

@@ -18,51 +18,45 @@ struct Request {
 };
 
 struct Selection {
-    Words entries; ///< of the selectors, in their order
+    Words choices; ///< of the selectors, in their order
     Reading reading;
 };
 
 struct Entry {
-    Words categories;
+    Words categories; ///< where it stands, from the outermost
     const Feature *feature;
     Reading reading;
     Words selectors = {};
     std::vector<Selection> selections = {};
 };
 
-// A feature, or all in a category: whom each is selected by, and with \p switches its values with each
-// choice.
-std::vector<Entry> entriesOf(const Camera &camera, Switches *switches, const std::string &name) {
-    std::vector<Entry> entries;
+// Whom each feature is selected by, and, where that is wanted, its values with each choice.
+void addSelections(const Camera &camera, Switches *switches, std::vector<Entry> &tree) {
     auto selectors = camera.selectors();
-    for (const Leaf &leaf : camera.leaves(name)) {
-        stopIfAsked();
-        const Feature &feature = ownFeature(leaf.name);
-        entries.push_back({leaf.categories, &feature, readFeature(camera, feature, nullptr),
-                           selectors[leaf.name]});
-    }
-    for (Entry &entry : entries) {
+    for (Entry &entry : tree) {
+        entry.selectors = selectors[entry.feature->name];
         if (!switches || entry.selectors.empty())
             continue;
         const std::string why = whyNotDone([&] {
             switches->eachChoice(entry.selectors, true, [&](const auto &needs) {
-                Words chosen;
+                Selection &selection = entry.selections.emplace_back();
                 for (const Need &need : needs)
-                    chosen.push_back(need.entry);
-                entry.selections.push_back({chosen, readFeature(camera, *entry.feature, nullptr)});
+                    selection.choices.push_back(need.entry);
+                selection.reading = readFeature(camera, *entry.feature, nullptr);
             });
         });
-        if (!why.empty() && entry.reading.problem.empty())
-            entry.reading.problem = why;
+        if (why.empty() || !entry.reading.problem.empty())
+            continue;
+        entry.reading.problem = why;
+        tell(entry.feature->name + ": " + why + ".");
     }
-    return entries;
 }
 
-std::string asTable(const Camera &camera, const std::vector<Entry> &entries) {
+std::string asTable(const Camera &camera, const std::vector<Entry> &tree) {
     std::vector<Row> rows{{columnsOfReadings()}};
     Words above;
     std::string toolTip;
-    for (const Entry &entry : entries) {
+    for (const Entry &entry : tree) {
         const Words &categories = entry.categories;
         // Of the path to it, what has not been shown.
         for (size_t depth = 0; depth < categories.size(); ++depth)
@@ -72,21 +66,22 @@ std::string asTable(const Camera &camera, const std::vector<Entry> &entries) {
         const std::string indent(2 * categories.size(), ' ');
         const auto add = [&](const Reading &reading, const std::string &choice) {
             Words cells = cellsOf(reading);
-            cells.front() = indent + cells.front() + choice;
+            cells[0].insert(0, indent).append(choice);
+            cells[1] = shortened(cells[1]); // registers may have 64 KiB
             rows.push_back({cells});
         };
         add(entry.reading, "");
         for (const Selection &selection : entry.selections)
-            add(selection.reading, "[" + joined(selection.entries, ",", ",") + "]");
+            add(selection.reading, "[" + joined(selection.choices, ",", ",") + "]");
         toolTip = camera.node(entry.feature->name).toolTip();
     }
-    const bool alone = entries.size() == 1 && !toolTip.empty();
+    const bool alone = tree.size() == 1 && !toolTip.empty();
     return camera.heading() + "\n" + tableText(rows) + (alone ? "\n" + toolTip + "\n" : "");
 }
 
-std::string asJson(const Camera &camera, const std::vector<Entry> &entries) {
+std::string asJson(const Camera &camera, const std::vector<Entry> &tree) {
     Json features = Json::array();
-    for (const Entry &entry : entries) {
+    for (const Entry &entry : tree) {
         const Node node = camera.node(entry.feature->name);
         const std::string toolTip = node.toolTip();
         Json feature = {{"categories", entry.categories}};
@@ -96,7 +91,7 @@ std::string asJson(const Camera &camera, const std::vector<Entry> &entries) {
         feature["selectors"] = entry.selectors;
         Json selections = Json::array();
         for (const Selection &selection : entry.selections) {
-            Json &members = selections.emplace_back(Json{{"entries", selection.entries}});
+            Json &members = selections.emplace_back(Json{{"choices", selection.choices}});
             members.update(asMembers(selection.reading));
         }
         feature["selections"] = selections;
@@ -112,12 +107,21 @@ int tree(const Request &request) {
         const std::string name = names.empty() ? kRoot : names.front();
         const Node node = camera.node(name);
         if (node.kind() == Kind::Missing && !node.isCategory())
-            throw Error(kWrongUsage, "the camera has neither a feature nor a category \"" +
-                                         shortened(name) + "\"." + nearestFeatures(name));
+            throw Error(names.empty() ? kFailed : kWrongUsage,
+                        "the camera has neither a feature nor a category \"" + shortened(name) +
+                            "\"." + (names.empty() ? " Name another." : nearestFeatures(name)));
         if (node.isCategory())
             camera.readAhead();
-        const auto entries = entriesOf(camera, request.switches ? &switches : nullptr, name);
-        result = request.json ? asJson(camera, entries) : asTable(camera, entries);
+        std::vector<Entry> tree;
+        for (const Leaf &leaf : camera.leaves(name)) {
+            stopIfAsked();
+            const Feature &feature = ownFeature(leaf.name);
+            tree.push_back({leaf.categories, &feature, readFeature(camera, feature, nullptr)});
+        }
+        addSelections(camera, request.switches ? &switches : nullptr, tree);
+        if (const std::string switched = switches.switched(); !switched.empty())
+            tell("switched for a moment, and put back: " + switched + ".");
+        result = request.json ? asJson(camera, tree) : asTable(camera, tree);
         return kDone;
     };
     const int status = onFeatures(request.camera, request.names, purpose, work);
