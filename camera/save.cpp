@@ -114,12 +114,14 @@ Run declareSave(CLI::App &command) {
         .add_option("--format", request->format,
                     "json, or genapi: the text file of programs over GenApi, with every feature "
                     "that can be set and without the table")
+        ->type_name("FORM")
         ->transform(oneOf({"json", "genapi"}, "--format is"));
     command.footer(
         R"(Writes nothing to the camera unless --switch says so. The file appears whole or not at all.
 
-Example:
-  kxinfo save S1234567 camera.json)");
+Examples:
+  kxinfo save S1234567 camera.json
+  kxinfo save S1234567 camera.txt --format genapi)");
     return [request] {
         if (!request->folder.empty()) {
             if (request->camera)
