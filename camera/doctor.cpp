@@ -385,8 +385,9 @@ void lookInto(Examination &all, const gvcp::Found &found) {
             if (reading.failed)
                 failing.push_back(say(feature.name, " (", reading.problem, ")"));
         }
-        for (const auto &[parameter, problem] : lackingParameters(camera))
-            lacking.push_back(say(parameter, " (", problem, ")"));
+        for (const auto &[parameter, features, problem] : hostParameters(camera))
+            if (!problem.empty())
+                lacking.push_back(say(parameter, " (", problem, ")"));
         all.facts[TheCamera].push_back(say(labelOf(found), ": ", read, " of ", allFeatures().size(),
                                            " features that kxinfo knows can be read as it stands"));
         if (!failing.empty())
@@ -445,7 +446,7 @@ int examine(Examination &all, const CameraArgument &name) {
     return meant.empty() ? kNoCamera : all.hindered ? kFailed : kDone;
 }
 
-void show(const Examination &all, bool json) {
+std::string shown(const Examination &all, bool json) {
     Json parts = Json::array();
     std::string text;
     for (const Part part : {Computer, Network, TheCamera}) {
@@ -465,11 +466,19 @@ void show(const Examination &all, bool json) {
             text += looked ? "  nothing found\n"
                            : "  not looked at: there is not just one that opens\n";
     }
-    writeOut(json ? jsonText({{"version", 1}, {"hearsDropped", all.hearsDropped}, {"parts", parts}})
-                  : text);
+    return json ? jsonText({{"version", 1}, {"hearsDropped", all.hearsDropped}, {"parts", parts}})
+                : text;
 }
 
 } // namespace
+
+int diagnose(const CameraArgument &camera, std::string &result, bool json) {
+    stopWaitingWhen(stopOnSignals());
+    Examination all;
+    const int status = examine(all, camera);
+    result = shown(all, json);
+    return status;
+}
 
 Run declareDoctor(CLI::App &command) {
     const auto camera = std::make_shared<CameraArgument>();
@@ -483,10 +492,9 @@ The status is 0 when nothing hinders, 1 when no camera answers, 3 when there is 
 Example:
   kxinfo doctor)");
     return [camera, json] {
-        stopWaitingWhen(stopOnSignals());
-        Examination all;
-        const int status = examine(all, *camera);
-        show(all, *json);
+        std::string result;
+        const int status = diagnose(*camera, result, *json);
+        writeOut(result);
         return status;
     };
 }

@@ -12,6 +12,9 @@
 
 namespace kxinfo {
 
+/** How the table is named among what could not be read. */
+constexpr const char *kLookupTable = "the lookup table";
+
 struct SavedValue {
     const Feature *feature; ///< one of savedFeatures()
     Value value;            ///< the camera's own; where it is not exact, as far as that is known
@@ -64,6 +67,9 @@ std::string settingsText(const SavedCamera &camera);
  * \throws Error (kWrongUsage) with the place and what is expected there
  */
 SavedCamera settingsFrom(const std::string &text, const std::string &name);
+
+/** Whether a word that may name a camera or a file names a file. */
+bool isFile(const std::string &word);
 
 /** The file of that name, "-" for standard input. \throws Error (kWrongUsage) */
 SavedCamera readSettings(const std::string &name);
