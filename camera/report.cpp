@@ -4,12 +4,10 @@
 #include <net/if.h>
 
 #include <algorithm>
-#include <cmath>
 #include <ctime>
 #include <map>
 #include <memory>
 #include <sstream>
-#include <utility>
 
 #include "camera/command.h"
 #include "camera/find.h"
@@ -17,35 +15,18 @@
 #include "camera/saved_camera.h"
 #include "cli/files.h"
 #include "cli/json.h"
-#include "report_style.h"
+#include "report_page.h"
 
 namespace kxinfo {
 
 namespace {
 
-// The policy is a second wall, should a text ever become markup.
-constexpr char kPage[] = R"(<!DOCTYPE html>
-<html lang='en'><head><meta charset='utf-8'><title>$</title>
-<meta http-equiv='Content-Security-Policy' content="default-src 'none'; style-src 'unsafe-inline'">
-<meta name='viewport' content='width=device-width, initial-scale=1'>
-<meta name='color-scheme' content='light dark'><style>$</style></head>
-<body><header><h1>$</h1><p>$$</p></header><main class='$'>$</main></body></html>
-)";
-// Sections, each by the first of its features.
-const std::map<std::string, std::string> kSections = {
-    {"DeviceTemperature", "Temperature"}, {"WidthMax", "Region of interest"},
-    {"Gain", "Exposure, gain and gamma"}, {"autoBrightnessTarget", "Automatic functions"},
-    {"ReverseX", "Direction and colour"}, {"autoBrightnessMode", "Modes"}};
-constexpr const char *kWhy = "class='why'"; // what noneSince() says
-// From this ratio on a bar has a logarithmic scale.
-constexpr double kWide = 1000;
-constexpr double kMostSteps = 50; // that are drawn
-constexpr size_t kPoints = 128;   // of a curve
+// From this ratio on a bar is logarithmic; so many steps of it, and points of a curve, are drawn.
+constexpr double kWide = 1000, kMostSteps = 50, kPoints = 128;
 
 /** A camera as it stands, or what a file says of one. */
 struct Side {
-    std::string label;
-    bool isFile = true;
+    std::string label; ///< at first what the user calls it
     SavedCamera saved = {};
     std::vector<std::pair<std::string, std::string>> about = {};
     std::vector<Reading> readings = {}; ///< of shownFeatures()
@@ -60,16 +41,21 @@ struct Side {
 using Sides = std::vector<Side>;
 
 std::vector<const Feature *> shownFeatures() {
-    std::vector<const Feature *> features = {&ownFeature("DeviceTemperature")};
+    std::vector<const Feature *> features = {&ownFeature("DeviceFirmwareVersion"),
+                                             &ownFeature("DeviceTemperature")};
     for (const Feature &feature : allFeatures())
         features.push_back(&feature);
     return features;
 }
 
-Side sideOfFile(const std::string &name) {
-    Side side{name, true, readSettings(name)};
-    const CameraName &is = side.saved.name;
-    side.about = {{"Serial number", is.serial}, {"Model", is.model}, {"Maker", is.manufacturer}};
+void introduce(Side &side, const CameraName &name) {
+    side.about = {
+        {"Serial number", name.serial}, {"Model", name.model}, {"Maker", name.manufacturer}};
+}
+
+void readFromFile(Side &side) {
+    side.saved = readSettings(side.label);
+    introduce(side, side.saved.name);
     for (const Feature *feature : shownFeatures()) {
         Reading &reading = side.readings.emplace_back(Reading{feature, feature->kind});
         for (const SavedValue &saved : side.saved.settings)
@@ -77,83 +63,64 @@ Side sideOfFile(const std::string &name) {
                 reading.value = saved.value;
         reading.problem = hasValue(reading.value) ? "" : "the file does not hold it";
     }
-    return side;
 }
 
-// Reads the camera that its label names. Returns the status of one that failed.
-int readCamera(Side &side, bool switching) {
+// Returns the status of a camera that failed.
+int readFromCamera(Side &side, bool switching) {
     const gvcp::Found found = chosenCamera(side.label);
-    const gvcp::Identity &identity = found.identity;
-    const std::string address = gvcp::dotted(identity.address), mac = macText(macOf(identity));
-    // Others may have its address; but where it was asked directly, it may hear no broadcast.
-    const std::string exact = found.interface ? mac : address;
-    const std::string control = statesOf({found}).front().text;
-    (void)diagnose(exact, side.doctor, false);
-    return onCamera(
-        exact, switching ? Purpose::Change : Purpose::Look, [&](Camera &camera, auto &all) {
-            Switches *const switches = switching ? &all : nullptr;
-            for (const Feature *feature : shownFeatures()) {
-                stopIfAsked();
-                side.readings.push_back(readFeature(camera, *feature, switches));
-            }
-            const Feature &firmware = ownFeature("DeviceFirmwareVersion");
-            const Reading version = readFeature(camera, firmware, nullptr);
-            char card[IF_NAMESIZE] = "";
-            (void)if_indextoname(found.interface, card);
-            const CameraName &is = camera.name();
-            side.label = is.serial + " (" + address + ")";
-            side.isFile = false;
-            side.saved = readSaved(camera, switches, true);
-            side.host = hostParameters(camera);
-            side.about = {{"Serial number", is.serial},
-                          {"Model", is.model},
-                          {"Maker", is.manufacturer},
-                          {"User name", is.userName},
-                          {"Device version", identity.version},
-                          {"Firmware", valueText(firmware, version.value)},
-                          {"Address", address},
-                          {"Mask", gvcp::dotted(identity.mask)},
-                          {"Gateway", identity.gateway ? gvcp::dotted(identity.gateway) : ""},
-                          {"MAC address", mac},
-                          {"Interface", card},
-                          {"Seen from", gvcp::dotted(found.host)},
-                          {"Control", control}};
-            return kDone;
-        });
+    const gvcp::Identity &is = found.identity;
+    const std::string address = gvcp::dotted(is.address), state = statesOf({found}).front().text;
+    char card[IF_NAMESIZE] = "";
+    (void)if_indextoname(found.interface, card);
+    introduce(side, nameOf(is));
+    side.label = side.about.front().second + " (" + address + ")";
+    for (const auto &fact : std::vector<std::pair<std::string, std::string>>{
+             {"User name", is.userName},
+             {"Version", is.version},
+             {"Address", address},
+             {"Mask", gvcp::dotted(is.mask)},
+             {"Gateway", is.gateway ? gvcp::dotted(is.gateway) : ""},
+             {"MAC address", macText(macOf(is))},
+             {"Interface", card},
+             {"Control", state}})
+        side.about.push_back(fact);
+    (void)diagnose(address, side.doctor, false);
+    return onCamera(address, switching ? Purpose::Change : Purpose::Look,
+                    [&](Camera &camera, auto &all) {
+                        Switches *const switches = switching ? &all : nullptr;
+                        for (const Feature *feature : shownFeatures()) {
+                            stopIfAsked();
+                            side.readings.push_back(readFeature(camera, *feature, switches));
+                        }
+                        side.saved = readSaved(camera, switches, true);
+                        side.host = hostParameters(camera);
+                        return kDone;
+                    });
 }
 
-enum Mark { Same, Unknown, Differs };
-
-// Of what is saved, as 'kxinfo diff' says.
-Mark markOf(const Sides &sides, const Feature &feature, const std::string &differences) {
-    for (const Side &side : sides)
-        if (const Reading &own = side.of(feature.name);
-            !hasValue(own.value) && (side.isFile ? !feature.saved : own.kind != Kind::Missing))
-            return Unknown;
-    const auto text = [&](const Side &side) {
-        return valueText(feature, side.of(feature.name).value);
-    };
-    return (feature.saved ? differences.find("\n" + feature.name + ": ") == differences.npos
-                          : text(sides.front()) == text(sides.back()))
-               ? Same
-               : Differs;
+// Why something is not there.
+Html noneSince(const std::string &why) {
+    return Html("<p class='why'>– $</p>", why);
 }
 
-// Unless the mark is known, it is what the markup of the sides says.
-template <class Cell>
-Html rowOf(const Sides &sides, const std::string &name, const Cell &cell,
-           std::optional<Mark> mark = {}) {
-    constexpr const char *kClasses[] = {"same", "unknown", "differs"};
-    constexpr const char *kSigns[] = {"= same", "? not compared", "≠ differs"};
-    const std::string first = cell(sides.front()).text(), last = cell(sides.back()).text();
-    const bool isThere = (first + last).find(kWhy) == first.npos;
-    const Mark shown = mark ? *mark : !isThere ? Unknown : first == last ? Same : Differs;
+// What compares as same, unless told otherwise, is the cells.
+template <class Cell, class Key>
+Html rowOf(const Sides &sides, const std::string &name, const Cell &cell, const Key &key) {
+    const std::string a = key(sides.front()).text(), b = key(sides.back()).text();
+    const std::string mark = (a + b).find("class='why'") != a.npos ? "? not compared"
+                             : a == b                              ? "= same"
+                                                                   : "≠ differs";
     Html cells;
     for (const Side &side : sides)
         cells += Html("<td data-side='$'>$</td>", side.label, cell(side));
     if (sides.size() > 1)
-        cells += Html("<td class='mark'>$</td>", kSigns[shown]);
-    return Html("<tr class='$'><th scope='row'>$</th>$</tr>\n", kClasses[shown], name, cells);
+        cells += Html("<td class='mark'>$</td>", mark);
+    return Html("<tr class='$'><th scope='row'>$</th>$</tr>\n", mark, name, cells);
+}
+
+template <class Cell>
+Html rowOf(const Sides &sides, const std::string &name, const Cell &cell) {
+    return rowOf(sides, name, cell, cell);
 }
 
 Html sectionOf(const Sides &sides, const std::string &title, const Html &rows) {
@@ -167,110 +134,97 @@ Html sectionOf(const Sides &sides, const std::string &title, const Html &rows) {
                 title, title, heads, rows);
 }
 
-// Why something is not there.
-Html noneSince(const std::string &why) {
-    return Html("<p class='why'>$</p>", why);
-}
-
-// With all digits for programs.
-Html datum(const char *kind, const Json &value, const std::string &text) {
-    return Html("<data class='$' value='$'>$</data>", kind,
-                value.is_string() ? value.get<std::string>() : value.dump(), text);
-}
-
 double numberIn(const Json &value) {
     return value.is_number() ? value.get<double>() : NAN;
 }
 
-// The lower limit of the automatic function that sets a feature; null: there is none.
-const Feature *lowerLimitOf(const Feature &set) {
-    for (const Feature &feature : allFeatures())
-        for (const Need &need : feature.needs)
-            if (set.setBy && feature.upTo && std::string(need.node) == set.setBy)
-                return &feature;
-    return nullptr;
+// With all digits for programs.
+Html datum(const char *kind, const Json &value, const std::string &text) {
+    if (value.is_null())
+        return Html();
+    return Html("<data class='$' value='$'>$</data>", kind,
+                value.is_string() ? value.get<std::string>() : value.dump(), text);
 }
 
-Html barOf(const Sides &sides, const Side &side, const Reading &reading) {
+Html valueOf(const Reading &reading) {
+    const Words text = cellsOf(reading);
+    return hasValue(reading.value) ? Html("<p class='value'>$ <small>$</small></p>",
+                                          datum("value", asMembers(reading)["value"], text[1]),
+                                          text[5] == kNone ? "" : text[5])
+                                   : noneSince(reading.problem);
+}
+
+// Text and drawing of a range.
+Html rangeOf(const Sides &sides, const Side &side, const Reading &reading) {
     const Feature &feature = *reading.feature;
     const Json is = asMembers(reading);
     const Words text = cellsOf(reading);
-    double low = INFINITY, high = -INFINITY; // one scale for all sides
+    const double minimum = numberIn(is["minimum"]), maximum = numberIn(is["maximum"]);
+    const double value = numberIn(is["value"]), step = numberIn(is["increment"]);
+    double low = minimum, high = maximum; // one scale for all sides
     for (const Side &each : sides) {
         const Json other = asMembers(each.of(feature.name));
         low = std::fmin(low, numberIn(other["minimum"]));
         high = std::fmax(high, numberIn(other["maximum"]));
     }
-    const bool linear = feature.unit == Unit::Decibels || !(low > 0 && high / low >= kWide);
+    const bool isDecibels = feature.unit == Unit::Decibels;
+    const bool isWide = !isDecibels && low > 0 && high / low >= kWide;
     const auto at = [&](double number) {
         const double part =
-            linear ? (number - low) / (high - low) : std::log(number / low) / std::log(high / low);
+            isWide ? std::log(number / low) / std::log(high / low) : (number - low) / (high - low);
         return 100 * (part > 0 ? std::min(part, 1.0) : 0);
     };
-    Html marks, bar, limits;
-    // A rectangle between two numbers.
+    Html marks, range;
     const auto mark = [&](const char *kind, double from, double to, int y, int height) {
         if (to >= from)
             marks += Html("<rect class='$' x='$%' width='$%' y='$' height='$' rx='3'/>", kind,
                           at(from), at(to) - at(from), y, height);
     };
-    const double minimum = numberIn(is["minimum"]), value = numberIn(is["value"]);
-    const double step = numberIn(is["increment"]);
-    mark("track", minimum, numberIn(is["maximum"]), 9, 6);
-    if (const Feature *lower = lowerLimitOf(feature);
-        lower && hasValue(side.of(lower->name).value)) {
-        const Reading &from = side.of(lower->name), &to = side.of(lower->upTo);
+    mark("track", minimum, maximum, 9, 6);
+    mark("fill", minimum, value, 9, 6);
+    const char *lower = feature.name == "Gain"           ? "gainAutoMinValue"
+                        : feature.name == "ExposureTime" ? "exposureAutoMinValue"
+                                                         : nullptr;
+    if (lower && hasValue(side.of(lower).value)) {
+        const Reading &from = side.of(lower), &to = side.of(from.feature->upTo);
         const Json least = asMembers(from)["value"], most = asMembers(to)["value"];
         mark("limits", numberIn(least), numberIn(most), 2, 20);
-        limits = Html("<p class='limited'>$ $, within $ to $</p>", feature.setBy,
-                      valueText(*lower, side.of(feature.setBy).value),
-                      datum("lower", least, valueText(*lower, from.value)),
-                      datum("upper", most, quantityText(*lower, to.value)));
+        range = Html("<p class='limited'>$ $, within $ to $</p>", feature.setBy,
+                     valueText(feature, side.of(feature.setBy).value),
+                     datum("lower", least, valueText(feature, from.value)),
+                     datum("upper", most, quantityText(feature, to.value)));
     }
-    mark("fill", minimum, value, 9, 6);
-    const bool even = feature.unit != Unit::Decibels && linear && step > 0;
-    for (double i = 1; even && (high - low) / step <= kMostSteps && low + i * step < high; ++i)
-        marks +=
-            Html("<rect class='step' x='$%' y='18' width='1' height='4'/>", at(low + i * step));
+    const double count = isWide || isDecibels || !(step > 0) ? 0 : (high - low) / step;
+    for (double i = 1; count <= kMostSteps && i < count; ++i)
+        marks += Html("<rect class='step' x='$%' y='18' width='1' height='4'/>", 100 * i / count);
     if (std::isfinite(value))
         marks += Html("<circle cx='$%' cy='12' r='6'/>", at(value));
-    if (low < high && std::isfinite(high - low) && std::isfinite(minimum))
-        bar = Html("<svg class='bar' role='img' aria-label='$: $, on a bar from $ to $'>$</svg>",
-                   text[0], text[1], text[2], text[3], marks);
     if (!is["minimum"].is_null())
-        bar +=
-            Html("<p class='ends'>$<span>$$</span>$</p>", datum("minimum", is["minimum"], text[2]),
-                 is["increment"].is_null()
-                     ? Html()
-                     : Html("step $", datum("increment", is["increment"], text[4])),
-                 linear ? "" : " logarithmic", datum("maximum", is["maximum"], text[3]));
-    return bar += limits;
+        range = Html(
+            "<p class='ends' style='margin:0 min($%,40%) 0 min($%,40%)'>$<span>$$ $</span>$</p>$",
+            100 - at(maximum), at(minimum), datum("minimum", is["minimum"], text[2]),
+            step > 0 ? "step " : "", datum("increment", is["increment"], text[4]),
+            isWide ? "logarithmic" : "", datum("maximum", is["maximum"], text[3]), range);
+    if (maximum >= minimum && low < high && std::isfinite(high - low))
+        range = Html("<svg class='bar' role='img' aria-label='$: $, on a bar from $ to $'>$</svg>$",
+                     text[0], text[1], text[2], text[3], marks, range);
+    return range;
 }
 
 Html settingOf(const Sides &sides, const Side &side, const Reading &reading) {
-    const std::string value = valueText(*reading.feature, reading.value),
-                      unit = cellsOf(reading)[5];
-    Html shown("–"), choices;
-    if (hasValue(reading.value))
-        shown = Html("$ <small>$</small>", datum("value", asMembers(reading)["value"], value),
-                     unit == kNone ? "" : unit);
+    Html choices;
     for (const std::string &entry : reading.entries)
-        choices += Html("<li>$ $</li>", entry == value ? "●" : "○", entry);
-    if (!reading.entries.empty())
-        choices = Html("<ul class='choices'>$</ul>", choices);
-    if (!reading.problem.empty())
-        choices += noneSince(reading.problem);
-    return Html("<div class='setting'><p class='value'>$</p><div>$$</div></div>", shown,
-                barOf(sides, side, reading), choices);
+        choices += Html("<li>$ $</li>", Value(entry) == reading.value ? "●" : "○", entry);
+    return Html("<div class='setting'>$<div>$<ul class='choices'>$</ul></div></div>",
+                valueOf(reading), rangeOf(sides, side, reading), choices);
 }
 
 Html regionOf(const Side &side) {
     const auto number = [&](const char *name) { return numberOf(side.of(name).value); };
-    const double width = number("WidthMax"), height = number("HeightMax");
-    const double w = number("Width"), h = number("Height");
-    const double x = number("OffsetX"), y = number("OffsetY");
+    const double width = number("WidthMax"), height = number("HeightMax"), w = number("Width"),
+                 h = number("Height"), x = number("OffsetX"), y = number("OffsetY");
     if (!(width > 0 && height > 0 && w >= 0 && h >= 0 && std::isfinite(x + y)))
-        return noneSince("– not all of its size, its place and the sensor's size are known");
+        return noneSince("not all of its size, its place and the sensor's size are known");
     const Html text("$ × $ px at $, $ on $ × $ px: $ %", w, h, x, y, width, height,
                     std::round(100 * w / width * h / height));
     return Html("<figure><svg class='sensor' role='img' viewBox='0 0 $ $' aria-label='$'>"
@@ -283,103 +237,95 @@ Html curvesOf(const Side &side) {
     Html lines, keys;
     const auto add = [&](const std::string &name, const std::string &meaning, const auto &output) {
         Html points;
-        for (size_t i = 0; i <= kPoints; ++i) {
-            const double input = static_cast<double>(i) / kPoints;
-            points += Html("$,$ ", 100 * input, 100 - 100 * output(input));
-        }
+        for (double i = 0; i <= kPoints; ++i)
+            points += Html("$,$ ", 100 * i / kPoints, 100 - 100 * output(i / kPoints));
         lines += Html("<polyline class='$' points='$'/>", name, points);
         keys += Html("<li><svg class='key' aria-hidden='true'><line class='$' x2='100%' y1='50%' "
-                     "y2='50%'/></svg> $ $</li>",
+                     "y2='50%'/></svg> $: $</li>",
                      name, name, meaning);
     };
     if (const double gamma = numberOf(side.of("gammaCorrection").value); gamma > 0)
-        add("Gamma", numberText(gamma) + ": the input to this power",
+        add("Gamma", "the input to the power of " + numberText(gamma),
             [&](double input) { return std::pow(input, gamma); });
-    for (const SavedTable &table : side.saved.tables) {
-        const auto last = static_cast<double>(table.entries.size() - 1); // also the largest entry
-        add(table.channel.empty() ? "Table" : table.channel, "table", [&](double input) {
+    for (const SavedTable &table : side.saved.tables)
+        add(table.channel.empty() ? "All" : table.channel, "lookup table", [&](double input) {
+            const auto last =
+                static_cast<double>(table.entries.size() - 1); // its largest entry, too
             return table.entries[static_cast<size_t>(input * last)] / std::max(1.0, last);
         });
-    }
     for (const SavedCamera::Unread &unread : side.saved.unread)
         if (unread.name == kLookupTable || unread.name == "gammaCorrection")
-            keys += Html("<li>$</li>", noneSince("– " + unread.name + ": " + unread.why));
-    if (keys.text().empty())
-        return noneSince("– there is neither gamma nor a lookup table");
+            keys += Html("<li>$</li>", noneSince(unread.name + ": " + unread.why));
     if (lines.text().empty())
         return Html("<ul>$</ul>", keys);
     return Html(
-        "<figure><svg class='curves' role='img' viewBox='0 0 100 100' aria-label='Output, upwards, "
-        "by input, to the right'>$</svg><figcaption><ul>$</ul></figcaption></figure>",
+        "<figure><svg class='curves' role='img' viewBox='0 0 100 100' aria-label='Output, "
+        "upwards, by input, to the right'>$</svg><figcaption><ul>$</ul></figcaption></figure>",
         lines, keys);
 }
 
-// What a plug-in's host is told.
+// What a plug-in's host would be told.
 Html publishedOf(const Side &side) {
     Html list;
-    for (const HostParameter &parameter : side.host) {
+    for (const auto &[parameter, features, problem] : side.host) {
         Words values;
-        for (const std::string &name : parameter.features)
+        for (const std::string &name : features)
             values.push_back(name + " " + quantityText(featureNamed(name), side.of(name).value));
-        const bool has = parameter.problem.empty();
-        list += Html("<dt>$ $</dt><dd>$$</dd>", has ? "✓" : "✗", parameter.name,
-                     has ? "published, from " : "lacking: ",
-                     has ? joined(values, " and ") : parameter.problem);
+        list += problem.empty()
+                    ? Html("<li>✓ $: published, $</li>", parameter, joined(values, ", "))
+                    : Html("<li>✗ $: lacking, $</li>", parameter, problem);
     }
-    return side.isFile ? noneSince("– a file publishes nothing") : Html("<dl>$</dl>", list);
+    return side.host.empty() ? noneSince("a file publishes nothing") : Html("<ul>$</ul>", list);
 }
 
-// What doctor says: headings, and below them what is more and more indented.
 Html diagnosisOf(const Side &side) {
     std::istringstream lines(side.doctor);
     Html text;
-    for (std::string line; std::getline(lines, line);)
-        if (const size_t indent = std::min(line.find_first_not_of(' '), line.size()); indent > 0)
-            text += Html("<p class='in$'>$</p>", std::to_string(indent), line.substr(indent));
-        else if (!line.empty())
-            text += Html("<h3>$</h3>", line);
-    return side.isFile ? noneSince("– a file is not asked") : text;
+    for (std::string line; std::getline(lines, line);) {
+        const size_t indent = std::min(line.find_first_not_of(' '), line.size());
+        text += Html("<p class='in$'>$</p>", std::to_string(indent), line.substr(indent));
+    }
+    return side.doctor.empty() ? noneSince("a file is not asked") : text;
 }
 
 std::string pageOf(const Sides &sides) {
+    // Sections, by their first features.
+    const std::map<std::string, std::string> kTitles = {
+        {"DeviceTemperature", "Temperature"}, {"WidthMax", "Region of interest"},
+        {"Gain", "Exposure, gain and gamma"}, {"autoBrightnessTarget", "Automatic functions"},
+        {"ReverseX", "Direction and colour"}, {"autoBrightnessMode", "Modes"}};
     const Side &first = sides.front(), &last = sides.back();
-    const std::string lines = "\n" + differences(first.saved, last.saved);
+    const bool two = sides.size() > 1;
     Html main, rows;
-    for (const auto &[label, own] : (last.isFile ? first : last).about)
+    for (const auto &[label, own] : (last.host.empty() ? first : last).about)
         rows += rowOf(sides, label, [name = label](const Side &side) {
             for (const auto &[other, text] : side.about)
                 if (other == name)
                     return Html("$", text.empty() ? kNone : text);
-            return noneSince("– the file does not hold it");
+            return noneSince("the file does not hold it");
         });
     std::string title = "Identity and network";
     for (const Feature *feature : shownFeatures()) {
-        if (const auto next = kSections.find(feature->name); next != kSections.end()) {
+        const std::string &name = feature->name;
+        if (const auto next = kTitles.find(name); next != kTitles.end())
             main += sectionOf(sides, std::exchange(title, next->second), std::exchange(rows, {}));
-        }
-        const auto setting = [&](const Side &side) {
-            return settingOf(sides, side, side.of(feature->name));
-        };
-        rows += rowOf(sides, feature->name, setting, markOf(sides, *feature, lines));
-        if (feature->name == "OffsetY")
+        rows += rowOf(
+            sides, name, [&](const Side &side) { return settingOf(sides, side, side.of(name)); },
+            [&](const Side &side) { return valueOf(side.of(name)); });
+        if (name == "OffsetY")
             rows += rowOf(sides, "On the sensor", regionOf);
-        if (feature->name == "gammaCorrection")
+        if (name == "gammaCorrection")
             rows += rowOf(sides, "Curves", curvesOf);
     }
     main += sectionOf(sides, title, rows);
     main += sectionOf(sides, "What a host would get", rowOf(sides, "Parameters", publishedOf));
-    main += sectionOf(sides, "What doctor says", rowOf(sides, "Findings", diagnosisOf, Unknown));
+    main += sectionOf(sides, "What doctor says", rowOf(sides, "Findings", diagnosisOf));
     char time[32] = "";
     const std::time_t now = std::time(nullptr);
     tm utc{};
     (void)std::strftime(time, sizeof time, "%Y-%m-%d %H:%M:%S UTC", gmtime_r(&now, &utc));
-    const bool two = sides.size() > 1;
-    const auto count = std::count(lines.begin() + 1, lines.end(), '\n');
     const std::string heading = two ? first.label + " and " + last.label : "Camera " + first.label;
-    return Html(kPage, heading, Html(kReportStyle), heading,
-                two ? "≠ " + std::to_string(count) + " settings differ. " : "", time,
-                two ? "two" : "one", main)
-        .text();
+    return Html(kReportPage, heading, heading, time, two ? "two" : "one", main).text();
 }
 
 } // namespace
@@ -395,16 +341,13 @@ Run declareReport(CLI::App &command) {
     const auto request = std::make_shared<Request>();
     addCamera(command, request->camera);
     command.add_option("FILE", request->file, "Page to write; - is standard output")->type_name("");
-    command
-        .add_option("--compare", request->compared,
-                    "Two cameras or files of 'kxinfo save', side by side, in place of CAMERA")
-        ->type_name("FILE")
-        ->expected(2)
-        ->allow_extra_args(false);
-    command
-        .add_option("--all", request->folder,
-                    "A page of every camera that answers in this folder, each SERIAL.html")
-        ->type_name("FOLDER");
+    const auto add = [&](const char *name, auto &to, const char *type, const char *what) {
+        return command.add_option(name, to, what)->type_name(type)->allow_extra_args(false);
+    };
+    add("--compare", request->compared, "FILE",
+        "Two cameras or files of 'kxinfo save', side by side, in place of CAMERA")
+        ->expected(2);
+    add("--all", request->folder, "FOLDER", "Draw every camera that answers to FOLDER/SERIAL.html");
     addSwitch(command, request->switching);
     command.footer(
         R"(The page is whole by itself: any browser shows it, without network or scripts. It appears whole or not
@@ -413,25 +356,24 @@ at all. Nothing is written to the camera unless --switch says so.
 Example:
   kxinfo report S1234567 camera.html)");
     return [request]() -> int {
-        if (!request->folder.empty() && (request->camera || !request->compared.empty()))
-            throw Error(kWrongUsage, "'kxinfo report' takes --all FOLDER or a file, not both.");
-        if (!request->folder.empty())
+        const bool all = !request->folder.empty(), compares = !request->compared.empty();
+        if (all && !request->camera && !compares)
             return allToFolder("report", request->folder, ".html",
                                request->switching ? Words{"--switch"} : Words{});
         const std::string name = requireFile("report", request->camera, request->file);
-        if (request->camera && !request->compared.empty())
-            throw Error(kWrongUsage, "'kxinfo report' takes CAMERA or --compare, not both.");
+        if (all || (compares && request->camera))
+            throw Error(kWrongUsage, "'kxinfo report' takes --all FOLDER, or a file and one of "
+                                     "CAMERA and --compare.");
         NewFile file(name); // before the camera is asked
         Sides sides;
-        for (const std::string &word : request->compared)
-            sides.push_back(isFile(word) ? sideOfFile(word) : Side{word});
-        if (sides.empty())
-            sides.push_back({request->camera.value_or("")});
-        for (Side &side : sides)
-            if (const int status =
-                    side.readings.empty() ? readCamera(side, request->switching) : kDone)
+        for (const std::string &word :
+             compares ? request->compared : Words{request->camera.value_or("")}) {
+            Side &side = sides.emplace_back(Side{word});
+            if (compares && isFile(word))
+                readFromFile(side);
+            else if (const int status = readFromCamera(side, request->switching))
                 return status;
-        stopIfAsked();
+        }
         file.write(pageOf(sides));
         if (!file.isStandardOutput())
             writeOut("Camera " + sides.front().label + "\nreport saved to " + cleaned(name) + "\n");
