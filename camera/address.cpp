@@ -287,7 +287,7 @@ Run declareAddress(CLI::App &command) {
     ways->transform(oneOf(kWayNames, "--ways is"))->excludes(set)->excludes(force->excludes(set));
     command.add_flag("--even-if-lost", request->evenIfLost, "Also where it can hardly be reached");
     command.add_flag("--json", request->json, "Write a JSON document");
-    command.footer("Example:\n  kxinfo address S1234567 --set 192.168.0.10/24");
+    command.footer("Example:\n  kxinfo address S1234567 --ways dhcp,persistent");
     return [request] { return address(*request); };
 }
 

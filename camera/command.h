@@ -44,8 +44,8 @@ void addSwitch(CLI::App &command, bool &switching);
 /** Declares --all, of every camera; what is read into must outlive the parsing. */
 void addAll(CLI::App &command, bool &all);
 
-/** What 'kxinfo doctor' writes, text or JSON. \return the status that it ends with */
-int diagnose(const CameraArgument &camera, std::string &result, bool json);
+/** What 'kxinfo doctor' writes; \p each: of all cameras. \return the status that it ends with */
+int diagnose(const CameraArgument &camera, bool each, bool json, std::string &result);
 
 /**
  * Runs a command that changes cameras on all of them, and shows a line of what each came to.

@@ -401,7 +401,7 @@ void lookInto(Examination &all, const gvcp::Found &found) {
 }
 
 // \return an ExitStatus
-int examine(Examination &all, const CameraArgument &name) {
+int examine(Examination &all, const CameraArgument &name, bool each) {
     gvcp::Search where = gvcp::searchFromEnvironment();
     where.expected.reset(); // who shares an address may be the last to answer
     where.serial.clear();
@@ -438,7 +438,8 @@ int examine(Examination &all, const CameraArgument &name) {
         all.about = nameOf(meant[i].identity).serial;
         const bool stands = judgeState(all, meant[i], states[i]);
         missing = missing || !stands;
-        if (stands && Clock::now() < end && measure(all, meant[i]) && meant.size() == 1)
+        if (stands && (each || Clock::now() < end) && measure(all, meant[i]) &&
+            (each || meant.size() == 1))
             lookInto(all, meant[i]);
     }
     judgeSettings(all, missing);
@@ -472,10 +473,10 @@ std::string shown(const Examination &all, bool json) {
 
 } // namespace
 
-int diagnose(const CameraArgument &camera, std::string &result, bool json) {
+int diagnose(const CameraArgument &camera, bool each, bool json, std::string &result) {
     stopWaitingWhen(stopOnSignals());
     Examination all;
-    const int status = examine(all, camera);
+    const int status = examine(all, camera, each);
     result = shown(all, json);
     return status;
 }
@@ -483,17 +484,22 @@ int diagnose(const CameraArgument &camera, std::string &result, bool json) {
 Run declareDoctor(CLI::App &command) {
     const auto camera = std::make_shared<CameraArgument>();
     const auto json = std::make_shared<bool>(false);
+    const auto each = std::make_shared<bool>(false);
     addCamera(command, *camera);
     command.add_flag("--json", *json, "Write a JSON document");
+    command.add_flag("--all", *each,
+                     "Look at the features of every camera, however many there are");
     command.footer(
         R"(Nothing is changed, neither on cameras nor on this computer. Root also sees answers that are dropped.
 The status is 0 when nothing hinders, 1 when no camera answers, 3 when there is a problem.
 
 Example:
   kxinfo doctor)");
-    return [camera, json] {
+    return [camera, json, each] {
+        if (*each && *camera)
+            throw Error(kWrongUsage, "'kxinfo doctor' takes --all or a camera, not both.");
         std::string result;
-        const int status = diagnose(*camera, result, *json);
+        const int status = diagnose(*camera, *each, *json, result);
         writeOut(result);
         return status;
     };

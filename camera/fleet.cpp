@@ -117,8 +117,9 @@ int showFleet(const std::vector<FleetResult> &results, const Words &columns,
     for (auto &[message, serials] : told) {
         if (serials.size() > kMostNamed)
             serials.back() = "more";
-        tell((serials.size() > 1 ? "cameras " : "camera ") + joined(serials, " and ") + ": " +
-             message);
+        std::string who = serials.size() > 1 ? "cameras " : "camera ";
+        who.append(joined(serials, " and "));
+        tell(message.rfind(who, 0) == 0 ? message : who.append(": ").append(message));
     }
     return highest(results);
 }

@@ -84,7 +84,7 @@ int readFromCamera(Side &side, bool switching) {
              {"Interface", card},
              {"Control", state}})
         side.about.push_back(fact);
-    (void)diagnose(address, side.doctor, false);
+    (void)diagnose(address, false, false, side.doctor);
     return onCamera(address, switching ? Purpose::Change : Purpose::Look,
                     [&](Camera &camera, auto &all) {
                         Switches *const switches = switching ? &all : nullptr;

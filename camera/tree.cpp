@@ -1,5 +1,6 @@
 // kxinfo tree: every feature as the camera's own description has it, by category.
 
+#include <exception>
 #include <map>
 #include <memory>
 #include <set>
@@ -14,10 +15,11 @@ namespace {
 
 // Values of selectors that one feature is read with: those of a table take minutes.
 constexpr size_t kMostSelections = 64;
+// Selectors of one feature; cameras have two.
+constexpr size_t kMostSelectors = 8;
 // Categories one within the other; cameras have three.
 constexpr size_t kDeepestCategory = 32;
-// The category with all others in it.
-constexpr const char *kRoot = "Root";
+constexpr const char *kRoot = "Root"; // the category with all others in it
 
 struct Request {
     CameraArgument camera;
@@ -27,132 +29,126 @@ struct Request {
 };
 
 struct Selection {
-    Words entries; ///< of the selectors, in their order
+    Words choices; ///< of the selectors, in their order
     Reading reading;
 };
-
-/** Where a feature stands. */
-struct Leaf {
-    Words categories; ///< from the outermost
-    std::string name;
-};
-
-// Adds a feature, or all in a category; a category may be in several others, and counts once.
-void addLeaves(const Camera &camera, const std::string &name, const Words &categories,
-               std::set<std::string> &seen, std::vector<Leaf> &leaves) {
-    const Node node = camera.node(name);
-    if (!node.isCategory())
-        return leaves.push_back({categories, name});
-    if (!seen.insert(name).second)
-        return;
-    if (categories.size() == kDeepestCategory)
-        throw Error(kFailed, "its description has more than " + std::to_string(kDeepestCategory) +
-                                 " categories one within the other.");
-    Words inside = categories;
-    inside.push_back(name);
-    for (const std::string &feature : node.features())
-        addLeaves(camera, feature, inside, seen, leaves);
-}
-
-std::vector<Leaf> leavesOf(const Camera &camera, const std::string &name) {
-    std::vector<Leaf> leaves;
-    std::set<std::string> seen;
-    addLeaves(camera, name, {}, seen, leaves);
-    return leaves;
-}
 
 struct Entry {
-    Words categories;
+    Words categories; ///< where it stands, from the outermost
     const Feature *feature;
-    Reading reading;
+    Reading reading = {};
     Words selectors = {};
     std::vector<Selection> selections = {};
 };
 
-class Tree {
-public:
-    Tree(const Camera &camera, Switches *switches) : camera_(camera), switches_(switches) {}
+// Adds a feature, or all in a category; what is in several categories counts in the first.
+void addEntries(const Camera &camera, const std::string &name, const Words &categories,
+                std::set<std::string> &seen, std::vector<Entry> &entries) {
+    if (!seen.insert(name).second)
+        return;
+    const Node node = camera.node(name);
+    if (!node.isCategory())
+        return entries.push_back({categories, &ownFeature(name)});
+    if (categories.size() == kDeepestCategory)
+        throw Error(kFailed, "the camera's description has more than " +
+                                 std::to_string(kDeepestCategory) +
+                                 " categories one within the other.");
+    Words inside = categories;
+    inside.push_back(name);
+    for (const std::string &feature : node.features())
+        addEntries(camera, feature, inside, seen, entries);
+}
 
-    /** A feature, or all in a category. */
-    void add(const std::string &name) {
-        for (const Leaf &leaf : leavesOf(camera_, name)) {
-            stopIfAsked();
-            const Feature &feature = ownFeature(leaf.name);
-            entries_.push_back({leaf.categories, &feature, readFeature(camera_, feature, nullptr)});
-        }
+std::vector<Entry> entriesOf(const Camera &camera, const std::string &name) {
+    std::vector<Entry> entries;
+    std::set<std::string> seen;
+    addEntries(camera, name, {}, seen, entries);
+    return entries;
+}
+
+// What a selector may be set to now.
+std::vector<Value> choicesOf(const std::string &selector, const Node &node) {
+    if (!node.isReadable())
+        throw Error(kFailed, selector + ", which selects it, cannot be read at present.");
+    if (node.access() == GenApi_3_0::RO)
+        return {node.read()};
+    if (node.kind() == Kind::Boolean)
+        return {false, true};
+    const Words entries = node.entries();
+    std::vector<Value> choices(entries.begin(), entries.end());
+    if (const Limits limits = node.limits(); node.integer() && limits.min <= limits.max) {
+        // Without a sign the distance of any two has room.
+        const auto at = [](const Value &value) { return uint64_t(std::get<int64_t>(value)); };
+        const uint64_t step = uint64_t(std::max<int64_t>(1, std::get<int64_t>(limits.inc)));
+        const uint64_t last = (at(limits.max) - at(limits.min)) / step;
+        for (uint64_t i = 0; i <= std::min<uint64_t>(last, kMostSelections); ++i)
+            choices.emplace_back(int64_t(at(limits.min) + i * step));
     }
+    if (choices.empty() || choices.size() > kMostSelections)
+        throw Error(kFailed,
+                    selector + ", which selects it, has " +
+                        (choices.empty() ? "no" : "more than " + std::to_string(kMostSelections)) +
+                        " values.");
+    return choices;
+}
 
-    /** Whom each feature is selected by, and, where that is wanted, its values with each choice. */
-    void addSelections() {
-        std::map<std::string, Words> selectors;
-        for (const Leaf &leaf : leavesOf(camera_, kRoot))
-            for (const std::string &selected : camera_.node(leaf.name).selected())
-                selectors[selected].push_back(leaf.name);
-        for (Entry &entry : entries_) {
-            entry.selectors = selectors[entry.feature->name];
-            if (!switches_ || entry.selectors.empty())
-                continue;
-            const std::string why = whyNotDone([&] { select(entry, {}); });
-            if (!why.empty() && entry.reading.problem.empty())
-                entry.reading.problem = why;
-        }
-    }
-
-    const std::vector<Entry> &entries() const { return entries_; }
-
-private:
-    // What a selector may be set to now.
-    std::vector<Value> choicesOf(const std::string &selector) const {
-        const Node node = camera_.node(selector);
-        const Words entries = node.entries();
-        std::vector<Value> choices(entries.begin(), entries.end());
-        if (node.kind() != Kind::Integer)
-            return choices;
-        const Limits limits = node.limits();
-        const auto at = [](const Value &value) { return std::get<int64_t>(value); };
-        const int64_t step = std::max<int64_t>(1, at(limits.inc));
-        const double count = (numberOf(limits.max) - numberOf(limits.min)) / double(step) + 1;
-        if (!(count <= double{kMostSelections}))
-            throw Error(kFailed, selector + " has " + numberText(count) + " values; at most " +
-                                     std::to_string(kMostSelections) + " are read.");
-        for (int64_t i = 0; i < static_cast<int64_t>(count); ++i)
-            choices.emplace_back(at(limits.min) + i * step);
-        return choices;
-    }
-
-    // Reads a feature with all choices of its selectors, of which so many are made.
-    void select(Entry &entry, const Words &chosen) {
-        stopIfAsked();
-        if (entry.selections.size() >= kMostSelections)
-            throw Error(kFailed, "only the first " + std::to_string(kMostSelections) +
-                                     " choices of its selectors are read.");
-        if (chosen.size() == entry.selectors.size()) {
-            entry.selections.push_back({chosen, readFeature(camera_, *entry.feature, nullptr)});
-            return;
-        }
-        const std::string &name = entry.selectors[chosen.size()];
-        const Feature &selector = ownFeature(name);
-        for (const Value &choice : choicesOf(name)) {
-            if (camera_.node(name).access() == GenApi_3_0::RO &&
-                camera_.node(name).read() != choice)
-                continue;
-            switches_->select(selector, choice);
+// Reads a feature with all choices of its selectors, of which some are made.
+void select(const Camera &camera, Switches &switches, Entry &entry, const Words &chosen) {
+    stopIfAsked();
+    if (entry.selectors.size() > kMostSelectors || entry.selections.size() == kMostSelections)
+        throw Error(kFailed, "more than " + std::to_string(kMostSelectors) + " selectors, or " +
+                                 std::to_string(kMostSelections) +
+                                 " of their choices, are not walked.");
+    if (chosen.size() == entry.selectors.size())
+        return entry.selections.push_back({chosen, readFeature(camera, *entry.feature, nullptr)});
+    const Feature &selector = ownFeature(entry.selectors[chosen.size()]);
+    const Node node = camera.node(selector.name);
+    const std::vector<Value> choices = choicesOf(selector.name, node);
+    const Value before = node.read();
+    std::exception_ptr end;
+    try {
+        for (const Value &choice : choices) {
+            switches.select(selector, choice);
             Words more = chosen;
             more.push_back(valueText(selector, choice));
-            select(entry, more);
+            select(camera, switches, entry, more);
         }
+    } catch (...) {
+        end = std::current_exception();
+        if (stopSignal())
+            waitInSpiteOfAll();
     }
+    switches.select(selector, before); // with each choice of those above it may have another
+    if (end)
+        std::rethrow_exception(end);
+}
 
-    const Camera &camera_;
-    Switches *const switches_;
-    std::vector<Entry> entries_;
-};
+// Whom each feature is selected by, and, where that is wanted, its values with each choice.
+void addSelections(const Camera &camera, Switches *switches, std::vector<Entry> &tree) {
+    std::map<std::string, Words> selectors;
+    for (const Entry &entry : entriesOf(camera, kRoot)) {
+        const std::string &name = entry.feature->name;
+        for (const std::string &selected : camera.node(name).selected())
+            if (Words &names = selectors[selected]; names.empty() || names.back() != name)
+                names.push_back(name);
+    }
+    for (Entry &entry : tree) {
+        entry.selectors = selectors[entry.feature->name];
+        if (!switches || entry.selectors.empty())
+            continue;
+        const std::string why = whyNotDone([&] { select(camera, *switches, entry, {}); });
+        if (why.empty() || !entry.reading.problem.empty())
+            continue;
+        entry.reading.problem = why;
+        tell(entry.feature->name + ": " + why + ".");
+    }
+}
 
-std::string asTable(const Camera &camera, const Tree &tree) {
+std::string asTable(const Camera &camera, const std::vector<Entry> &tree) {
     std::vector<Row> rows{{columnsOfReadings()}};
     Words above;
     std::string toolTip;
-    for (const Entry &entry : tree.entries()) {
+    for (const Entry &entry : tree) {
         const Words &categories = entry.categories;
         // Of the path to it, what has not been shown.
         for (size_t depth = 0; depth < categories.size(); ++depth)
@@ -162,21 +158,22 @@ std::string asTable(const Camera &camera, const Tree &tree) {
         const std::string indent(2 * categories.size(), ' ');
         const auto add = [&](const Reading &reading, const std::string &choice) {
             Words cells = cellsOf(reading);
-            cells.front() = indent + cells.front() + choice;
+            cells[0].insert(0, indent).append(choice);
+            cells[1] = shortened(cells[1]); // registers may have 64 KiB
             rows.push_back({cells});
         };
         add(entry.reading, "");
         for (const Selection &selection : entry.selections)
-            add(selection.reading, "[" + joined(selection.entries, ",", ",") + "]");
+            add(selection.reading, "[" + joined(selection.choices, ",", ",") + "]");
         toolTip = camera.node(entry.feature->name).toolTip();
     }
-    const bool alone = tree.entries().size() == 1 && !toolTip.empty();
+    const bool alone = tree.size() == 1 && !toolTip.empty();
     return camera.heading() + "\n" + tableText(rows) + (alone ? "\n" + toolTip + "\n" : "");
 }
 
-std::string asJson(const Camera &camera, const Tree &tree) {
+std::string asJson(const Camera &camera, const std::vector<Entry> &tree) {
     Json features = Json::array();
-    for (const Entry &entry : tree.entries()) {
+    for (const Entry &entry : tree) {
         const Node node = camera.node(entry.feature->name);
         const std::string toolTip = node.toolTip();
         Json feature = {{"categories", entry.categories}};
@@ -186,7 +183,7 @@ std::string asJson(const Camera &camera, const Tree &tree) {
         feature["selectors"] = entry.selectors;
         Json selections = Json::array();
         for (const Selection &selection : entry.selections) {
-            Json &members = selections.emplace_back(Json{{"entries", selection.entries}});
+            Json &members = selections.emplace_back(Json{{"choices", selection.choices}});
             members.update(asMembers(selection.reading));
         }
         feature["selections"] = selections;
@@ -202,13 +199,19 @@ int tree(const Request &request) {
         const std::string name = names.empty() ? kRoot : names.front();
         const Node node = camera.node(name);
         if (node.kind() == Kind::Missing && !node.isCategory())
-            throw Error(kWrongUsage, "the camera has neither a feature nor a category \"" +
-                                         shortened(name) + "\"." + nearestFeatures(name));
+            throw Error(names.empty() ? kFailed : kWrongUsage,
+                        "the camera has neither a feature nor a category \"" + shortened(name) +
+                            "\"." + (names.empty() ? " Name another." : nearestFeatures(name)));
         if (node.isCategory())
             camera.readAhead();
-        Tree tree(camera, request.switches ? &switches : nullptr);
-        tree.add(name);
-        tree.addSelections();
+        std::vector<Entry> tree = entriesOf(camera, name);
+        for (Entry &entry : tree) {
+            stopIfAsked();
+            entry.reading = readFeature(camera, *entry.feature, nullptr);
+        }
+        addSelections(camera, request.switches ? &switches : nullptr, tree);
+        if (const std::string switched = switches.switched(); !switched.empty())
+            tell("switched for a moment, and put back: " + switched + ".");
         result = request.json ? asJson(camera, tree) : asTable(camera, tree);
         return kDone;
     };

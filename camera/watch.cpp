@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <chrono>
 #include <ctime>
 #include <memory>
@@ -16,11 +17,12 @@ namespace kxinfo {
 namespace {
 
 using Clock = std::chrono::system_clock;
+using Seconds = std::chrono::duration<double>;
 
 constexpr double kShortestInterval = 0.05; // seconds
 constexpr double kLongestInterval = 3600;
 // How soon a signal ends a wait.
-constexpr std::chrono::milliseconds kSlice{50};
+constexpr Seconds kSlice{0.05};
 
 struct Request {
     CameraArgument camera;
@@ -50,17 +52,17 @@ std::string textOf(const Reading &reading) {
            (reading.problem.empty() ? "" : " (" + reading.problem + ")");
 }
 
-std::string lineOf(const Reading &reading, const std::string &before, bool json) {
-    const Feature &feature = *reading.feature;
-    if (!json)
-        return timeText(Clock::now(), false) + "  " +
-               changeText(feature.name, before.empty() ? textOf(reading) : before, textOf(reading));
-    Json members = {{"time", timeText(Clock::now(), true)},
-                    {"name", feature.name},
-                    {"value", shownValue(feature, reading.value)}};
+std::string dumped(const Json &document) {
+    return document.dump(-1, ' ', false, Json::error_handler_t::replace);
+}
+
+// Without the time: what differs from one look to the next.
+std::string jsonOf(const Reading &reading) {
+    Json members = {{"name", reading.feature->name},
+                    {"value", shownValue(*reading.feature, reading.value)}};
     if (!reading.problem.empty())
         members["problem"] = reading.problem;
-    return members.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n";
+    return dumped(members);
 }
 
 // OpenMetrics: label values are escaped as JSON's texts are.
@@ -71,14 +73,15 @@ std::string metricsOf(const Camera &camera, const std::vector<Reading> &readings
         if (!hasValue(reading.value))
             continue;
         const auto label = [](const char *name, const std::string &value) {
-            return std::string(name) + '=' +
-                   Json(value).dump(-1, ' ', false, Json::error_handler_t::replace);
+            return std::string(name) + '=' + dumped(value);
         };
         text += "kxinfo_feature{" + label("serial", camera.name().serial) + ',' +
                 label("model", camera.name().model) + ',' + label("feature", reading.feature->name);
         const Json value = shownValue(*reading.feature, reading.value);
-        if (value.is_string())
+        if (std::holds_alternative<std::string>(reading.value))
             text += ',' + label("entry", value) + "} 1\n";
+        else if (value.is_string()) // NaN, Infinity
+            text += "} " + value.get<std::string>() + '\n';
         else if (value.is_boolean())
             text += value ? "} 1\n" : "} 0\n";
         else
@@ -95,9 +98,11 @@ std::string tableOf(const Camera &camera, const std::vector<Reading> &readings) 
     return fromTop + camera.heading() + "\n" + tableText(rows);
 }
 
-void wait(Clock::time_point until) {
-    while (!stopSignal() && Clock::now() < until)
-        std::this_thread::sleep_for(std::min<Clock::duration>(kSlice, until - Clock::now()));
+void wait(Seconds interval) {
+    const auto start = std::chrono::steady_clock::now();
+    for (auto left = interval; !stopSignal() && left.count() > 0;
+         left = interval - (std::chrono::steady_clock::now() - start))
+        std::this_thread::sleep_for(std::min(kSlice, left));
 }
 
 int watch(const Request &request) {
@@ -109,21 +114,27 @@ int watch(const Request &request) {
                     throw Error(kWrongUsage,
                                 whyMissing(camera, *feature, '"' + shortened(name) + '"') + "." +
                                     nearestFeatures(name));
-                features.push_back(feature);
+                if (std::find(features.begin(), features.end(), feature) == features.end())
+                    features.push_back(feature);
             }
-        Words shown(features.size());
-        const auto interval = std::chrono::duration_cast<Clock::duration>(
-            std::chrono::duration<double>(request.interval));
-        for (unsigned look = 0; !brokenPipe(); wait(Clock::now() + interval)) {
+        std::vector<std::optional<std::string>> shown(features.size());
+        for (unsigned look = 0; !brokenPipe(); wait(Seconds(request.interval))) {
             stopIfAsked();
             std::vector<Reading> readings;
+            readings.reserve(features.size());
             for (const Feature *feature : features)
                 readings.push_back(readFeature(camera, *feature, nullptr));
-            for (size_t i = 0; i < features.size() && !request.table && !request.metrics; ++i)
-                if (const std::string text = textOf(readings[i]); text != shown[i]) {
-                    writeOut(lineOf(readings[i], shown[i], request.json));
-                    shown[i] = text;
-                }
+            for (size_t i = 0; i < features.size() && !request.table && !request.metrics; ++i) {
+                const std::string now = request.json ? jsonOf(readings[i]) : textOf(readings[i]);
+                if (shown[i] == now)
+                    continue;
+                const std::string time = timeText(Clock::now(), request.json);
+                writeOut(request.json
+                             ? "{\"time\":\"" + time + "\"," + now.substr(1) + '\n'
+                             : time + "  " +
+                                   changeText(features[i]->name, shown[i].value_or(now), now));
+                shown[i] = now;
+            }
             if (request.table)
                 writeOut(tableOf(camera, readings));
             if (request.metrics)
@@ -159,7 +170,7 @@ Run declareWatch(CLI::App &command) {
     command.footer(R"(Asks the camera anew at each look, writes nothing to it and takes no control.
 
 Example:
-  kxinfo watch S1234567 DeviceTemperature --interval 5)");
+  kxinfo watch S1234567 DeviceTemperature --interval 0.5 --count 2)");
     return [request] { return watch(*request); };
 }
 

@@ -34,10 +34,11 @@ int xml(const CameraArgument &camera) {
         return kDone;
     }
     std::string shown;
-    for (size_t at = 0; at < document.size();) {
-        const size_t end = std::min(document.find('\n', at), document.size());
-        shown += cleaned(std::string_view(document).substr(at, end - at)) + '\n';
-        at = end + 1;
+    for (size_t at = 0, end = 0; at < document.size(); at = end + 1) {
+        end = std::min(document.find_first_of("\t\n", at), document.size());
+        const char last = end < document.size() ? document[end] : '\n';
+        const bool isDos = last == '\n' && end > at && document[end - 1] == '\r';
+        shown += cleaned(std::string_view(document).substr(at, end - at - (isDos ? 1 : 0))) + last;
     }
     writeOut(shown);
     return kDone;

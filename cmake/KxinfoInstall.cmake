@@ -42,6 +42,18 @@ function(_kxinfo_component_of name variable)
   endif()
 endfunction()
 
+# The page of kxinfo has what its help tells of the commands.
+set(COMMANDS "@COMMANDS@")
+set(VERSION ${PROJECT_VERSION})
+configure_file(${PROJECT_SOURCE_DIR}/docs/man/kxinfo.1.in ${PROJECT_BINARY_DIR}/man/kxinfo.1.in @ONLY)
+set(_page ${PROJECT_BINARY_DIR}/man/kxinfo.1)
+set(_from_help ${PROJECT_SOURCE_DIR}/docs/man/page_from_help)
+add_custom_command(OUTPUT ${_page} VERBATIM
+  COMMAND ${_from_help} $<TARGET_FILE:kxinfo> ${_page}.in > ${_page}
+  DEPENDS kxinfo ${_from_help} ${_page}.in)
+add_custom_target(manual ALL DEPENDS ${_page})
+install(FILES ${_page} DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT kxinfo-dalsa)
+
 file(GLOB _pages CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/docs/man/*.[17])
 foreach(_page IN LISTS _pages)
   cmake_path(GET _page FILENAME _file)
@@ -49,7 +61,6 @@ foreach(_page IN LISTS _pages)
   string(REGEX MATCH ".$" _section ${_file})
   _kxinfo_component_of(${_name} _component)
   if(_component)
-    set(VERSION ${PROJECT_VERSION})
     configure_file(${_page} ${PROJECT_BINARY_DIR}/man/${_file} @ONLY)
     install(FILES ${PROJECT_BINARY_DIR}/man/${_file}
       DESTINATION ${CMAKE_INSTALL_MANDIR}/man${_section} COMPONENT ${_component})
@@ -64,6 +75,14 @@ foreach(_completion camera/completion/kxinfo simcam/completion/kxinfo-simcam)
       DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions COMPONENT ${_component})
   endif()
 endforeach()
+# Debian's places; these two ask bash's for what it offers.
+_kxinfo_component_of(kxinfo _component)
+if(_component)
+  install(FILES ${PROJECT_SOURCE_DIR}/camera/completion/_kxinfo
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/vendor-completions COMPONENT ${_component})
+  install(FILES ${PROJECT_SOURCE_DIR}/camera/completion/kxinfo.fish
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d COMPONENT ${_component})
+endif()
 
 # The documents lie side by side there, and the headers elsewhere: the documents' links follow.
 # Folders of sources are not there, so what leads to them is no link any more.

@@ -4,6 +4,7 @@
 #include <strings.h>
 
 #include <algorithm>
+#include <cctype>
 #include <cstring>
 #include <memory>
 #include <new>
@@ -52,12 +53,23 @@ void onDocumentType(void *data, const XML_Char *, const XML_Char *, const XML_Ch
                                      "needs and which is not taken");
 }
 
+// A name, or one behind a prefix: what else has colons parsers read differently.
+bool isPlain(const XML_Char *name) {
+    const char *colon = strchr(name, ':');
+    return !colon || (colon != name &&
+                      (isalpha(static_cast<unsigned char>(colon[1])) != 0 || colon[1] == '_') &&
+                      !strchr(colon + 1, ':'));
+}
+
 void onStart(void *data, const XML_Char *name, const XML_Char **attributes) {
     auto &check = *static_cast<Check *>(data);
     size_t longest = strlen(name);
+    bool arePlain = isPlain(name);
     size_t count = 0;
-    for (; attributes[2 * count]; ++count)
+    for (; attributes[2 * count]; ++count) {
         longest = std::max(longest, strlen(attributes[2 * count]));
+        arePlain = arePlain && isPlain(attributes[2 * count]);
+    }
     if (++check.elements > kMostElements)
         check.stop("too many elements", kMostElements);
     else if (++check.depth > kDeepestElement)
@@ -66,6 +78,8 @@ void onStart(void *data, const XML_Char *name, const XML_Char **attributes) {
         check.stop("too many attributes of one element", kMostAttributes);
     else if (longest > kLongestName)
         check.stop("too many bytes of a name", kLongestName);
+    else if (!arePlain)
+        check.stop("a name with a colon, expected one between a prefix and a name");
 }
 
 void onEnd(void *data, const XML_Char *) {
@@ -95,9 +109,13 @@ int onEncoding(void *, const XML_Char *name, XML_Encoding *encoding) {
 } // namespace
 
 std::string_view withoutPadding(std::string_view text) {
-    while (!text.empty() && memchr("\0 \t\r\n", text.back(), 5))
-        text.remove_suffix(1);
-    return text;
+    const auto isBlank = [](char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r'; };
+    size_t end = text.size();
+    while (end > 0 && (isBlank(text[end - 1]) || text[end - 1] == '\0'))
+        --end;
+    while (end < text.size() && isBlank(text[end]))
+        ++end;
+    return text.substr(0, end);
 }
 
 void checkDocument(std::string_view text) {

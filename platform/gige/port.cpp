@@ -105,24 +105,18 @@ bool Port::readTogether(uint64_t address, uint8_t *bytes, size_t size, ByteOrder
 }
 
 bool Port::readApart(const std::vector<uint64_t> &addresses, uint8_t *bytes, ByteOrder order) {
-    if (!channel_.readsSeveralRegisters() || (access_ == RegisterAccess::BigEndianByCommand &&
-                                              order != ByteOrder::Big)) // memory shows those
+    // By register commands, which are right on every camera for what is declared big endian.
+    const bool sameInMemory = access_ == RegisterAccess::Memory;
+    if (!channel_.readsSeveralRegisters() ||
+        (order != ByteOrder::Big && !sameInMemory && access_ != RegisterAccess::AllByCommand))
         return false;
-    std::vector<uint32_t> registers;
     try {
+        std::vector<uint32_t> registers;
         for (const uint64_t address : addresses) {
             if (!isRegister(address, kRegisterSize))
                 return false;
             registers.push_back(addressOf(address, kRegisterSize));
-            // Zero tells nothing of the byte order, and other numbers do.
-            if (access_ == RegisterAccess::Undecided && order == ByteOrder::Big &&
-                registers.size() <= size_t{kMostComparisons}) {
-                channel_.read(registers.back(), bytes, kRegisterSize);
-                compare(registers.back(), bytes);
-            }
         }
-        if (access_ == RegisterAccess::Undecided)
-            return false;
         readNumbers(registers, bytes);
         return true;
     } catch (const gvcp::Error &error) {

@@ -32,9 +32,10 @@ TEST_F(Commands, AreNoMoreThanTheWorkNeeds) {
         {{"get", "S1234", "Width"}, 3},
         {{"get", "S1234"}, 12},
         {{"gamma", "S1234", "0.8"}, 10},
+        {{"tree", "S1234"}, 50},
     };
     for (const auto &[command, most] : cases) {
-        const bool looks = command.front() == "get";
+        const bool looks = command.front() == "get" || command.front() == "tree";
         const Command opening = {looks ? "get" : "set", "S1234",
                                  looks ? "NoSuchFeature" : "NoSuchFeature=1"};
         (void)countsOf(opening); // the description is known from here on
@@ -52,7 +53,12 @@ TEST_F(Commands, WriteNothingWhereACameraIsOnlyLookedAt) {
                                    {"lut", "S1234"},
                                    {"auto", "S1234"},
                                    {"save", "S1234", "/dev/null"},
-                                   {"diff", "S1234", "S1234"}}) {
+                                   {"diff", "S1234", "S1234"},
+                                   {"tree", "S1234"},
+                                   {"tree", "S1234", "LUTValue", "--json"},
+                                   {"xml", "S1234"},
+                                   {"watch", "S1234", "Gain", "--count", "3", "--interval", "0.05"},
+                                   {"watch", "S1234", "--metrics"}}) {
         auto counts = countsOf(command);
         EXPECT_EQ(0, counts["writereg"] + counts["writemem"]) << testing::PrintToString(command);
         EXPECT_EQ(0, counts["refused"]) << testing::PrintToString(command);

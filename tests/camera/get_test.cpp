@@ -112,7 +112,7 @@ TEST_F(Get, ShowsFeaturesOfTheCamerasOwnInAllTheirBits) {
     EXPECT_EQ(
         shown(
             R"(Feature                         Value  Minimum     Maximum  Step  Unit  Access  Kind
-GevTimestampTickFrequency  1000000000        0  4294967295     1     -      RO  integer
+GevTimestampTickFrequency  1000000000        0  4294967295     1    Hz      RO  integer
 DeviceSerialNumber              S1234        -           -     -     -      RO  text
 TriggerMode                       Off        -           -     -     -      RW  enumeration: Off, On
 )"),
@@ -231,6 +231,10 @@ TEST_F(Get, WritesJson) {
 }
 )",
               result.out);
+    const std::vector<std::string> own{
+        "get", "DeviceTemperature", "DeviceModelName", "TriggerSoftware", "GevSCPD", "--json"};
+    EXPECT_THAT(kxinfo(own).out, testing::HasSubstr("\"unit\": \"C\""));
+    EXPECT_EQ("", violations(kxinfo(own).out, "get.schema.json"));
     EXPECT_EQ("", violations(kxinfo({"get", "--json"}).out, "get.schema.json"));
     EXPECT_EQ("", violations(kxinfo({"get", "--json", "--switch"}).out, "get.schema.json"));
 }
@@ -254,7 +258,7 @@ TEST_F(Get, HasASchemaThatTellsBrokenDocuments) {
              {"/properties", json::array()},
              {"/properties/6/value", "much"},
              {"/properties/6/value", nullptr}, // and no problem
-             {"/properties/6/unit", "decibels"},
+             {"/properties/6/unit", ""},
              {"/properties/6/kind", "integer"},
              {"/properties/6/entries", json::array()},
              {"/properties/15/entries/0", 1},

@@ -362,8 +362,8 @@ TEST_F(SaveRestore, SavesEveryCameraToAFolderThoughOneFails) {
     fs::create_directories(all + "/S1.json");
     const Result result = kxinfo({"save", "--all", all});
     EXPECT_EQ(3, result.status);
-    EXPECT_THAT(result.err,
-                HasSubstr("kxinfo: \"" + all + "/S1.json\" cannot be written: it is a folder."));
+    EXPECT_THAT(result.err, HasSubstr("kxinfo: camera S1: \"" + all +
+                                      "/S1.json\" cannot be written: it is a folder."));
     EXPECT_THAT(namesIn(all), ElementsAre("S1.json", "S2.json", "S_3.json"));
     EXPECT_EQ("S2", ordered_json::parse(readFile(all + "/S2.json"))["camera"]["serial"]);
     EXPECT_EQ(2, kxinfo({"save", "--all", all, "S2"}).status);

@@ -125,6 +125,9 @@ rm strange-kxinfo
 expect "kxinfo get S1234567 " "${features[@]}" BalanceRatio
 expect "kxinfo set S1234567 " "${features[@]/%/=}"
 expect "kxinfo get S1234567 Gain off" OffsetX OffsetY
+expect "kxinfo tree S1234567 off" OffsetX OffsetY
+expect "kxinfo watch Width off" OffsetX OffsetY
+expect "kxinfo watch S1234567 --interval "
 expect "kxinfo get --json Gain off" OffsetX OffsetY
 expect "kxinfo set S1234567 Gain=6 balanceratio[" "BalanceRatio[Red]=" "BalanceRatio[Blue]="
 expect "kxinfo set Gain=6 reverse" ReverseX= ReverseY=
@@ -158,6 +161,34 @@ expect "kxinfo frob "
 COMP_WORDBREAKS=$' \t\n"\'><;|&(:'
 expect "kxinfo set S1234567 ReverseX=t" ReverseX=true
 expect "kxinfo probe --log=s" --log=stdout --log=syslog
+
+# zsh and fish, from where they are installed.
+mkdir -p share/{bash-completion/completions,zsh/vendor-completions,fish/vendor_completions.d}
+cp "$sources/camera/completion/kxinfo" share/bash-completion/completions/
+cp "$sources/camera/completion/_kxinfo" share/zsh/vendor-completions/
+cp "$sources/camera/completion/kxinfo.fish" share/fish/vendor_completions.d/
+
+# in_zsh WORD...; in_fish LINE: what the last word is completed to.
+in_zsh() {
+    # shellcheck disable=SC2016 # for that shell
+    zsh -f -c 'compadd() { shift $argv[(i)--]; (($#)) && print -rl -- "$@" }
+        words=("$@") CURRENT=$#
+        . share/zsh/vendor-completions/_kxinfo' - "$@" | LC_ALL=C sort
+}
+in_fish() {
+    # shellcheck disable=SC2016 # for that shell
+    HOME=$scratch fish --no-config --command 'source share/fish/vendor_completions.d/kxinfo.fish
+        complete --do-complete $argv[1]' "$1" | LC_ALL=C sort
+}
+for line in "kxinfo re" "kxinfo get S1234567 exposuret" "kxinfo set S1234567 ReverseX=t" \
+    "kxinfo get S" "kxinfo restore S1234567 cam" "kxinfo probe --log s" "kxinfo set S1234567 Rever"; do
+    expected=$(completed "$line")
+    read -r -a words <<<"$line"
+    [[ $(in_zsh "${words[@]}") == "$expected" ]] ||
+        fail "zsh completes '$line' to $(in_zsh "${words[@]}"), expected is $expected"
+    [[ $(in_fish "$line") == "$expected" ]] ||
+        fail "fish completes '$line' to $(in_fish "$line"), expected is $expected"
+done
 
 if ((failures)); then
     echo "$failures expectations failed" >&2

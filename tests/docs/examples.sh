@@ -4,7 +4,6 @@
 #
 #   scripts/in-private-net tests/docs/examples.sh
 set -euo pipefail
-sources=$(cd "$(dirname "$0")/../.." && pwd)
 scratch=$(mktemp --directory)
 cd "$scratch"
 
@@ -58,7 +57,7 @@ for command in "${commands[@]}"; do
     run_all "kxinfo $command --help" 1 < <(kxinfo "$command" --help |
         sed -n '/^Examples\{0,1\}:/,$s/^  *\(kxinfo .*\)/\1/p')
 done
-run_all "kxinfo.1" 5 < <(sed -n '/^\.EX/,/^\.EE/{/^\./!p}' "$sources/docs/man/kxinfo.1" |
+run_all "kxinfo.1" 5 < <(sed -n '/^\.EX/,/^\.EE/{/^\./!p}' "$KXINFO_BUILD/man/kxinfo.1" |
     sed 's/\\-/-/g')
 
 ((failures == 0)) || exit 1

@@ -2,10 +2,10 @@
 # Holds the manual page of kxinfo to what kxinfo's help tells: the same commands and options, no
 # more and no fewer. And groff has nothing to say about any manual page.
 #
-#   man_page.sh KXINFO      the program
+#   man_page.sh KXINFO PAGES   the program, the folder of the pages
 set -euo pipefail
-pages=$(cd "$(dirname "$0")/../../docs/man" && pwd)
 kxinfo=$1
+pages=$2
 status=0
 
 # same WHAT: compares what the help tells with what the page has, one a line.
@@ -27,14 +27,10 @@ if (($(wc -l <<<"$commands") < 10 || $(wc -l <<<"$options") < 25)); then
     exit 1
 fi
 
-section() { sed -n "/^\.SH $1/,/^\.SH/p" <<<"$page"; }
-same "commands" "$commands" "$(section COMMANDS | sed -n '/^\.TP/{n;s/^\.B //p}')"
-# Each stands under OPTIONS, and in the synopsis.
-same "options" "$options" "$(section OPTIONS | sed -n '/^\.TP/{n;p}' | grep -oE -- '--[a-z-]+')"
-same "options, and those of the synopsis," "$options" \
-    "$(section SYNOPSIS | grep -oE -- '--[a-z-]+')"
-same "commands, and those of the synopsis," "$commands" \
-    "$(section SYNOPSIS | sed -n '/^\.SY kxinfo/{n;s/^\.B \([a-z]*\)$/\1/p}')"
+section=$(sed -n '/^\.SH COMMANDS/,/^\.SH F/p' <<<"$page")
+same "commands" "$commands" "$(sed -n 's/^\.SS //p' <<<"$section")"
+same "options" "$(grep -v -e '--help' -e '--version' <<<"$options")" \
+    "$(sed -n '/^\.TP/{n;p}' <<<"$section" | grep -oE -- '--[a-z-]+')"
 
 for file in "$pages"/*.[1-8]; do
     warnings=$(groff -t -man -Tutf8 -ww -z "$file" 2>&1)

@@ -18,6 +18,25 @@ bool Memory::readTogether(uint64_t address, uint8_t *bytes, size_t size, genapi:
     return readsTogether;
 }
 
+bool Memory::readApart(const std::vector<uint64_t> &addresses, uint8_t *bytes,
+                       genapi::ByteOrder order) {
+    if (!readsApart)
+        return false;
+    const char what = order == genapi::ByteOrder::Big ? 'a' : 'l';
+    std::string all;
+    bool isThere = true;
+    for (const uint64_t address : addresses) {
+        all += (all.empty() ? "" : ",") + std::to_string(address);
+        isThere = isThere && missing.count(address) == 0;
+        const std::vector<uint8_t> found = get(address, 4);
+        bytes = std::copy(found.begin(), found.end(), bytes);
+    }
+    accesses_ += (accesses_.empty() ? "" : " ") + std::string(1, what) + all;
+    if (before)
+        before(what, addresses.front());
+    return isThere;
+}
+
 void Memory::write(uint64_t address, const uint8_t *bytes, size_t size, genapi::ByteOrder) {
     note('w', address, size);
     put(address, std::vector<uint8_t>(bytes, bytes + size));

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <functional>
 #include <map>
+#include <set>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -19,6 +20,8 @@ public:
     void read(uint64_t address, uint8_t *bytes, size_t size, genapi::ByteOrder order) override;
     bool readTogether(uint64_t address, uint8_t *bytes, size_t size,
                       genapi::ByteOrder order) override;
+    bool readApart(const std::vector<uint64_t> &addresses, uint8_t *bytes,
+                   genapi::ByteOrder order) override;
     void write(uint64_t address, const uint8_t *bytes, size_t size,
                genapi::ByteOrder order) override;
     void requireKept() override {}
@@ -29,12 +32,17 @@ public:
     std::vector<uint8_t> get(uint64_t address, size_t size) const;
     uint32_t get32(uint64_t address) const;
 
-    /** Since the last call: "r100 w0+8" read 4 bytes at 100, then wrote 8 at 0. */
+    /**
+     * Since the last call: "r100 w0+8" read 4 bytes at 100, then wrote 8 at 0; "a0,8 l4" read
+     * registers apart from each other, big endian and then a little one.
+     */
     std::string accesses();
     /** Called before each access, unless empty; may throw what a port throws. */
     std::function<void(char what, uint64_t address)> before;
 
     bool readsTogether = false; // several registers at once
+    bool readsApart = false;
+    std::set<uint64_t> missing; // which is refused when registers are read apart
     int64_t clock = 0;          // milliseconds
 
 private:

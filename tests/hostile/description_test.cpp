@@ -234,7 +234,7 @@ TEST(Description, IsRefusedWithThePlaceWhereItIsNoDocument) {
         {"three million elements within each other", archive(nested),
          "the document, line 1, column "},
         {"entities that multiply", archive(entitiesThatMultiply()),
-         "the document, line 1, column 1: "},
+         "the document, line 1, column 13: "},
     });
 }
 

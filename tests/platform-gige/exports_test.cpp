@@ -44,10 +44,11 @@ TEST(Exports, AreTheFunctionsOfTheFrameworkAndItsOwn) {
         if (!isOfTheInterface(name))
             functions.insert(name);
     }
-    EXPECT_THAT(functions, ElementsAre("GevApiUninitialize", "GevCloseCamera", "GevGetCameraList",
-                                       "GevGetFeatureNodeMap", "GevGetFeatureValue",
-                                       "GevOpenCamera", "KxGigeCause", "KxGigeGetController",
-                                       "KxGigeLookAt", "KxGigeReadAhead", "KxGigeStopWhen", "_CloseSocketAPI"));
+    EXPECT_THAT(functions,
+                ElementsAre("GevApiUninitialize", "GevCloseCamera", "GevGetCameraList",
+                            "GevGetFeatureNodeMap", "GevGetFeatureValue", "GevOpenCamera",
+                            "KxGigeCause", "KxGigeGetController", "KxGigeLookAt", "KxGigeReadAhead",
+                            "KxGigeStopWhen", "_CloseSocketAPI"));
 }
 
 TEST(Exports, IncludeTheTypesThatCrossTheLibrarysBorder) {
