@@ -28,14 +28,15 @@ constexpr double kWide = 1000, kMostSteps = 50, kPoints = 128;
 struct Side {
     std::string label; ///< at first what the user calls it
     SavedCamera saved = {};
-    std::vector<std::pair<std::string, std::string>> about = {};
+    Words about = {};                   ///< what, and which, in turn
     std::vector<Reading> readings = {}; ///< of shownFeatures()
     std::vector<HostParameter> host = {};
     std::string doctor = {};
 
     const Reading &of(const std::string &name) const {
-        return *std::find_if(readings.begin(), readings.end(),
-                             [&](const Reading &each) { return each.feature->name == name; });
+        return *std::find_if(readings.begin(), readings.end(), [&](const Reading &each) {
+            return sameWord(each.feature->name, name);
+        });
     }
 };
 using Sides = std::vector<Side>;
@@ -48,14 +49,10 @@ std::vector<const Feature *> shownFeatures() {
     return features;
 }
 
-void introduce(Side &side, const CameraName &name) {
-    side.about = {
-        {"Serial number", name.serial}, {"Model", name.model}, {"Maker", name.manufacturer}};
-}
-
 void readFromFile(Side &side) {
     side.saved = readSettings(side.label);
-    introduce(side, side.saved.name);
+    const CameraName &is = side.saved.name;
+    side.about = {"Serial number", is.serial, "Model", is.model, "Maker", is.manufacturer};
     for (const Feature *feature : shownFeatures()) {
         Reading &reading = side.readings.emplace_back(Reading{feature, feature->kind});
         for (const SavedValue &saved : side.saved.settings)
@@ -72,18 +69,19 @@ int readFromCamera(Side &side, bool switching) {
     const std::string address = gvcp::dotted(is.address), state = statesOf({found}).front().text;
     char card[IF_NAMESIZE] = "";
     (void)if_indextoname(found.interface, card);
-    introduce(side, nameOf(is));
-    side.label = side.about.front().second + " (" + address + ")";
-    for (const auto &fact : std::vector<std::pair<std::string, std::string>>{
-             {"User name", is.userName},
-             {"Version", is.version},
-             {"Address", address},
-             {"Mask", gvcp::dotted(is.mask)},
-             {"Gateway", is.gateway ? gvcp::dotted(is.gateway) : ""},
-             {"MAC address", macText(macOf(is))},
-             {"Interface", card},
-             {"Control", state}})
-        side.about.push_back(fact);
+    const CameraName name = nameOf(is);
+    side.label = name.serial + " (" + address + ")";
+    side.about = {"Serial number",  name.serial,
+                  "Model",          name.model,
+                  "Maker",          name.manufacturer,
+                  "User name",      is.userName,
+                  "Device version", is.version,
+                  "Address",        address,
+                  "Mask",           gvcp::dotted(is.mask),
+                  "Gateway",        is.gateway ? gvcp::dotted(is.gateway) : "",
+                  "MAC address",    macText(macOf(is)),
+                  "Interface",      card,
+                  "Control",        state};
     (void)diagnose(address, false, false, side.doctor);
     return onCamera(address, switching ? Purpose::Change : Purpose::Look,
                     [&](Camera &camera, auto &all) {
@@ -103,7 +101,7 @@ Html noneSince(const std::string &why) {
     return Html("<p class='why'>– $</p>", why);
 }
 
-// What compares as same, unless told otherwise, is the cells.
+// \param key  makes what is compared
 template <class Cell, class Key>
 Html rowOf(const Sides &sides, const std::string &name, const Cell &cell, const Key &key) {
     const std::string a = key(sides.front()).text(), b = key(sides.back()).text();
@@ -116,11 +114,6 @@ Html rowOf(const Sides &sides, const std::string &name, const Cell &cell, const 
     if (sides.size() > 1)
         cells += Html("<td class='mark'>$</td>", mark);
     return Html("<tr class='$'><th scope='row'>$</th>$</tr>\n", mark, name, cells);
-}
-
-template <class Cell>
-Html rowOf(const Sides &sides, const std::string &name, const Cell &cell) {
-    return rowOf(sides, name, cell, cell);
 }
 
 Html sectionOf(const Sides &sides, const std::string &title, const Html &rows) {
@@ -182,10 +175,9 @@ Html rangeOf(const Sides &sides, const Side &side, const Reading &reading) {
     };
     mark("track", minimum, maximum, 9, 6);
     mark("fill", minimum, value, 9, 6);
-    const char *lower = feature.name == "Gain"           ? "gainAutoMinValue"
-                        : feature.name == "ExposureTime" ? "exposureAutoMinValue"
-                                                         : nullptr;
-    if (lower && hasValue(side.of(lower).value)) {
+    // The limits of GainAuto are gainAutoMinValue and what that goes up to.
+    const std::string lower = feature.setBy ? feature.setBy + std::string("MinValue") : "";
+    if (feature.setBy && hasValue(side.of(lower).value)) {
         const Reading &from = side.of(lower), &to = side.of(from.feature->upTo);
         const Json least = asMembers(from)["value"], most = asMembers(to)["value"];
         mark("limits", numberIn(least), numberIn(most), 2, 20);
@@ -295,15 +287,16 @@ std::string pageOf(const Sides &sides) {
         {"Gain", "Exposure, gain and gamma"}, {"autoBrightnessTarget", "Automatic functions"},
         {"ReverseX", "Direction and colour"}, {"autoBrightnessMode", "Modes"}};
     const Side &first = sides.front(), &last = sides.back();
-    const bool two = sides.size() > 1;
     Html main, rows;
-    for (const auto &[label, own] : (last.host.empty() ? first : last).about)
-        rows += rowOf(sides, label, [name = label](const Side &side) {
-            for (const auto &[other, text] : side.about)
-                if (other == name)
-                    return Html("$", text.empty() ? kNone : text);
-            return noneSince("the file does not hold it");
-        });
+    const Words &labels = (last.host.empty() ? first : last).about;
+    for (size_t i = 0; i < labels.size(); i += 2) {
+        const auto fact = [&](const Side &side) {
+            return i >= side.about.size()
+                       ? noneSince("the file does not hold it")
+                       : Html("$", side.about[i + 1].empty() ? kNone : side.about[i + 1]);
+        };
+        rows += rowOf(sides, labels[i], fact, fact);
+    }
     std::string title = "Identity and network";
     for (const Feature *feature : shownFeatures()) {
         const std::string &name = feature->name;
@@ -313,19 +306,22 @@ std::string pageOf(const Sides &sides) {
             sides, name, [&](const Side &side) { return settingOf(sides, side, side.of(name)); },
             [&](const Side &side) { return valueOf(side.of(name)); });
         if (name == "OffsetY")
-            rows += rowOf(sides, "On the sensor", regionOf);
+            rows += rowOf(sides, "On the sensor", regionOf, regionOf);
         if (name == "gammaCorrection")
-            rows += rowOf(sides, "Curves", curvesOf);
+            rows += rowOf(sides, "Curves", curvesOf, curvesOf);
     }
     main += sectionOf(sides, title, rows);
-    main += sectionOf(sides, "What a host would get", rowOf(sides, "Parameters", publishedOf));
-    main += sectionOf(sides, "What doctor says", rowOf(sides, "Findings", diagnosisOf));
+    main += sectionOf(sides, "What a host would get",
+                      rowOf(sides, "Parameters", publishedOf, publishedOf));
+    main +=
+        sectionOf(sides, "What doctor says", rowOf(sides, "Findings", diagnosisOf, diagnosisOf));
     char time[32] = "";
     const std::time_t now = std::time(nullptr);
     tm utc{};
     (void)std::strftime(time, sizeof time, "%Y-%m-%d %H:%M:%S UTC", gmtime_r(&now, &utc));
-    const std::string heading = two ? first.label + " and " + last.label : "Camera " + first.label;
-    return Html(kReportPage, heading, heading, time, two ? "two" : "one", main).text();
+    const std::string heading =
+        sides.size() > 1 ? first.label + " and " + last.label : "Camera " + first.label;
+    return Html(kReportPage, heading, heading, time, sides.size() > 1 ? "two" : "one", main).text();
 }
 
 } // namespace
@@ -362,8 +358,7 @@ Example:
                                request->switching ? Words{"--switch"} : Words{});
         const std::string name = requireFile("report", request->camera, request->file);
         if (all || (compares && request->camera))
-            throw Error(kWrongUsage, "'kxinfo report' takes --all FOLDER, or a file and one of "
-                                     "CAMERA and --compare.");
+            throw Error(kWrongUsage, "'kxinfo report' takes one of CAMERA, --compare and --all.");
         NewFile file(name); // before the camera is asked
         Sides sides;
         for (const std::string &word :

@@ -223,7 +223,7 @@ ENTRY = "<i>'&" # of an enumeration
 
 
 # Texts of an answer to a search: where they stand, and how long they may be.
-NAMES = {"Maker": (0x48, 32), "Model": (0x68, 32), "Version": (0x88, 32), "Serial number": (0xD8, 16),
+NAMES = {"Maker": (0x48, 32), "Model": (0x68, 32), "Device version": (0x88, 32), "Serial number": (0xD8, 16),
          "User name": (0xE8, 16)}
 
 
@@ -269,9 +269,9 @@ def markup(folder, _):
     file = folder / "<i>'\".json"
     file.write_text(json.dumps(settings))
     lies = {"Maker": b"Dalsa</h1><script>x()</script>", "Model": b"'><img src=x onerror=y()>\xe2\x80\xae\xff",
-            "Version": b"-->&lt;]]>\x1b[31m", "Serial number": b"<b>'\"&\x01</b>", "User name": b"</svg><a href>"}
+            "Device version": b"-->&lt;]]>\x1b[31m", "Serial number": b"<b>'\"&\x01</b>", "User name": b"</svg><a href>"}
     shown = {"Maker": "Dalsa</h1><script>x()</script>", "Model": "'><img src=x onerror=y()>\\u202e\\xff",
-             "Version": "-->&lt;]]>\\x1b[31m", "Serial number": "<b>'\"&\\x01</b>", "User name": "</svg><a href>"}
+             "Device version": "-->&lt;]]>\\x1b[31m", "Serial number": "<b>'\"&\\x01</b>", "User name": "</svg><a href>"}
     with cameras("--description", str(model), "--camera", "S1234@127.0.0.2"):
         lie("127.0.0.9", "127.0.0.2", lies)
         page = page_of(folder, "127.0.0.9", "--switch")
@@ -295,7 +295,8 @@ def browser(folder, pictures):
 
     def show(page, *options):
         return run("timeout", "60", program, "--headless=new", "--no-sandbox", "--disable-gpu",
-                   "--hide-scrollbars", f"--user-data-dir={folder}/profile", *options, f"file://{page}")
+                   "--hide-scrollbars", "--run-all-compositor-stages-before-draw",
+                   f"--user-data-dir={folder}/profile", *options, f"file://{page}")
 
     one, two = folder / "one.html", folder / "two.html"
     with cameras(*PAIR):
