@@ -1,6 +1,13 @@
 #include "camera/command.h"
 
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <cctype>
+#include <cerrno>
+#include <set>
 #include <sstream>
+#include <system_error>
 #include <utility>
 
 #include "camera/find.h"
@@ -35,6 +42,17 @@ Exit status:
      was changed
   3  the camera or the plug-in failed, or not all could be done; the message says what)";
 
+// Nothing in it leads elsewhere, or is hidden.
+std::string fileNameFor(const gvcp::Found &camera, std::set<std::string> &taken) {
+    std::string name = camera.identity.serial;
+    const auto isOther = [](unsigned char c) { return !std::isalnum(c) && c != '-' && c != '_'; };
+    std::replace_if(name.begin(), name.end(), isOther, '_');
+    if (name.empty() || taken.count(lowered(name)))
+        name += "_" + gvcp::dotted(camera.identity.address);
+    taken.insert(lowered(name));
+    return name;
+}
+
 } // namespace
 
 const Program kKxinfo = {
@@ -56,6 +74,7 @@ const Program kKxinfo = {
         {"save", "Writes the settings of a camera to a file", declareSave},
         {"restore", "Sets a camera to what a file holds", declareRestore},
         {"diff", "Tells in what cameras or files differ", declareDiff},
+        {"report", "Draws a camera, or two of them, on a page for browsers", declareReport},
         {"address", "Shows how a camera gets its address, sets that, or gives it one",
          declareAddress},
         {"probe", "Runs a plug-in as its host does, and shows what it publishes", declareProbe},
@@ -97,6 +116,26 @@ int changeAll(const Words &arguments) {
                 changes.push_back(line);
         return Words{changes.empty() ? "done" : joined(changes, ", ", ", ")};
     });
+}
+
+int allToFolder(const char *command, const std::string &folder, const char *ending,
+                const Words &options) {
+    if (mkdir(folder.c_str(), 0777) < 0 && errno != EEXIST)
+        throw Error(kFailed, "the folder \"" + folder + "\" cannot be made: " +
+                                 std::generic_category().message(errno) + ".");
+    std::set<std::string> taken;
+    return showFleet(onAllCameras([&](const gvcp::Found &camera) {
+                         Words arguments{command, gvcp::dotted(camera.identity.address),
+                                         folder + '/' + fileNameFor(camera, taken) + ending};
+                         arguments.insert(arguments.end(), options.begin(), options.end());
+                         return arguments;
+                     }),
+                     {"Result"}, [](const FleetResult &result) {
+                         if (result.out.empty())
+                             return Words{};
+                         const size_t begin = result.out.find('\n') + 1; // behind the heading
+                         return Words{result.out.substr(begin, result.out.rfind('\n') - begin)};
+                     });
 }
 
 std::string requireFile(const std::string &command, CameraArgument &camera,

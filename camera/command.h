@@ -26,6 +26,7 @@ Run declareAuto(CLI::App &command);
 Run declareSave(CLI::App &command);
 Run declareRestore(CLI::App &command);
 Run declareDiff(CLI::App &command);
+Run declareReport(CLI::App &command);
 Run declareTree(CLI::App &command);
 Run declareXml(CLI::App &command);
 Run declareWatch(CLI::App &command);
@@ -43,6 +44,9 @@ void addSwitch(CLI::App &command, bool &switching);
 /** Declares --all, of every camera; what is read into must outlive the parsing. */
 void addAll(CLI::App &command, bool &all);
 
+/** What 'kxinfo doctor' writes; \p each: of all cameras. \return the status that it ends with */
+int diagnose(const CameraArgument &camera, bool each, bool json, std::string &result);
+
 /**
  * Runs a command that changes cameras on all of them, and shows a line of what each came to.
  *
@@ -50,6 +54,15 @@ void addAll(CLI::App &command, bool &all);
  * \return the highest status
  */
 int changeAll(const Words &arguments);
+
+/**
+ * Runs a command that writes a file of each camera, and shows a line of what each came to. The folder
+ * is made; a file there has the camera's serial number, as far as that can be a name, and the ending.
+ *
+ * \return the highest status. \throws Error
+ */
+int allToFolder(const char *command, const std::string &folder, const char *ending,
+                const Words &options);
 
 /**
  * Finds and opens the camera, works on it, puts back what the work had to switch, and closes it. What

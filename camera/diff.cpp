@@ -1,24 +1,16 @@
 // kxinfo diff: compares the settings of two cameras or files. No camera is written to unless --switch
 // says so.
 
-#include <sys/stat.h>
-
 #include <memory>
 
 #include "camera/command.h"
 #include "camera/saved_camera.h"
-#include "cli/files.h"
 
 namespace kxinfo {
 
 namespace {
 
 enum Status { kSame, kDifferent };
-
-bool isFile(const std::string &name) {
-    struct stat about = {};
-    return name == "-" || name.find('/') != name.npos || stat(name.c_str(), &about) == 0;
-}
 
 // Returns the status of a camera that failed. A file that it is compared with is understood by it.
 int readCamera(const std::string &name, bool switching, SavedCamera &saved, SavedCamera &other) {

@@ -385,8 +385,9 @@ void lookInto(Examination &all, const gvcp::Found &found) {
             if (reading.failed)
                 failing.push_back(say(feature.name, " (", reading.problem, ")"));
         }
-        for (const auto &[parameter, problem] : lackingParameters(camera))
-            lacking.push_back(say(parameter, " (", problem, ")"));
+        for (const auto &[parameter, features, problem] : hostParameters(camera))
+            if (!problem.empty())
+                lacking.push_back(say(parameter, " (", problem, ")"));
         all.facts[TheCamera].push_back(say(labelOf(found), ": ", read, " of ", allFeatures().size(),
                                            " features that kxinfo knows can be read as it stands"));
         if (!failing.empty())
@@ -446,7 +447,7 @@ int examine(Examination &all, const CameraArgument &name, bool each) {
     return meant.empty() ? kNoCamera : all.hindered ? kFailed : kDone;
 }
 
-void show(const Examination &all, bool json) {
+std::string shown(const Examination &all, bool json) {
     Json parts = Json::array();
     std::string text;
     for (const Part part : {Computer, Network, TheCamera}) {
@@ -466,11 +467,19 @@ void show(const Examination &all, bool json) {
             text += looked ? "  nothing found\n"
                            : "  not looked at: there is not just one that opens\n";
     }
-    writeOut(json ? jsonText({{"version", 1}, {"hearsDropped", all.hearsDropped}, {"parts", parts}})
-                  : text);
+    return json ? jsonText({{"version", 1}, {"hearsDropped", all.hearsDropped}, {"parts", parts}})
+                : text;
 }
 
 } // namespace
+
+int diagnose(const CameraArgument &camera, bool each, bool json, std::string &result) {
+    stopWaitingWhen(stopOnSignals());
+    Examination all;
+    const int status = examine(all, camera, each);
+    result = shown(all, json);
+    return status;
+}
 
 Run declareDoctor(CLI::App &command) {
     const auto camera = std::make_shared<CameraArgument>();
@@ -489,10 +498,9 @@ Example:
     return [camera, json, each] {
         if (*each && *camera)
             throw Error(kWrongUsage, "'kxinfo doctor' takes --all or a camera, not both.");
-        stopWaitingWhen(stopOnSignals());
-        Examination all;
-        const int status = examine(all, *camera, *each);
-        show(all, *json);
+        std::string result;
+        const int status = diagnose(*camera, *each, *json, result);
+        writeOut(result);
         return status;
     };
 }

@@ -105,7 +105,7 @@ std::optional<SavedCamera> genApiFrom(const std::string &file) {
     if (!isGenApi(file))
         return {};
     SavedCamera saved;
-    saved.unread.push_back({kTable, kNoTable, true});
+    saved.unread.push_back({kLookupTable, kNoTable, true});
     std::istringstream lines(file.substr(file.rfind(kMark, 0) == 0 ? kMark.size() : 0));
     size_t number = 0;
     for (std::string line; std::getline(lines, line);) {

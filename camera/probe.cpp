@@ -89,7 +89,9 @@ void lookAtCamera(Result &result) {
     try {
         stopWaitingWhen(stopOnSignals());
         const Camera camera(*result.found, Purpose::Look);
-        for (const auto &[parameter, problem] : lackingParameters(camera)) {
+        for (const auto &[parameter, features, problem] : hostParameters(camera)) {
+            if (problem.empty())
+                continue;
             result.messages.push_back(parameter + ": " + problem + ".");
             for (Json &published : result.parameters)
                 if (published.value("name", "") == parameter && !published.contains("problem"))

@@ -1,16 +1,8 @@
 // kxinfo save: what can be read is saved, and what is left out is told.
 
-#include <sys/stat.h>
-
-#include <algorithm>
-#include <cctype>
-#include <cerrno>
 #include <memory>
-#include <set>
-#include <system_error>
 
 #include "camera/command.h"
-#include "camera/fleet.h"
 #include "camera/saved_camera.h"
 #include "cli/files.h"
 
@@ -38,7 +30,7 @@ int save(const CameraArgument &name, const std::string &fileName, const Request 
             readLines(camera, switches, request.switching, saved);
             if (!request.noTable && LookupTable::isOn(camera))
                 saved.unread.push_back(
-                    {kTable, kNoTable + std::string("; see 'kxinfo lut save'"), true});
+                    {kLookupTable, kNoTable + std::string("; see 'kxinfo lut save'"), true});
         }
         stopIfAsked();
         waitInSpiteOfAll();
@@ -60,42 +52,6 @@ int save(const CameraArgument &name, const std::string &fileName, const Request 
                  "too.");
         return kDone;
     });
-}
-
-// Nothing in it leads elsewhere, or is hidden.
-std::string fileNameFor(const gvcp::Found &camera, std::set<std::string> &taken,
-                        const std::string &format) {
-    std::string name = camera.identity.serial;
-    const auto isOther = [](unsigned char c) { return !std::isalnum(c) && c != '-' && c != '_'; };
-    std::replace_if(name.begin(), name.end(), isOther, '_');
-    if (name.empty() || taken.count(lowered(name)))
-        name += "_" + gvcp::dotted(camera.identity.address);
-    taken.insert(lowered(name));
-    return name + (format == "json" ? ".json" : ".txt");
-}
-
-int saveAll(const Request &request) {
-    if (mkdir(request.folder.c_str(), 0777) < 0 && errno != EEXIST)
-        throw Error(kFailed, "the folder \"" + request.folder + "\" cannot be made: " +
-                                 std::generic_category().message(errno) + ".");
-    std::set<std::string> taken;
-    return showFleet(onAllCameras([&](const gvcp::Found &camera) {
-                         Words arguments{"save", gvcp::dotted(camera.identity.address),
-                                         request.folder + '/' +
-                                             fileNameFor(camera, taken, request.format),
-                                         "--format", request.format};
-                         if (request.noTable)
-                             arguments.emplace_back("--no-table");
-                         if (request.switching)
-                             arguments.emplace_back("--switch");
-                         return arguments;
-                     }),
-                     {"Result"}, [](const FleetResult &result) {
-                         if (result.out.empty())
-                             return Words{};
-                         const size_t begin = result.out.find('\n') + 1; // behind the heading
-                         return Words{result.out.substr(begin, result.out.rfind('\n') - begin)};
-                     });
 }
 
 } // namespace
@@ -126,7 +82,13 @@ Examples:
         if (!request->folder.empty()) {
             if (request->camera)
                 throw Error(kWrongUsage, "'kxinfo save' takes --all FOLDER or a file, not both.");
-            return saveAll(*request);
+            Words options{"--format", request->format};
+            if (request->noTable)
+                options.emplace_back("--no-table");
+            if (request->switching)
+                options.emplace_back("--switch");
+            return allToFolder("save", request->folder,
+                               request->format == "json" ? ".json" : ".txt", options);
         }
         const std::string file = requireFile("save", request->camera, request->file);
         return save(request->camera, file, *request);

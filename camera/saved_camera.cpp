@@ -79,7 +79,7 @@ SavedCamera readSaved(const Camera &camera, Switches *switches, bool table) {
             saved.tables = lookupTable.read(lookupTable.channels());
         });
     if (!why.empty())
-        saved.unread.push_back({kTable, why, switches != nullptr});
+        saved.unread.push_back({kLookupTable, why, switches != nullptr});
     return saved;
 }
 
@@ -112,7 +112,7 @@ std::string differences(const SavedCamera &a, const SavedCamera &b) {
         if (unread.count(feature->name) == 0)
             lines += difference(*feature, find(a, feature), find(b, feature));
     for (const char *channel : {"", "Red", "Green", "Blue"})
-        if (unread.count(kTable) == 0)
+        if (unread.count(kLookupTable) == 0)
             lines += difference(channel, a, b);
     return lines;
 }

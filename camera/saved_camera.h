@@ -14,6 +14,9 @@
 
 namespace kxinfo {
 
+/** How the table is named among what could not be read. */
+constexpr const char *kLookupTable = "the lookup table";
+
 struct SavedValue {
     const Feature *feature; ///< one of savedFeatures(), or of a line
     Value value;            ///< the camera's own; where it is not exact, as far as that is known
@@ -80,8 +83,6 @@ std::optional<SavedCamera> genApiFrom(const std::string &text);
 /** Such a file's text. \pre the settings are those of the table */
 std::string genApiText(const SavedCamera &camera);
 
-/** What stands for the lookup table there. */
-constexpr const char *kTable = "the lookup table";
 constexpr const char *kNoTable = "a GenApi file has no place for it";
 
 /**
@@ -94,6 +95,9 @@ void readLines(const Camera &camera, Switches &switches, bool switching, SavedCa
 
 /** Makes settings of the lines. \param camera  knows what selects what; null: that is not known */
 void placeLines(SavedCamera &saved, const Camera *camera);
+
+/** Whether a word that may name a camera or a file names a file. */
+bool isFile(const std::string &word);
 
 /** The file of that name, "-" for standard input. \throws Error (kWrongUsage) */
 SavedCamera readSettings(const std::string &name);

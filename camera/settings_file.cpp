@@ -4,6 +4,8 @@
 
 #include "camera/saved_camera.h"
 
+#include <sys/stat.h>
+
 #include <algorithm>
 #include <cmath>
 #include <set>
@@ -199,6 +201,11 @@ SavedCamera settingsFrom(const std::string &text, const std::string &name) {
     } catch (const Error &complaint) {
         throw Error(kWrongUsage, '"' + name + "\" " + complaint.what() + " " + kExpectedFile);
     }
+}
+
+bool isFile(const std::string &word) {
+    struct stat about = {};
+    return word == "-" || word.find('/') != word.npos || stat(word.c_str(), &about) == 0;
 }
 
 SavedCamera readSettings(const std::string &name) {

@@ -281,36 +281,27 @@ std::string whyMissing(const Camera &camera, const Feature &feature, const std::
            (legacy == feature.legacy.end() ? "" : "; it has " + *legacy + " instead");
 }
 
-std::vector<std::pair<std::string, std::string>> lackingParameters(const Camera &camera) {
-    // What the plug-in reads for a parameter.
-    static const struct {
-        const char *parameter;
-        Words features;
-    } kRead[] = {
-        {"KxScParamAutoBrightTarget", {"autoBrightnessTarget"}},
-        {"KxScParamAutoExpoLower", {"exposureAutoMinValue"}},
-        {"KxScParamAutoExpoUpper", {"exposureAutoMaxValue"}},
-        {"KxScParamAutoGainLower", {"gainAutoMinValue"}},
-        {"KxScParamAutoGainUpper", {"gainAutoMaxValue"}},
-        {"KxScParamExposure", {"ExposureTime"}},
-        {"KxScParamFps", {"AcquisitionFrameRate"}},
-        {"KxScParamGain", {"Gain"}},
-        {"KxScParamGamma", {"gammaCorrection", "lutMode", "lutType"}},
-        {"KxScParamHeight", {"Height", "HeightMax"}},
-        {"KxScParamOffsetX", {"OffsetX", "WidthMax"}},
-        {"KxScParamOffsetY", {"OffsetY", "HeightMax"}},
-        {"KxScParamWidth", {"Width", "WidthMax"}},
+std::vector<HostParameter> hostParameters(const Camera &camera) {
+    std::vector<HostParameter> parameters = {
+        {"KxScParamAutoBrightTarget", {"autoBrightnessTarget"}, ""},
+        {"KxScParamAutoExpoLower", {"exposureAutoMinValue"}, ""},
+        {"KxScParamAutoExpoUpper", {"exposureAutoMaxValue"}, ""},
+        {"KxScParamAutoGainLower", {"gainAutoMinValue"}, ""},
+        {"KxScParamAutoGainUpper", {"gainAutoMaxValue"}, ""},
+        {"KxScParamExposure", {"ExposureTime"}, ""},
+        {"KxScParamFps", {"AcquisitionFrameRate"}, ""},
+        {"KxScParamGain", {"Gain"}, ""},
+        {"KxScParamGamma", {"gammaCorrection", "lutMode", "lutType"}, ""},
+        {"KxScParamHeight", {"Height", "HeightMax"}, ""},
+        {"KxScParamOffsetX", {"OffsetX", "WidthMax"}, ""},
+        {"KxScParamOffsetY", {"OffsetY", "HeightMax"}, ""},
+        {"KxScParamWidth", {"Width", "WidthMax"}, ""},
     };
-    std::vector<std::pair<std::string, std::string>> lacking;
-    for (const auto &[parameter, features] : kRead) {
-        std::string problem;
-        for (const std::string &name : features)
-            if (problem.empty())
-                problem = noValueIn(camera, featureNamed(name));
-        if (!problem.empty())
-            lacking.emplace_back(parameter, problem);
-    }
-    return lacking;
+    for (HostParameter &parameter : parameters)
+        for (const std::string &name : parameter.features)
+            if (parameter.problem.empty())
+                parameter.problem = noValueIn(camera, featureNamed(name));
+    return parameters;
 }
 
 double numberOf(const Value &value) {

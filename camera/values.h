@@ -47,11 +47,13 @@ Reading readFeature(const Camera &camera, const Feature &feature, Switches *swit
 std::string whyMissing(const Camera &camera, const Feature &feature,
                        const std::string &what = "such feature");
 
-/**
- * The parameters of the plug-in's host for which it finds no value of the camera's, and why, as a
- * clause.
- */
-std::vector<std::pair<std::string, std::string>> lackingParameters(const Camera &camera);
+/** A parameter of the plug-in's host that shows what the camera has. */
+struct HostParameter {
+    std::string name;
+    Words features;      ///< that the plug-in reads for it
+    std::string problem; ///< why it finds no value of the camera's, as a clause; empty: it does
+};
+std::vector<HostParameter> hostParameters(const Camera &camera);
 
 /** A number as such; NaN: it is none. */
 double numberOf(const Value &value);

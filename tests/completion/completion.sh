@@ -103,7 +103,7 @@ expect "kxinfo lut " "${answering[@]}" show off user gamma load save
 expect "kxinfo auto " "${answering[@]}" on off
 expect "kxinfo gamma " "${answering[@]}"
 expect "kxinfo probe " "${answering[@]}"
-for command in save restore diff; do
+for command in save restore diff report; do
     expect "kxinfo $command " "${answering[@]}" camera.json curve.csv saved
 done
 expect "kxinfo diff S1234567 " "${answering[@]}" camera.json curve.csv saved
