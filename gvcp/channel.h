@@ -15,8 +15,8 @@
 #include "gvcp/bounds.h"
 #include "gvcp/descriptor.h"
 #include "gvcp/error.h"
-#include "gvcp/memory.h"
 #include "gvcp/packets.h"
+#include "gvcp/url.h"
 
 namespace gvcp {
 

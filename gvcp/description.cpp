@@ -1,14 +1,11 @@
 #include "gvcp/description.h"
 
-#include <optional>
+#include <functional>
 #include <utility>
 
 #include "gvcp/archive.h"
-#include "gvcp/checksum.h"
 #include "gvcp/document.h"
 #include "gvcp/error.h"
-#include "gvcp/memory.h"
-#include "gvcp/url.h"
 
 namespace gvcp {
 namespace {
@@ -45,12 +42,12 @@ std::string readBytes(Memory &camera, const LocalUrl &url) {
 // A network may damage what it carries. What arrives in the same way twice is the camera's.
 Content readContent(Memory &camera, const LocalUrl &url) {
     std::string bytes = readBytes(camera, url);
-    const uint64_t before = checkSum(bytes);
+    const size_t before = std::hash<std::string>()(bytes);
     try {
         return Content(std::move(bytes));
     } catch (const Error &) {
         bytes = readBytes(camera, url);
-        if (checkSum(bytes) == before)
+        if (std::hash<std::string>()(bytes) == before)
             throw;
     }
     return Content(std::move(bytes));
@@ -100,23 +97,20 @@ std::string loadDescription(Memory &camera, const DescriptionKey &key,
                             const DescriptionCache *cache) {
     std::string firstUrl;
     std::optional<Error> first;
-    try {
-        firstUrl = readUrl(camera, kFirstUrl);
-        return loadFrom(camera, parseUrl(firstUrl), key, cache);
-    } catch (const Error &error) {
-        if (!concernsOneUrl(error))
-            throw;
-        first = error;
-    }
-    try {
-        const std::string secondUrl = readUrl(camera, kSecondUrl);
-        if (secondUrl == firstUrl)
-            throw Error(*first);
-        return loadFrom(camera, parseUrl(secondUrl), key, cache);
-    } catch (const Error &error) {
-        if (!concernsOneUrl(error))
-            throw;
-        throw both(*first, error);
+    for (uint32_t address = kFirstUrl;; address = kSecondUrl) {
+        try {
+            const std::string url = readUrl(camera, address);
+            if (first && url == firstUrl)
+                throw Error(*first);
+            firstUrl = url;
+            return loadFrom(camera, parseUrl(url), key, cache);
+        } catch (const Error &error) {
+            if (!concernsOneUrl(error))
+                throw;
+            if (first)
+                throw both(*first, error);
+            first = error;
+        }
     }
 }
 
