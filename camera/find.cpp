@@ -9,7 +9,7 @@
 #include <system_error>
 
 #include "camera/camera.h"
-#include "camera/side_by_side.h"
+#include "camera/child_processes.h"
 #include "gvcp/environment.h"
 
 namespace kxinfo {
@@ -21,8 +21,6 @@ using Cameras = std::vector<gvcp::Found>;
 
 // For a second camera with a serial number that should be the only one.
 constexpr std::chrono::milliseconds kMoment{20};
-// What a message names, so that it stays readable.
-constexpr size_t kMostNamed = 8;
 
 // Cameras that are asked at the same time, and how long new ones are. Two questions, so that
 // all are shown also where most of them do not answer.
@@ -43,11 +41,7 @@ std::string listed(const Cameras &cameras) {
         words.push_back(name.serial + " (" + name.manufacturer + " " + name.model + ", " +
                         gvcp::dotted(camera.identity.address) + ")");
     }
-    if (words.size() > kMostNamed + 1) {
-        words.resize(kMostNamed);
-        words.push_back(std::to_string(cameras.size() - kMostNamed) + " more");
-    }
-    return joined(words, " and ");
+    return joinedBriefly(words);
 }
 
 State controlledBy(const gvcp::Controller &controller) {
@@ -219,25 +213,24 @@ std::unique_ptr<gvcp::Channel> channelTo(const gvcp::Found &camera) {
 }
 
 std::vector<Shared> sharedBy(const Cameras &cameras) {
-    std::map<std::string, Words> bySerial, byAddress;
+    std::map<std::pair<bool, std::string>, Words> owners; // of serial numbers, and of addresses
     for (const gvcp::Found &camera : cameras) {
         const std::string address = gvcp::dotted(camera.identity.address);
         const std::string serial = nameOf(camera.identity).serial;
-        bySerial[serial].push_back(address);
-        byAddress[address].push_back(serial + " (" + macText(macOf(camera.identity)) + ")");
+        owners[{false, serial}].push_back(address);
+        owners[{true, address}].push_back(serial + " (" + macText(macOf(camera.identity)) + ")");
     }
     std::vector<Shared> shared;
-    const auto add = [&](bool isAddress, const char *what, const auto &owners, const char *remedy) {
-        for (const auto &[text, sharing] : owners)
-            if (sharing.size() > 1 && !text.empty())
-                shared.push_back({isAddress,
-                                  std::to_string(sharing.size()) + " cameras have the " + what +
-                                      " " + text + ": " + joined(sharing, " and "),
-                                  remedy});
-    };
-    add(false, "serial number", bySerial, "Name each of them by its address or MAC address");
-    add(true, "address", byAddress,
-        "Give each of them an address of its own; until then none can be relied on");
+    for (const auto &[what, sharing] : owners)
+        if (const auto &[isAddress, text] = what; sharing.size() > 1 && !text.empty())
+            shared.push_back(
+                {isAddress,
+                 std::to_string(sharing.size()) + " cameras have the " +
+                     (isAddress ? "address " : "serial number ") + text + ": " +
+                     joined(sharing, " and "),
+                 isAddress
+                     ? "Give each of them an address of its own; until then none can be relied on"
+                     : "Name each of them by its address or MAC address"});
     return shared;
 }
 
