@@ -1,8 +1,6 @@
 #include "cli/program.h"
 
 #include <algorithm>
-#include <cerrno>
-#include <csignal>
 #include <map>
 #include <new>
 #include <sstream>
@@ -23,23 +21,6 @@ Words namesOf(const Program &program) {
     return names;
 }
 
-// Brings the command to the front, and "help" behind it as its option.
-void sortOut(const Program &program, Words &arguments) {
-    const Words names = namesOf(program);
-    const auto isCommand = [&](const std::string &word) {
-        return std::find(names.begin(), names.end(), word) != names.end();
-    };
-    if (!arguments.empty() && arguments.front() == "help") {
-        arguments.erase(arguments.begin());
-        arguments.push_back("--help");
-    }
-    if (arguments.empty() || !isOption(arguments.front()))
-        return;
-    const auto command = std::find_if(arguments.begin(), arguments.end(), isCommand);
-    if (command != arguments.end() && arguments.front() != "--version")
-        std::rotate(arguments.begin(), command, command + 1);
-}
-
 Words optionsOf(const CLI::App &command) {
     Words options;
     for (const CLI::Option *option : command.get_options())
@@ -54,26 +35,13 @@ std::string wrongBehind(const Program &program, const CLI::App &command,
     const std::string full =
         program.name + (command.get_name() == program.name ? "" : " " + command.get_name());
     const std::string hint = " Run '" + full + " --help' for what is expected.";
-    const auto is = [&error](CLI::ExitCodes code) {
-        return error.get_exit_code() == static_cast<int>(code);
-    };
-    const std::string what = error.what();
-    const std::string subject = what.substr(0, what.find(':'));
     const Words rest = command.remaining();
-    if (is(CLI::ExitCodes::ExtrasError) && !rest.empty())
-        return "'" + full + "' does not take \"" + shortened(rest.front()) + "\"." +
-               (isOption(rest.front())
-                    ? didYouMean(rest.front().substr(0, rest.front().find('=')), optionsOf(command))
-                    : "") +
-               hint;
-    if (is(CLI::ExitCodes::RequiredError))
-        return "'" + full + "' needs " + what.substr(0, what.find(" is required")) + "." + hint;
-    if (is(CLI::ExitCodes::ArgumentMismatch) && !isOption(subject))
-        return "'" + full + "' needs another " + subject + "." + hint;
-    if (is(CLI::ExitCodes::ArgumentMismatch)) // the option's name
-        return subject +
-               (what.find("missing") != what.npos ? " needs a value." : " is given twice.") + hint;
-    return what + (what.empty() || what.back() != '.' ? "." : "") + hint;
+    if (rest.empty())
+        return std::string(error.what()) + "." + hint;
+    const std::string &word = rest.front();
+    return "'" + full + "' does not take \"" + shortened(word) + "\"." +
+           (isOption(word) ? didYouMean(word.substr(0, word.find('=')), optionsOf(command)) : "") +
+           hint;
 }
 
 // What is wrong in front of a command, or with it.
@@ -119,7 +87,10 @@ Run readCommandLine(const Program &program, Words arguments) {
     if (single) {
         runs[&app] = program.commands.front().declare(app);
     } else {
-        sortOut(program, arguments);
+        if (!arguments.empty() && arguments.front() == "help") {
+            arguments.erase(arguments.begin());
+            arguments.emplace_back("--help");
+        }
         app.require_subcommand(1);
         app.get_formatter()->label("SUBCOMMAND", "COMMAND");
         for (const Command &command : program.commands) {
@@ -150,10 +121,7 @@ Run readCommandLine(const Program &program, Words arguments) {
 int runProgram(const Program &program, int argc, char **argv) {
     prepareStandardStreams();
     int status = run(program, Words(argv + std::min(argc, 1), argv + argc));
-    errno = 0;
     if (!finishStandardOutput()) {
-        if (brokenPipe())
-            dieOf(SIGPIPE);
         tell("standard output did not take all that was written to it. Check that its disk is not "
              "full and that its reader still reads.");
         status = kFailed;
