@@ -5,7 +5,6 @@
 #include <cstring>
 #include <functional>
 #include <map>
-#include <set>
 #include <system_error>
 
 #include "camera/camera.h"
@@ -71,12 +70,8 @@ State stateOf(const gvcp::Found &camera) {
 gvcp::Found only(const Cameras &cameras, const std::string &several) {
     if (cameras.size() == 1)
         return cameras.front();
-    const std::string serial = cameras.front().identity.serial;
-    const bool alike =
-        those(cameras, [&](const auto &identity) { return identity.serial == serial; }).size() > 1;
-    throw Error(kNoCamera, several + ": " + listed(cameras) + ". Name one of them by its " +
-                               (alike ? "" : "serial number, user name, ") +
-                               "address or MAC address.");
+    throw Error(kNoCamera, several + ": " + listed(cameras) +
+                               ". Name one of them, for example by its address.");
 }
 
 // A colon or a dash stands between the bytes.
@@ -136,28 +131,22 @@ gvcp::Found cameraNamed(const std::string &name, const std::string &shown) {
     if (cameras.empty())
         throw NoneFits(kNoCamera, kNoDalsaCamera);
     const auto hasSerial = [&](const auto &camera) { return nameOf(camera).serial == name; };
-    const auto begins = [&](const auto &camera) { return nameOf(camera).serial.find(name) == 0; };
     // The first way in which it is meant for any of them.
     const std::function<bool(const gvcp::Identity &)> ways[] = {
         [&](const auto &camera) { return isDalsa(camera) && hasSerial(camera); },
         hasSerial,
         [&](const auto &camera) { return macFrom(name) == macOf(camera); },
         [&](const auto &camera) { return nameOf(camera).userName == name; },
-        [&](const auto &camera) { return isDalsa(camera) && begins(camera); },
+        [&](const auto &camera) {
+            return isDalsa(camera) && nameOf(camera).serial.find(name) == 0;
+        },
     };
     for (const auto &way : ways)
         if (const Cameras fitting = those(cameras, way); !fitting.empty())
             return only(fitting, "several cameras fit " + shown);
 
-    std::set<std::string> names;
-    for (const gvcp::Found &camera : cameras)
-        names.insert({nameOf(camera.identity).serial, nameOf(camera.identity).userName});
-    names.erase("");
-    const bool foreign = !those(cameras, begins).empty();
     throw NoneFits(kNoCamera,
-                   "no camera fits " + shown + ". These answered: " + listed(cameras) + "." +
-                       (foreign ? " A camera of another maker needs its whole serial number."
-                                : didYouMean(name, Words(names.begin(), names.end()))));
+                   "no camera fits " + shown + ". These answered: " + listed(cameras) + ".");
 }
 
 gvcp::Found onlyCamera() {

@@ -14,13 +14,6 @@ bool isOption(const std::string &word) {
     return word.size() > 1 && word[0] == '-';
 }
 
-Words namesOf(const Program &program) {
-    Words names;
-    for (const Command &command : program.commands)
-        names.emplace_back(command.name);
-    return names;
-}
-
 Words optionsOf(const CLI::App &command) {
     Words options;
     for (const CLI::Option *option : command.get_options())
@@ -48,17 +41,17 @@ std::string wrongBehind(const Program &program, const CLI::App &command,
 std::string wrongInFront(const Program &program, const CLI::App &app, const Words &given) {
     const std::string hint =
         std::string(" Run '") + program.name + " --help' for the commands and examples.";
-    const Words names = namesOf(program);
-    const std::string expected = "; expected is " + joined(names) + ".";
     if (given.empty())
-        return "a command is missing" + expected + hint;
+        return "a command is missing." + hint;
     const Words front = app.remaining();
     const std::string word = front.empty() ? given.front() : front.front();
-    Words known = isOption(word) ? optionsOf(app) : names;
-    known.emplace_back(isOption(word) ? "--help" : "help");
-    const std::string guess = didYouMean(word, known);
-    return (isOption(word) ? "unknown option \"" : "unknown command \"") + shortened(word) + "\"" +
-           (guess.empty() ? expected : "." + guess) + hint;
+    if (isOption(word))
+        return "unknown option \"" + shortened(word) + "\"." + didYouMean(word, optionsOf(app)) +
+               hint;
+    Words names = {"help"};
+    for (const Command &command : program.commands)
+        names.emplace_back(command.name);
+    return "unknown command \"" + shortened(word) + "\"." + didYouMean(word, names) + hint;
 }
 
 int run(const Program &program, Words arguments) {

@@ -6,7 +6,6 @@
 #include "parameters.h"
 
 #include <algorithm>
-#include <cstring>
 #include <string_view>
 #include <utility>
 
@@ -45,20 +44,13 @@ Service &service() {
     return instance;
 }
 
-template <class Number>
-Number copied(const void *from) {
-    Number number;
-    std::memcpy(&number, from, sizeof number);
-    return number;
-}
-
 Json valueAt(const void *from, ValueType type) {
     if (!from)
         return nullptr;
     if (type == kFloat)
-        return jsonNumber(copied<float>(from));
+        return jsonNumber(*static_cast<const float *>(from));
     if (type == kInteger)
-        return copied<int32_t>(from);
+        return *static_cast<const int32_t *>(from);
     return static_cast<const char *>(from);
 }
 
