@@ -17,9 +17,9 @@ struct FleetResult {
     gvcp::Found found;
     int status;     ///< an ExitStatus
     Words messages; ///< of its standard error
-    Words log;      ///< what is no message there, of commands that log
-    std::string out;
-    Json document; ///< which the output is; null when it is none
+    Words log = {}; ///< what is no message there, of commands that log
+    std::string out = {};
+    Json document = nullptr; ///< which the output is; null when it is none
 };
 
 /**

@@ -4,6 +4,7 @@
 // The plug-in publishes a value also for what a camera lacks. So afterwards kxinfo looks at the camera
 // itself, and says which values are none.
 
+#include <algorithm>
 #include <csignal>
 #include <cstdlib>
 #include <filesystem>
@@ -37,6 +38,16 @@ constexpr const char *kPlaces[] = {
 
 // A probe takes a second or two; a camera that falls silent again and again makes it longer.
 constexpr ChildLimits kLimits = {std::chrono::seconds(60), size_t{16} << 20, 1};
+
+// Whether a plug-in built for this platform opens the camera of an address, whatever its serial number.
+#if __has_include("kxgige.h")
+constexpr bool kOpensAddresses = true;
+#else
+constexpr bool kOpensAddresses = false;
+#endif
+
+const std::string kNoResult =
+    std::string("the probe ended without a result, and did not say why. ") + kHintOfLog;
 
 constexpr const char *kFooter =
     R"(Without CAMERA the plug-in lists the cameras, in log lines of level info. Without --json the table
@@ -130,9 +141,7 @@ int probeOne(HostOptions options) {
         return end.status;
     Json document = options.json ? Json::parse(end.out, nullptr, false) : Json();
     if (document.is_discarded())
-        throw Error(kFailed,
-                    std::string("the probe ended without a result, and did not say why. ") +
-                        kHintOfLog);
+        throw Error(kFailed, kNoResult);
     if (found)
         lookAtCamera(*found, document);
     if (options.json)
@@ -166,13 +175,35 @@ void showJson(const std::vector<FleetResult> &results) {
     writeOut(jsonText({{"version", 2}, {"cameras", cameras}}));
 }
 
+// Nothing is shown of a camera that the plug-in does not open: elsewhere than on the open platform it
+// takes the first whose serial number begins like that.
+void judge(std::vector<FleetResult> &results, const HostOptions &options) {
+    for (auto result = results.begin(); result != results.end(); ++result) {
+        const std::string &serial = result->found.identity.serial;
+        const auto inFront = std::find_if(results.begin(), result, [&](const auto &other) {
+            return other.found.identity.serial.rfind(serial, 0) == 0;
+        });
+        if (inFront != result && (!kOpensAddresses || options.plugin))
+            *result = {result->found,
+                       kNoCamera,
+                       {"the plug-in opens another camera in its place, \"" +
+                        inFront->found.identity.serial + "\"."}};
+        else if (result->status == kDone && !options.json &&
+                 result->out.find(kProbeHeading) == std::string::npos) {
+            result->status = kFailed;
+            result->messages.push_back(kNoResult);
+        }
+    }
+}
+
 int probeAll(HostOptions options) {
-    const auto results = onAllCameras(
+    auto results = onAllCameras(
         [&](const gvcp::Found &camera) {
             options.serial = gvcp::dotted(camera.identity.address);
             return options.command("probe");
         },
         options.json && options.showsLog());
+    judge(results, options);
     if (options.json)
         showJson(results);
     else

@@ -29,8 +29,17 @@ std::string wrongBehind(const Program &program, const CLI::App &command,
         program.name + (command.get_name() == program.name ? "" : " " + command.get_name());
     const std::string hint = " Run '" + full + " --help' for what is expected.";
     const Words rest = command.remaining();
-    if (rest.empty())
-        return std::string(error.what()) + "." + hint;
+    if (rest.empty()) {
+        const std::string what = error.what();
+        const std::string subject = what.substr(0, what.find(':'));
+        if (error.get_exit_code() == static_cast<int>(CLI::ExitCodes::RequiredError))
+            return "'" + full + "' needs " + what.substr(0, what.find(" is required")) + "." + hint;
+        if (isOption(subject) && what.find(" required ") != what.npos)
+            return subject +
+                   (what.find("missing") != what.npos ? " needs a value." : " is given twice.") +
+                   hint;
+        return what + "." + hint;
+    }
     const std::string &word = rest.front();
     return "'" + full + "' does not take \"" + shortened(word) + "\"." +
            (isOption(word) ? didYouMean(word.substr(0, word.find('=')), optionsOf(command)) : "") +
@@ -84,6 +93,14 @@ Run readCommandLine(const Program &program, Words arguments) {
             arguments.erase(arguments.begin());
             arguments.emplace_back("--help");
         }
+        const auto name =
+            std::find_if(arguments.begin(), arguments.end(), [&](const std::string &word) {
+                return std::any_of(program.commands.begin(), program.commands.end(),
+                                   [&](const Command &each) { return each.name == word; });
+            });
+        if (name != arguments.end() && isOption(arguments.front()) &&
+            arguments.front() != "--version")
+            std::rotate(arguments.begin(), name, name + 1);
         app.require_subcommand(1);
         app.get_formatter()->label("SUBCOMMAND", "COMMAND");
         for (const Command &command : program.commands) {

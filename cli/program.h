@@ -33,7 +33,8 @@ struct Program {
 };
 
 /**
- * What the arguments ask for; "help COMMAND" is "COMMAND --help".
+ * What the arguments ask for. Options in front of the command count as if they stood behind it;
+ * "help COMMAND" is "COMMAND --help".
  *
  * \throws Error (kWrongUsage) with what was probably meant
  */

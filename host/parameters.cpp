@@ -9,6 +9,7 @@
 #include <string_view>
 #include <utility>
 
+#include "cli/host_options.h"
 #include "cli/text.h"
 #include "kx_api.h"
 
@@ -121,8 +122,7 @@ Publication takePublication() {
 
 std::string asTable(const std::string &serial, const std::vector<Published> &published) {
     const std::string heading =
-        serial.empty() ? "First camera found\n\n"
-                       : "Camera whose serial number begins with \"" + serial + "\"\n\n";
+        serial.empty() ? "First camera found\n\n" : kProbeHeading + ('"' + serial + "\"\n\n");
     if (published.empty())
         return heading + "No settings were published.\n";
 

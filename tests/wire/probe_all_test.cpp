@@ -83,8 +83,8 @@ TEST_F(ProbeAll, TellsWhatIsWrongWithEachCamera) {
                   shown("S7").out + "\n",
               result.out.substr(0, result.out.find("probing S8")));
     EXPECT_EQ(message("S2", crashed) + message("S3", messageOf("S3")) +
-                  message("S4", messageOf("S4")) + message("S6", messageOf("S6")) +
-                  message("S8", flooded),
+                  message("S4", messageOf("S4")) + message("S5", silent) +
+                  message("S6", messageOf("S6")) + message("S8", flooded),
               result.err);
 
     const Result withJson = probeAll("one_of_each", {"--json", "--log", "stdout"});
@@ -165,6 +165,13 @@ TEST_F(ProbeAll, TakesNoCameraForAnother) {
     EXPECT_EQ(two + "\n", result.out.substr(0, two.size() + 1));
     EXPECT_THAT(result.out.substr(two.size()),
                 HasSubstr("\nWidth                            640 "));
+    // Another plug-in may open another camera.
+    const std::string inFront = "the plug-in opens another camera in its place, \"S10\".";
+    EXPECT_EQ((Result{1, "",
+                      message("S10", "no camera has a serial number that begins with \"S10\". Run "
+                                     "'kxinfo list' to see the cameras that answer.") +
+                          "kxinfo: cameras S1 and S1: " + inFront + "\n"}),
+              probeAll("two_cameras"));
 }
 
 TEST_F(ProbeAll, TakesASerialNumberForNoOption) {
