@@ -31,7 +31,7 @@ std::string levelFrom(const std::string &text) {
     const auto [stop, error] = std::from_chars(text.data(), end, number);
     const std::string unit(stop, end);
     number *= unit.empty() ? 100 : 1;
-    if (error != std::errc() || (unit != "" && unit != "%") || !(number >= 0 && number <= 100))
+    if (error != std::errc() || (!unit.empty() && unit != "%") || !(number >= 0 && number <= 100))
         throw Error(kWrongUsage, "--target is \"" + shortened(text) +
                                      "\"; expected is 0 (black) to 1 (white), or 0% to 100%.");
     return numberText(number) + "%";

@@ -249,7 +249,7 @@ Html curvesOf(const Side &side) {
     Html lines, keys;
     const auto add = [&](const std::string &name, const std::string &meaning, const auto &output) {
         Html points;
-        for (double i = 0; i <= kPoints; ++i)
+        for (int i = 0; i <= kPoints; ++i)
             points += Html("$,$ ", 100 * i / kPoints, 100 - 100 * output(i / kPoints));
         lines += Html("<polyline class='$' points='$'/>", name, points);
         keys += Html("<li><svg class='key' aria-hidden='true'><line class='$' x2='100%' y1='50%' "
