@@ -74,6 +74,11 @@ Client::~Client() {
     close(socket_);
 }
 
+std::string Client::nextRequest() {
+    request_ = static_cast<uint16_t>(request_ % UINT16_MAX + 1); // 0 is none
+    return hex(request_, 4);
+}
+
 uint16_t Client::port() const {
     sockaddr_in own{};
     socklen_t length = sizeof own;
@@ -125,14 +130,14 @@ bool Client::isIgnored(const std::string &packet) {
 }
 
 std::string Client::write(uint32_t address, uint32_t value) {
-    const std::string request = hex(++request_, 4);
+    const std::string request = nextRequest();
     const std::string answer = ask("42 01 0082 0008" + request + hex(address, 8) + hex(value, 8));
     EXPECT_EQ(request, answer.size() < 19 ? answer : answer.substr(15, 4));
     return answer.substr(0, 4);
 }
 
 std::string Client::read(uint32_t address) {
-    const std::string request = hex(++request_, 4);
+    const std::string request = nextRequest();
     const std::string answer = ask("42 01 0080 0004" + request + hex(address, 8));
     EXPECT_EQ(request, answer.size() < 19 ? answer : answer.substr(15, 4));
     return answer.size() > 20 ? answer.substr(20) : answer.substr(0, 4);
@@ -142,7 +147,7 @@ std::string Client::memory(uint32_t address, uint32_t size) {
     std::string digits;
     for (uint32_t done = 0; done < size; done += kBlock) {
         const uint32_t block = (std::min(kBlock, size - done) + 3) & ~3u;
-        const std::string request = hex(++request_, 4);
+        const std::string request = nextRequest();
         const std::string header = "0000 0085 " + hex(block + 4, 4) + " " + request + " ";
         const std::string answer =
             ask("42 01 0084 0008" + request + hex(address + done, 8) + hex(block, 8));

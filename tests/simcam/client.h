@@ -48,6 +48,7 @@ public:
 
 private:
     void sendTo(const char *address, const std::string &packet);
+    std::string nextRequest();
 
     int socket_;
     std::string camera_;
