@@ -21,8 +21,6 @@ Change assignOne(const Camera &camera, Switches &switches, const Assignment &ass
     if (value == before.value && value == camera.node(feature.node).read())
         return {&feature, before.value, before.value};
     switches.write(feature, value);
-    if (const std::string note = offStepNote(before, value); !note.empty())
-        tell(note);
     Value after;
     const std::string why = whyNotDone([&] { after = switches.read(feature); });
     if (!why.empty())
@@ -56,7 +54,7 @@ std::vector<Change> assign(const Camera &camera, Switches &switches,
     }
     for (const Assignment &assignment : assignments)
         checkLimits(*assignment.feature,
-                    [&](const Feature &limit) { return switches.readAnew(limit); });
+                    [&](const Feature &limit) { return switches.read(limit, Cache::Ignored); });
     return changes;
 }
 
