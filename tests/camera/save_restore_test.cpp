@@ -459,7 +459,7 @@ TEST_F(SaveRestore, LeavesTheCameraAsItWasWhenTheUserInterruptsSaving) {
     const auto names = namesIn(camera.folder().path());
 
     Process kxinfo(KXINFO_PROGRAM, {"save", "S1234", fileIn(camera), "--switch"});
-    waitFor(camera, "LUTIndex = 9");
+    waitFor(camera, "LUTIndex = 1"); // or 10, or 1000: it goes by fast
     kxinfo.signal(SIGTERM);
     const Process::End end = kxinfo.wait();
 
