@@ -2,9 +2,7 @@
 // needs no description, and works on a camera that cannot be reached.
 
 #include <algorithm>
-#include <charconv>
 #include <memory>
-#include <thread>
 
 #include "camera/command.h"
 #include "camera/find.h"
@@ -20,21 +18,17 @@ using namespace gvcp::bootstrap;
 using gvcp::Found;
 using gvcp::Reach;
 
-// A camera that was given an address is waited for as long as so many searches take.
+// A camera that was given an address is looked for so often.
 constexpr int kMostLooks = 10;
-constexpr std::chrono::milliseconds kBetweenLooks{100};
-
-const Words kWayNames = {"persistent", "dhcp", "link-local"}; // by bit of gvcp::AddressWay
 
 struct Request {
     CameraArgument camera;
     std::string set, force, gateway;
-    Words ways;
     bool evenIfLost = false, json = false;
 };
 
 // What is kept for the next start, in the order of writing: the ways last.
-constexpr uint32_t kKept[] = {kOwnAddress, kOwnMask, kOwnGateway, gvcp::bootstrap::kWays};
+constexpr uint32_t kKept[] = {kOwnAddress, kOwnMask, kOwnGateway, kWays};
 
 std::string nameFor(const Found &camera) {
     return "camera " + nameOf(camera.identity).serial + " (" + macText(macOf(camera.identity)) +
@@ -48,24 +42,20 @@ bool isHost(uint32_t address, uint32_t mask) {
 }
 
 Reach reachFrom(const std::string &text, const std::string &gatewayText) {
-    const size_t slash = std::min(text.find('/'), text.size() - 1);
-    const auto address = gvcp::addressFrom(text.substr(0, slash));
     const auto gateway = gvcp::addressFrom(gatewayText.empty() ? "0.0.0.0" : gatewayText);
-    const char *const end = text.data() + text.size();
-    unsigned bits = 0;
-    const bool whole = std::from_chars(text.data() + slash + 1, end, bits).ptr == end;
-    const uint32_t mask = bits > 0 && bits < 31 ? UINT32_MAX << (32 - bits) : UINT32_MAX;
-    if (address && whole && isHost(*address, mask) && gateway)
-        return {*address, mask, *gateway};
-    throw Error(kWrongUsage, "\"" + shortened(gateway ? text : gatewayText) + "\" is no " +
-                                 (gateway ? "address for a camera; expected is that of one host, "
-                                            "with the bits of its network, 1 to 30, for example "
-                                            "192.168.0.10/24."
-                                          : "gateway; expected is an address."));
-}
-
-gvcp::Channel channelTo(const Found &camera, gvcp::Access access) {
-    return gvcp::Channel({camera.identity.address, camera.host, camera.interface != 0}, access);
+    if (!gateway)
+        throw Error(kWrongUsage,
+                    "\"" + shortened(gatewayText) + "\" is no gateway; expected is an address.");
+    const size_t slash = text.find('/');
+    const auto address = gvcp::addressFrom(text.substr(0, slash));
+    for (int bits = 1; address && bits <= 30; ++bits)
+        if (const uint32_t mask = UINT32_MAX << (32 - bits);
+            text.substr(slash + 1) == std::to_string(bits) && isHost(*address, mask))
+            return {*address, mask, *gateway};
+    throw Error(kWrongUsage,
+                "\"" + shortened(text) +
+                    "\" is no address for a camera; expected is that of one host, with "
+                    "the bits of its network, 1 to 30, for example 192.168.0.10/24.");
 }
 
 // What it says of its addresses, from kKnownWays on; then what is kept.
@@ -92,31 +82,29 @@ int show(const Found &camera, bool asJson) {
         std::tie(camera.identity.address, camera.identity.mask, camera.identity.gateway);
     std::vector<uint32_t> words{camera.identity.knownWays, address, mask, gateway, 0, 0, 0,
                                 camera.identity.ways};
-    Json problem;
+    Json problem, ways;
     try {
-        gvcp::Channel channel = channelTo(camera, gvcp::Access::Monitor);
-        words = registersOf(camera, channel);
+        words = registersOf(camera, *channelTo(camera));
     } catch (const gvcp::Error &error) {
         problem = failure(camera, error).what();
     }
-    Json ways;
-    std::vector<Row> rows{{{"Way", "State", "Address", "Mask", "Gateway"}, false}};
-    const auto add = [&](const std::string &way, const char *state, const uint32_t *reach) {
-        ways[way]["state"] = state;
-        rows.push_back({{way, state}, false});
-        for (const char *part : {"address", "mask", "gateway"}) {
-            const uint32_t number = reach ? *reach++ : 0;
-            ways[way][part] = number ? Json(gvcp::dotted(number)) : Json();
-            rows.back().cells.push_back(number ? gvcp::dotted(number) : kNone);
-        }
+    const auto stateOf = [&](gvcp::AddressWay way) {
+        return words[7] & way ? "on" : words[0] & way ? "off" : "unsupported";
     };
-    add("current", "in use", &words[1]);
-    for (size_t i = 0; i < kWayNames.size(); ++i)
-        add(kWayNames[i],
-            words[7] >> i & 1   ? "on"
-            : words[0] >> i & 1 ? "off"
-                                : "unsupported",
-            i == 0 ? &words[4] : nullptr);
+    const auto text = [](uint32_t number) { return number ? gvcp::dotted(number) : kNone; };
+    const std::vector<Row> rows{
+        {{"Way", "State", "Address", "Mask", "Gateway"}, false},
+        {{"current", "in use", text(words[1]), text(words[2]), text(words[3])}, false},
+        {{"persistent", stateOf(gvcp::kPersistent), text(words[4]), text(words[5]), text(words[6])},
+         false},
+        {{"dhcp", stateOf(gvcp::kDhcp), kNone, kNone, kNone}, false},
+        {{"link-local", stateOf(gvcp::kLinkLocal), kNone, kNone, kNone}, false}};
+    for (size_t row = 1; row < rows.size(); ++row)
+        for (size_t i = 1; i < rows[row].cells.size(); ++i) {
+            const std::string &cell = rows[row].cells[i];
+            ways[rows[row].cells[0]][lowered(rows[0].cells[i])] =
+                cell == kNone ? Json() : Json(cell);
+        }
     const std::string serial = nameOf(camera.identity).serial;
     writeOut(asJson ? jsonText({{"version", 1},
                                 {"serial", serial},
@@ -124,9 +112,10 @@ int show(const Found &camera, bool asJson) {
                                 {"ways", ways},
                                 {"problem", problem}})
                     : "Camera " + serial + "\n\n" + tableText(rows));
-    if (!problem.is_null())
-        tell(problem);
-    return problem.is_null() ? kDone : kFailed;
+    if (problem.is_null())
+        return kDone;
+    tell(problem);
+    return kFailed;
 }
 
 gvcp::Search searchFor(uint32_t address) {
@@ -135,16 +124,6 @@ gvcp::Search searchFor(uint32_t address) {
     search.serial.clear();
     search.addresses = {address};
     return search;
-}
-
-template <class Work>
-bool isDone(Work work) {
-    try {
-        work();
-        return true;
-    } catch (const gvcp::Error &) {
-        return false;
-    }
 }
 
 // Throws when the camera would be cut off. Returns the index of the interface where it is.
@@ -183,23 +162,17 @@ uint32_t requireSafe(const Found &camera, const Reach &to, bool evenIfLost) {
     return index;
 }
 
-void change(const Found &camera, const Request &request) {
-    gvcp::Channel channel = channelTo(camera, gvcp::Access::Control);
+void keep(const Found &camera, const Request &request) {
+    const Reach to = reachFrom(request.set, request.gateway);
+    gvcp::Channel channel({camera.identity.address, camera.host, camera.interface != 0},
+                          gvcp::Access::Control);
     const std::vector<uint32_t> before = registersOf(camera, channel);
-    std::vector<uint32_t> after = before;
-    after[7] = gvcp::kLinkLocal; // which no camera is without
-    for (const std::string &way : request.ways)
-        after[7] |= 1u << (std::find(kWayNames.begin(), kWayNames.end(), way) - kWayNames.begin());
-    if (!request.set.empty()) {
-        const Reach to = reachFrom(request.set, request.gateway);
-        after = {before[0],  before[1], before[2],  before[3],
-                 to.address, to.mask,   to.gateway, before[7] | gvcp::kPersistent};
-    }
-    if (after[7] & ~before[0])
-        throw Error(kWrongUsage, nameFor(camera) + " does not know this way to an address. 'kxinfo "
-                                                   "address' shows which it knows.");
-    if (after[7] & gvcp::kPersistent)
-        requireSafe(camera, {after[4], after[5], after[6]}, request.evenIfLost);
+    if (!(before[0] & gvcp::kPersistent))
+        throw Error(kWrongUsage, nameFor(camera) + " cannot keep an address.");
+    requireSafe(camera, to, request.evenIfLost);
+    const std::vector<uint32_t> after = {
+        before[0],  before[1], before[2],  before[3],
+        to.address, to.mask,   to.gateway, before[7] | gvcp::kPersistent};
     const auto write = [&](size_t i, const std::vector<uint32_t> &words) {
         if (before[4 + i] != after[4 + i])
             channel.writeRegister(kKept[i], words[4 + i]);
@@ -212,9 +185,10 @@ void change(const Found &camera, const Request &request) {
     } catch (const gvcp::Error &) {
         waitInSpiteOfAll();
         for (size_t i = std::size(kKept); i-- > 0;)
-            (void)isDone([&] { write(i, before); });
-        if (!isDone([&] { after = registersOf(camera, channel); }) || after != before)
-            tell("what had been set cannot be put back; 'kxinfo address' shows what there is.");
+            try {
+                write(i, before);
+            } catch (const gvcp::Error &) { // the others may still be put back
+            }
         throw;
     }
 }
@@ -223,9 +197,9 @@ Found force(Found camera, const Request &request) {
     const Reach to = reachFrom(request.force, request.gateway);
     camera.interface = requireSafe(camera, to, request.evenIfLost);
     try {
-        gvcp::Channel channel = channelTo(camera, gvcp::Access::Monitor);
-        (void)registersOf(camera, channel);
-        if (const gvcp::Controller by = channel.controller(); by.privilege)
+        const auto channel = channelTo(camera);
+        (void)registersOf(camera, *channel);
+        if (const gvcp::Controller by = channel->controller(); by.privilege)
             throw gvcp::Controlled(by);
     } catch (const gvcp::Controlled &) {
         throw;
@@ -236,13 +210,10 @@ Found force(Found camera, const Request &request) {
         throw gvcp::Error(gvcp::Cause::Refused, gvcp::statusText(status));
     gvcp::Search search = searchFor(to.address);
     search.mac = macOf(camera.identity);
-    const auto end = std::chrono::steady_clock::now() + kMostLooks * search.window;
-    do {
+    for (int look = 0; look < kMostLooks; ++look)
         for (const Found &found : gvcp::discover(search))
             if (found.identity.address == to.address && macOf(found.identity) == search.mac)
                 return found;
-        std::this_thread::sleep_for(kBetweenLooks);
-    } while (std::chrono::steady_clock::now() < end);
     throw Error(kFailed, nameFor(camera) + " has not come back at " + gvcp::dotted(to.address) +
                              ". 'kxinfo list' shows whether it does later, or has stayed where it "
                              "was. If it is not there, switch it off and on: this address is then "
@@ -259,8 +230,8 @@ int address(const Request &request) {
         if (!request.force.empty()) {
             camera = force(camera, request);
             tell(nameFor(camera) + " has this address until it restarts; --set is for good.");
-        } else if (!request.set.empty() || !request.ways.empty()) {
-            change(camera, request);
+        } else if (!request.set.empty()) {
+            keep(camera, request);
             tell(nameFor(camera) + " does so when it restarts: switch it off and on.");
         }
         return show(camera, request.json);
@@ -278,16 +249,11 @@ Run declareAddress(CLI::App &command) {
         return command.add_option(name, to, what)->type_name("ADDRESS");
     };
     const auto set = add("--set", request->set, "Start at this address, such as 192.168.0.10/24");
-    const auto force =
-        add("--force", request->force, "Have this address at once, until it restarts");
+    add("--force", request->force, "Have this address at once, until it restarts")->excludes(set);
     add("--gateway", request->gateway, "With --set or --force; none unless given");
-    const auto ways =
-        command.add_option("--ways", request->ways, "Get the address so, by one way or several");
-    ways->type_name("WAY")->delimiter(',')->allow_extra_args(false);
-    ways->transform(oneOf(kWayNames, "--ways is"))->excludes(set)->excludes(force->excludes(set));
     command.add_flag("--even-if-lost", request->evenIfLost, "Also where it can hardly be reached");
     command.add_flag("--json", request->json, "Write a JSON document");
-    command.footer("Example:\n  kxinfo address S1234567 --ways dhcp,persistent");
+    command.footer("Example:\n  kxinfo address S1234567");
     return [request] { return address(*request); };
 }
 

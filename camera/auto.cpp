@@ -3,8 +3,8 @@
 #include <charconv>
 #include <memory>
 
-#include "camera/assign.h"
 #include "camera/command.h"
+#include "camera/set.h"
 
 namespace kxinfo {
 
@@ -29,9 +29,9 @@ std::string levelFrom(const std::string &text) {
     double number = 0;
     const char *const end = text.data() + text.size();
     const auto [stop, error] = std::from_chars(text.data(), end, number);
-    const bool percent = std::string_view(stop, static_cast<size_t>(end - stop)) == "%";
-    number *= percent ? 1 : 100;
-    if (error != std::errc() || (stop != end && !percent) || !(number >= 0 && number <= 100))
+    const std::string unit(stop, end);
+    number *= unit.empty() ? 100 : 1;
+    if (error != std::errc() || (!unit.empty() && unit != "%") || !(number >= 0 && number <= 100))
         throw Error(kWrongUsage, "--target is \"" + shortened(text) +
                                      "\"; expected is 0 (black) to 1 (white), or 0% to 100%.");
     return numberText(number) + "%";
@@ -54,19 +54,6 @@ void addLimits(std::vector<Assignment> &settings, const char *option, const std:
     }
 }
 
-// What the options say.
-std::vector<Assignment> settingsOf(const Request &request) {
-    std::vector<Assignment> settings;
-    if (!request.target.empty())
-        settings.push_back({&featureNamed("autoBrightnessTarget"), levelFrom(request.target)});
-    if (!request.gain.empty())
-        addLimits(settings, "--gain", request.gain, "gainAutoMinValue", "gainAutoMaxValue");
-    if (!request.exposure.empty())
-        addLimits(settings, "--exposure", request.exposure, "exposureAutoMinValue",
-                  "exposureAutoMaxValue");
-    return settings;
-}
-
 void checkForAny(const Camera &camera) {
     if (!has(camera, kWhole) && !has(camera, kFunctions[0]) && !has(camera, kFunctions[1]))
         throw Error(kFailed, "this camera has no automatic functions (\"autoBrightnessMode\", "
@@ -82,22 +69,32 @@ void addEntry(std::vector<Assignment> &settings, const Camera &camera, const cha
         tell("this camera has no \"" + std::string(name) + "\"; it is left out.");
 }
 
+// What the options say.
+std::vector<Assignment> settingsOf(const Request &request) {
+    std::vector<Assignment> settings;
+    if (!request.target.empty())
+        settings.push_back({&featureNamed("autoBrightnessTarget"), levelFrom(request.target)});
+    if (!request.gain.empty())
+        addLimits(settings, "--gain", request.gain, "gainAutoMinValue", "gainAutoMaxValue");
+    if (!request.exposure.empty())
+        addLimits(settings, "--exposure", request.exposure, "exposureAutoMinValue",
+                  "exposureAutoMaxValue");
+    return settings;
+}
+
 std::vector<Assignment> settingsFor(const Camera &camera, const Request &request,
                                     const std::vector<Assignment> &options) {
     std::vector<Assignment> settings;
-    if (request.state == "off") {
-        // What the whole controls is off with it, and stays as it is for the next time.
-        if (has(camera, kWhole))
-            return {{&featureNamed(kWhole), "Off"}};
-        for (const char *function : kFunctions)
-            addEntry(settings, camera, function, "Off");
-        return settings;
-    }
-    addEntry(settings, camera, kWhole, "Active");
+    const bool on = request.state == "on";
+    // What the whole controls is off with it, and stays as it is for the next time.
+    if (!on && has(camera, kWhole))
+        return {{&featureNamed(kWhole), "Off"}};
+    if (on)
+        addEntry(settings, camera, kWhole, "Active");
     if (has(camera, kWhole))
         addEntry(settings, camera, "autoBrightnessSequence", "Exposure_Gain_Iris");
     for (const char *function : kFunctions)
-        addEntry(settings, camera, function, "Continuous");
+        addEntry(settings, camera, function, on ? "Continuous" : "Off");
     // The limits are those of the sensor's gain, so this is what the camera has to set.
     if (!request.gain.empty())
         addEntry(settings, camera, "gainAutoSource", "SensorAll");
@@ -123,14 +120,13 @@ Run declareAuto(CLI::App &command) {
     command.add_option("STATE", request->state, "on or off; without it, the state is shown")
         ->type_name("")
         ->transform(oneOf(kStates, "'kxinfo auto' does not know the state"));
-    command.add_option("--target", request->target, "Brightness to reach, 0 to 1 or 0% to 100%")
-        ->type_name("X");
-    command.add_option("--gain", request->gain, "Limits of automatic gain, in dB")
-        ->type_name("MIN..MAX");
-    command
-        .add_option("--exposure", request->exposure,
-                    "Limits of automatic exposure time, in us or with a unit")
-        ->type_name("MIN..MAX");
+    const auto add = [&](const char *name, std::string &to, const char *type, const char *what) {
+        command.add_option(name, to, what)->type_name(type);
+    };
+    add("--target", request->target, "X", "Brightness to reach, 0 to 1 or 0% to 100%");
+    add("--gain", request->gain, "MIN..MAX", "Limits of automatic gain, in dB");
+    add("--exposure", request->exposure, "MIN..MAX",
+        "Limits of automatic exposure time, in us or with a unit");
     command.footer(
         R"('on' lets the camera set exposure time and gain by itself, within the limits given; 'off' ends
 that.

@@ -13,13 +13,12 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <csignal>
+#include <cstring>
 #include <new>
-#include <system_error>
 
-#include "camera/side_by_side.h"
+#include "cli/error.h"
 #include "cli/process.h"
 #include "gvcp/descriptor.h"
 
@@ -61,8 +60,15 @@ pid_t start(const Words &command, const int (&streams)[3]) {
     return pid;
 }
 
+ChildEnd notStarted(int error) {
+    return {-1,
+            "could not be started: " + std::generic_category().message(error) +
+                ". End other programs, and try again.",
+            {},
+            {}};
+}
+
 ChildEnd runChild(const Words &command, Collect collect, const ChildLimits &limits) {
-    using How = ChildEnd::How;
     const MemoryFile out;
     const MemoryFile err;
     const gvcp::Descriptor in(open("/dev/null", O_RDONLY | O_CLOEXEC));
@@ -71,36 +77,42 @@ ChildEnd runChild(const Words &command, Collect collect, const ChildLimits &limi
                              collect == Collect::Both ? err.descriptor() : -1})
            : -1;
     if (pid < 0)
-        return {How::NotStarted, errno, {}, {}};
+        return notStarted(errno);
 
-    auto deadline = limits.time ? Clock::now() + *limits.time : Clock::time_point::max();
-    How how = How::Exited;
-    const auto end = [&](How reason, int signal) {
-        how = reason;
+    auto deadline = Clock::now() + limits.time;
+    std::string failure;
+    const auto end = [&](const std::string &why, int signal) {
+        if (failure.empty())
+            failure = why + ", and was ended.";
         kill(pid, signal);
     };
     // The C library's own function cannot be called from C++ everywhere. It ends the wait early; a
     // child that has no such descriptor is looked at as often as any.
     const gvcp::Descriptor process(static_cast<int>(syscall(SYS_pidfd_open, pid, 0)));
     pollfd ended = {process.get(), POLLIN, 0};
+    bool asked = false;
     int status = 0;
     while (waitpid(pid, &status, WNOHANG) == 0) {
-        if (stopSignal() && how != How::Stopped) {
-            end(How::Stopped, SIGTERM);
+        if (stopSignal() && !asked) {
+            asked = true;
+            end("was asked to", SIGTERM);
             deadline = Clock::now() + kToEnd;
         } else if (std::max(out.size(), err.size()) > limits.output) {
-            end(How::Flooding, SIGKILL);
+            end("wrote more than " + std::to_string(limits.output >> 20) + " MiB", SIGKILL);
         } else if (Clock::now() >= deadline) {
-            end(how == How::Exited ? How::Overdue : how, SIGKILL);
+            end("had not ended after " + std::to_string(limits.time.count() / 1000) + " s",
+                SIGKILL);
         }
         (void)poll(&ended, 1, kMillisecondsBetweenLooks);
     }
-    int number = how == How::Exited ? WEXITSTATUS(status) : 0;
-    if (how == How::Exited && WIFSIGNALED(status)) {
-        how = How::Signalled;
-        number = WTERMSIG(status);
-    }
-    return {how, number, out.text(), err.text()};
+    const int number = WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
+    if (failure.empty() && number < 0)
+        // NOLINTNEXTLINE(concurrency-mt-unsafe)
+        failure =
+            "crashed, by signal " + std::to_string(-number) + " (" + strsignal(-number) + ").";
+    else if (failure.empty() && number > kFailed)
+        failure = "ended with status " + std::to_string(number) + ", expected was 0 to 3.";
+    return {number, failure, out.text(), err.text()};
 }
 
 } // namespace
@@ -109,15 +121,15 @@ std::vector<ChildEnd> runChildren(const std::vector<Words> &commands, Collect co
                                   const ChildLimits &limits) {
     (void)stopOnSignals();
     std::signal(SIGCHLD, SIG_DFL); // who ignores it is not told how children end
-    std::vector<ChildEnd> ends(commands.size(), {ChildEnd::How::Stopped, 0, {}, {}});
+    std::vector<ChildEnd> ends(commands.size());
     sideBySide(commands.size(), limits.sideBySide, [&](size_t i) {
         try {
             if (!stopSignal())
                 ends[i] = runChild(commands[i], collect, limits);
         } catch (const std::system_error &error) {
-            ends[i] = {ChildEnd::How::NotStarted, error.code().value(), {}, {}};
+            ends[i] = notStarted(error.code().value());
         } catch (const std::bad_alloc &) {
-            ends[i] = {ChildEnd::How::NotStarted, ENOMEM, {}, {}};
+            ends[i] = notStarted(ENOMEM);
         }
     });
     return ends;

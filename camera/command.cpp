@@ -53,6 +53,20 @@ std::string fileNameFor(const gvcp::Found &camera, std::set<std::string> &taken)
     return name;
 }
 
+int showResults(const std::vector<FleetResult> &results) {
+    return showFleet(results, {"Result"}, [](const FleetResult &result) {
+        std::istringstream lines(result.out);
+        Words said;
+        for (std::string line; std::getline(lines, line);)
+            if (!line.empty())
+                said.push_back(line);
+        if (said.empty())
+            return said;
+        said.erase(said.begin()); // the name of the camera
+        return Words{said.empty() ? "done" : joined(said, ", ", ", ")};
+    });
+}
+
 } // namespace
 
 const Program kKxinfo = {
@@ -99,23 +113,11 @@ void addAll(CLI::App &command, bool &all) {
 }
 
 int changeAll(const Words &arguments) {
-    const auto results = onAllCameras([&](const gvcp::Found &camera) {
+    return showResults(onAllCameras([&](const gvcp::Found &camera) {
         Words own = arguments;
         own[1] = gvcp::dotted(camera.identity.address);
         return own;
-    });
-    return showFleet(results, {"Result"}, [](const FleetResult &result) {
-        if (result.status != kDone)
-            return Words{};
-        // What a command shows of one camera begins with its name.
-        std::istringstream lines(result.out);
-        Words changes;
-        std::string line;
-        for (std::getline(lines, line); std::getline(lines, line);)
-            if (!line.empty())
-                changes.push_back(line);
-        return Words{changes.empty() ? "done" : joined(changes, ", ", ", ")};
-    });
+    }));
 }
 
 int allToFolder(const char *command, const std::string &folder, const char *ending,
@@ -124,18 +126,12 @@ int allToFolder(const char *command, const std::string &folder, const char *endi
         throw Error(kFailed, "the folder \"" + folder + "\" cannot be made: " +
                                  std::generic_category().message(errno) + ".");
     std::set<std::string> taken;
-    return showFleet(onAllCameras([&](const gvcp::Found &camera) {
-                         Words arguments{command, gvcp::dotted(camera.identity.address),
-                                         folder + '/' + fileNameFor(camera, taken) + ending};
-                         arguments.insert(arguments.end(), options.begin(), options.end());
-                         return arguments;
-                     }),
-                     {"Result"}, [](const FleetResult &result) {
-                         if (result.out.empty())
-                             return Words{};
-                         const size_t begin = result.out.find('\n') + 1; // behind the heading
-                         return Words{result.out.substr(begin, result.out.rfind('\n') - begin)};
-                     });
+    return showResults(onAllCameras([&](const gvcp::Found &camera) {
+        Words arguments{command, gvcp::dotted(camera.identity.address),
+                        folder + '/' + fileNameFor(camera, taken) + ending};
+        arguments.insert(arguments.end(), options.begin(), options.end());
+        return arguments;
+    }));
 }
 
 std::string requireFile(const std::string &command, CameraArgument &camera,

@@ -12,7 +12,6 @@
 #include <sstream>
 #include <system_error>
 
-#include "camera/child_processes.h"
 #include "camera/command.h"
 #include "camera/find.h"
 #include "camera/values.h"
@@ -28,7 +27,6 @@ using gvcp::dotted;
 using gvcp::hostTowards;
 
 enum Part { Computer, Network, TheCamera };
-constexpr const char *kHeadings[] = {"This computer", "Network", "Camera"};
 
 struct Symptom {
     const char *id;
@@ -56,7 +54,6 @@ constexpr Symptom
     kLossy{"lost-packets", Network, "All takes longer, images have gaps: a cable, a busy switch, a nap to save power."},
     kSlow{"slow", Network, "To open a camera takes some hundred round trips."},
     kLowMtu{"low-mtu", Network, "Small answers come and large ones are lost: its description cannot be read."},
-    kPacketSize{"packet-size", Network, "Its images are lost on their way."},
     kDescription{"description", TheCamera, "None of its features can be shown or set."},
     kLacking{"missing-feature", TheCamera, "A plug-in's host is given no value of the camera's for them."},
     kUnreadable{"unreadable-feature", TheCamera, "The camera has them and fails when they are read."};
@@ -72,11 +69,11 @@ std::string say(const Parts &...parts) {
 
 struct Card { ///< a network interface
     std::string name;
-    uint32_t index;
-    bool isCable, hasLink;
-    uint32_t mtu;
-    int filter; ///< reverse-path: 0 none, 1 strict, 2 loose
-    std::vector<gvcp::Interface> own;
+    uint32_t index = 0;
+    bool isCable = true, hasLink = true;
+    int mtu = 0;
+    uint64_t filter = 0; ///< reverse-path: 0 none, 1 strict, 2 loose
+    std::vector<gvcp::Interface> own = {};
 };
 
 struct Examination {
@@ -84,31 +81,36 @@ struct Examination {
     std::vector<gvcp::Found> answered;
     bool hearsDropped = false, hindered = false; ///< hindered: by a problem
     Json about = nullptr; ///< the serial number of the camera that is looked at
-    Json facts[3] = {Json::array(), Json::array(), Json::array()};
-    Json findings[3] = {Json::array(), Json::array(), Json::array()};
+    Json parts = Json::array();
 
+    Examination() {
+        for (const char *heading : {"This computer", "Network", "Camera"})
+            parts.push_back({{"part", heading},
+                             {"looked", true},
+                             {"facts", Json::array()},
+                             {"findings", Json::array()}});
+    }
     void note(const Symptom &symptom, const std::string &seen, const std::string &remedy,
               bool hinders = true) {
         hindered = hindered || hinders;
-        findings[symptom.part].push_back({{"id", symptom.id},
-                                          {"severity", hinders ? "problem" : "note"},
-                                          {"camera", about},
-                                          {"seen", seen},
-                                          {"means", symptom.means},
-                                          {"remedy", remedy}});
+        parts[symptom.part]["findings"].push_back({{"id", symptom.id},
+                                                   {"severity", hinders ? "problem" : "note"},
+                                                   {"camera", about},
+                                                   {"seen", seen},
+                                                   {"means", symptom.means},
+                                                   {"remedy", remedy}});
     }
 };
 
 // Reads that show a loss of a percent, of which one may be chance; and how long they may take.
 constexpr size_t kReads = 200;
-constexpr std::chrono::seconds kLongestReading{2}, kLongestOfAll{20}, kLongestLook{2};
-constexpr size_t kLongestRules = 1 << 20;
+constexpr std::chrono::seconds kLongestReading{2}, kLongestOfAll{20};
 constexpr double kSlowMs = 20;
 constexpr uint64_t kUsualBuffer = 212992; // Linux' own
 constexpr size_t kMostDropped = 8;        // that are told of
-const std::string kNoFilter = "net.ipv4.conf.all.rp_filter=0 ";
-// A text that every camera has, and how packets of images are to be.
-constexpr uint32_t kUrl = 0x0200, kUrlSize = 512, kPacketSizeRegister = 0x0d04;
+constexpr const char *kSeeRules = "to see the rules: sudo nft list ruleset";
+// A text that every camera has, as large as an answer may be.
+constexpr uint32_t kUrl = 0x0200, kUrlSize = 512;
 
 uint64_t numberIn(const std::string &file) {
     uint64_t number = 0;
@@ -116,19 +118,8 @@ uint64_t numberIn(const std::string &file) {
     return number;
 }
 
-int filterOf(const std::string &card) {
-    return static_cast<int>(numberIn("/proc/sys/net/ipv4/conf/" + card + "/rp_filter"));
-}
-
-uint64_t droppedByFilter() {
-    std::ifstream file("/proc/net/netstat");
-    for (std::string names, values; std::getline(file, names) && std::getline(file, values);) {
-        std::istringstream name(names), value(values);
-        for (std::string word, number; name >> word && value >> number;)
-            if (word == "IPReversePathFilter")
-                return std::strtoull(number.c_str(), nullptr, 10);
-    }
-    return 0;
+uint64_t filterOf(const std::string &card) {
+    return numberIn("/proc/sys/net/ipv4/conf/" + card + "/rp_filter");
 }
 
 std::string networkText(const gvcp::Interface &own) {
@@ -139,61 +130,32 @@ std::vector<Card> networkCards() {
     const gvcp::Descriptor socket(::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0));
     const std::unique_ptr<struct if_nameindex, decltype(&if_freenameindex)> all(if_nameindex(),
                                                                                 if_freenameindex);
+    const auto up = gvcp::interfacesUp();
     std::vector<Card> cards;
     for (const auto *entry = all.get(); entry && entry->if_name; ++entry) {
-        const std::string name = entry->if_name;
+        Card card{entry->if_name, entry->if_index};
         ifreq request{};
-        (void)name.copy(request.ifr_name, sizeof request.ifr_name - 1);
+        (void)card.name.copy(request.ifr_name, sizeof request.ifr_name - 1);
         if (ioctl(socket.get(), SIOCGIFFLAGS, &request) != 0)
             continue; // it is gone
-        const auto flags = static_cast<unsigned>(request.ifr_flags);
-        request.ifr_mtu = 0;
+        card.isCable = !(request.ifr_flags & (IFF_LOOPBACK | IFF_NOARP | IFF_POINTOPOINT));
+        card.hasLink = (request.ifr_flags & IFF_RUNNING) != 0;
         (void)ioctl(socket.get(), SIOCGIFMTU, &request);
-        cards.push_back({name,
-                         entry->if_index,
-                         !(flags & (IFF_LOOPBACK | IFF_NOARP | IFF_POINTOPOINT)),
-                         (flags & IFF_RUNNING) != 0,
-                         static_cast<uint32_t>(request.ifr_mtu),
-                         std::max(filterOf("all"), filterOf(name)),
-                         {}});
+        card.mtu = request.ifr_mtu;
+        card.filter = std::max(filterOf("all"), filterOf(card.name));
+        std::copy_if(up.begin(), up.end(), std::back_inserter(card.own),
+                     [&](const gvcp::Interface &own) { return own.index == card.index; });
+        cards.push_back(card);
     }
-    for (const gvcp::Interface &own : gvcp::interfacesUp())
-        for (Card &card : cards)
-            if (card.index == own.index)
-                card.own.push_back(own);
     return cards;
 }
 
-// The command that lets packets through, as exact as this user may see the rules.
-std::string openFirewall(const std::string &hook, const std::string &port) {
-    const ChildLimits limits{kLongestLook, kLongestRules, 1};
-    std::istringstream rules(
-        runChildren({{"/usr/sbin/nft", "list", "ruleset"}}, Collect::Both, limits).front().out);
-    std::string table, chain;
-    for (std::string line; std::getline(rules, line);) {
-        const std::string name = line.substr(0, line.find('{'));
-        if (line.rfind("table ", 0) == 0)
-            table = name.substr(6);
-        else if (line.rfind("\tchain ", 0) == 0)
-            chain = name.substr(7);
-        else if (line.find("hook " + hook) != line.npos)
-            return cleaned(say("sudo nft insert rule ", table, chain, "udp ", port, " accept"));
-    }
-    return "let UDP with " + port + " through; to see the rules: sudo nft list ruleset";
-}
-
-const Card *cardOf(const Examination &all, const gvcp::Found &camera) {
+const Card &cardOf(const Examination &all, const gvcp::Found &camera) {
+    static const Card unknown{"INTERFACE"};
     const auto card = std::find_if(all.cards.begin(), all.cards.end(), [&](const Card &each) {
         return each.index == camera.interface;
     });
-    return card == all.cards.end() ? nullptr : &*card;
-}
-
-bool isAmong(const std::vector<gvcp::Found> &cameras, const gvcp::Found &camera) {
-    return std::any_of(cameras.begin(), cameras.end(), [&](const gvcp::Found &other) {
-        return other.identity.address == camera.identity.address &&
-               macOf(other.identity) == macOf(camera.identity);
-    });
+    return card == all.cards.end() ? unknown : *card;
 }
 
 std::string labelOf(const gvcp::Found &camera) {
@@ -201,24 +163,27 @@ std::string labelOf(const gvcp::Found &camera) {
            ", " + macText(macOf(camera.identity)) + ")";
 }
 
+std::string withoutFilter(const Card &card) {
+    return say("sudo sysctl net.ipv4.conf.all.rp_filter=0 net.ipv4.conf.", card.name,
+               ".rp_filter=0");
+}
+
 // An answer came to a card, and no program got it.
-void judgeDropped(Examination &all, const gvcp::Found &camera, const Card &card) {
+void judgeDropped(Examination &all, const gvcp::Found &camera) {
+    const Card &card = cardOf(all, camera);
     const uint32_t host = hostTowards(camera.identity.address);
     const bool sameWay = std::any_of(card.own.begin(), card.own.end(),
                                      [&](const auto &own) { return own.address == host; });
     const std::string seen = card.name + " got an answer of " + labelOf(camera) + ", dropped ";
-    const std::string set = "net.ipv4.conf." + card.name + ".rp_filter=";
     if (card.filter == 0 || (card.filter == 1 ? sameWay : host != 0))
-        all.note(kFirewall, seen + "later", openFirewall("input", "sport 3956"));
+        all.note(kFirewall, seen + "later", say("let UDP from port 3956 in; ", kSeeRules));
     else
-        all.note(kFilter, seen + "by its reverse-path filter",
-                 "sudo sysctl " + (host ? set + "2" : kNoFilter + set + "0"));
+        all.note(kFilter, seen + "by its reverse-path filter", withoutFilter(card));
 }
 
 void search(Examination &all, const gvcp::Search &where) {
     const gvcp::Arrivals arrivals;
     all.hearsDropped = arrivals.hears();
-    const uint64_t before = droppedByFilter();
     try {
         all.answered = gvcp::discover(where);
     } catch (const gvcp::Error &) {
@@ -226,17 +191,16 @@ void search(Examination &all, const gvcp::Search &where) {
     } catch (const std::system_error &error) {
         if (error.code() == std::errc::operation_not_permitted)
             all.note(kFirewall, "the question for cameras is not let out",
-                     openFirewall("output", "dport 3956"));
+                     say("let UDP to port 3956 out; ", kSeeRules));
     }
-    const uint64_t dropped = droppedByFilter() - before;
     size_t told = 0;
     for (const gvcp::Found &camera : arrivals.take())
-        if (const Card *card = cardOf(all, camera);
-            card && !isAmong(all.answered, camera) && ++told <= kMostDropped)
-            judgeDropped(all, camera, *card);
-    if (dropped && !all.hearsDropped && all.answered.empty())
-        all.note(kFilter, say("it dropped ", dropped, " packets meanwhile; root sees whose"),
-                 "sudo sysctl " + kNoFilter + "net.ipv4.conf.INTERFACE.rp_filter=0");
+        if (std::none_of(all.answered.begin(), all.answered.end(),
+                         [&](const gvcp::Found &other) {
+                             return macOf(other.identity) == macOf(camera.identity);
+                         }) &&
+            ++told <= kMostDropped)
+            judgeDropped(all, camera);
 }
 
 // What may be why a camera is missing.
@@ -249,16 +213,14 @@ void judgeMissing(Examination &all) {
             all.note(kNoAddress, card.name + " has no IPv4 address",
                      "sudo ip address add 192.168.0.1/24 dev " + card.name);
         // Mostly the camera's own question for an address is dropped, and nothing of it shows.
-        if (card.isCable && card.filter && all.findings[Computer].empty())
+        if (card.isCable && card.filter && all.parts[Computer]["findings"].empty())
             all.note(kFilter, "it is on for " + card.name + ", as a camera is missing",
-                     "sudo sysctl " + kNoFilter + "net.ipv4.conf." + card.name + ".rp_filter=0",
-                     false);
+                     withoutFilter(card), false);
     }
     if (all.answered.empty())
-        all.note(
-            kNobody, "no camera answers",
-            say("check its power and its cable",
-                all.hearsDropped ? "" : "; 'sudo kxinfo doctor' sees also what is dropped here"));
+        all.note(kNobody, "no camera answers",
+                 say("check its power and its cable",
+                     all.hearsDropped ? "" : "; 'sudo kxinfo doctor' sees what is dropped here"));
 }
 
 void judgeSettings(Examination &all, bool missing) {
@@ -280,52 +242,34 @@ void judgeSettings(Examination &all, bool missing) {
 // \return whether it can be worked on
 bool judgeState(Examination &all, const gvcp::Found &camera, const State &state) {
     const uint32_t address = camera.identity.address;
-    const std::string name = labelOf(camera), at = dotted(address);
-    const Card *card = cardOf(all, camera);
-    const std::string dev = " dev " + (card ? card->name : "INTERFACE");
+    const std::string name = labelOf(camera), dev = " dev " + cardOf(all, camera).name;
     if (const std::string outside = gvcp::whyOutside(address); !outside.empty()) {
-        const bool linkLocal = address >> 16 == 0xa9fe;
-        const uint32_t mask = camera.identity.mask | (linkLocal ? 0xffff0000 : 0xffffff00);
-        gvcp::Interface free{"", 0, (address | ~mask) - 1, mask};
-        while (free.address == address || free.address == camera.identity.gateway)
-            --free.address;
-        all.note(linkLocal ? kLinkLocal : kWrongNetwork, name + ": " + outside,
-                 "sudo ip address add " + networkText(free) + dev);
+        all.note(address >> 16 == 0xa9fe ? kLinkLocal : kWrongNetwork, name + ": " + outside,
+                 say("kxinfo address ", macText(macOf(camera.identity)),
+                     " --force ADDRESS/BITS, a free one of this computer's network"));
         return false;
     }
-    const gvcp::Controller &by = state.controller;
     if (state.name == "controlled")
         all.note(kHeld, name + " is " + state.text,
-                 by.address && hostTowards(by.address) == by.address
-                     ? say("end it: 'sudo ss -uanp sport = :", by.port, "' names it")
-                     : "end that program; if it crashed, wait some seconds");
+                 "end that program; if it crashed, wait some seconds");
     if (state.name == "controlled" || state.name == "free")
         return true;
     if (hostTowards(address) != camera.host)
-        all.note(kWrongRoute, name + " is not asked by" + dev, "sudo ip route add " + at + dev);
+        all.note(kWrongRoute, name + " is not asked by" + dev,
+                 "sudo ip route add " + dotted(address) + dev);
     else if (state.name != "unknown") // nobody has asked it
         all.note(kSilent, name + ": " + state.problem,
                  "switch it off and on; then connect it directly");
     return false;
 }
 
-// Whether an answer with so many bytes comes, or a refusal.
-bool comes(const gvcp::Found &camera, size_t size) {
-    try {
-        uint8_t text[kUrlSize];
-        channelTo(camera)->read(kUrl, text, size);
-    } catch (const gvcp::Error &error) {
-        return error.cause() != gvcp::Cause::Silent;
-    }
-    return true;
-}
-
 // \return whether its description may be read
 bool measure(Examination &all, const gvcp::Found &camera) {
     std::unique_ptr<gvcp::Channel> channel;
     std::vector<double> took;
-    std::string failure;
-    uint32_t packet = 0;
+    size_t again = 0;
+    std::string small, large; // why an answer of that size has not come
+    std::string *why = &small;
     try {
         channel = channelTo(camera);
         channel->openingEnds();
@@ -333,44 +277,32 @@ bool measure(Examination &all, const gvcp::Found &camera) {
         for (auto start = Clock::now(); took.size() < kReads && start < end; start = Clock::now()) {
             (void)channel->controller();
             took.push_back(std::chrono::duration<double, std::milli>(Clock::now() - start).count());
+            again = channel->repetitions();
         }
-        packet = channel->readRegisters({kPacketSizeRegister})[0] & 0xffff;
+        why = &large;
+        uint8_t url[kUrlSize];
+        channel->read(kUrl, url, kUrlSize);
     } catch (const gvcp::Error &error) {
         if (!channel)
-            return false;                          // as its state tells
-        if (error.cause() != gvcp::Cause::Refused) // it has no such register
-            failure = std::string(", then ") + error.what();
+            return false; // as its state tells
+        if (error.cause() != gvcp::Cause::Refused)
+            *why = std::string(", then ") + error.what();
     }
     std::sort(took.begin(), took.end());
     const double median = took.empty() ? 0 : took[took.size() / 2];
-    const size_t again = channel->repetitions();
     const std::string fact =
         say(labelOf(camera), ": ", took.size(), " round trips, median ", median, " ms, worst ",
-            took.empty() ? 0 : took.back(), " ms, ", again, " asked again", failure);
-    all.facts[Network].push_back(fact);
-    if (!failure.empty() || (again > 1 && again * 100 > took.size()))
+            took.empty() ? 0 : took.back(), " ms, ", again, " asked again", small);
+    all.parts[Network]["facts"].push_back(fact);
+    if (!small.empty() || (again > 1 && again * 100 > took.size()))
         all.note(kLossy, fact, "try another cable, and no switch in between");
     else if (median > kSlowMs)
         all.note(kSlow, fact, "see what else keeps the camera busy", false);
-    if (!failure.empty())
-        return false;
-
-    const Card *card = cardOf(all, camera);
-    const std::string has = card ? say(card->name, " has an MTU of ", card->mtu) : "";
-    if (card && packet > card->mtu)
-        all.note(kPacketSize, say(labelOf(camera), " has GevSCPSPacketSize ", packet, ", ", has),
-                 say("kxinfo set ", dotted(camera.identity.address),
-                     " GevSCPSPacketSize=", card->mtu / 4 * 4));
-    size_t size = kUrlSize;
-    while (size > 0 && !comes(camera, size))
-        size /= 2;
-    if (size < kUrlSize)
-        all.note(kLowMtu,
-                 say("no answer with ", kUrlSize, " bytes of ", labelOf(camera),
-                     " arrives, one with ", size, " does; ", has),
-                 say("sudo ip link set dev ", card ? card->name : "INTERFACE",
+    if (!large.empty())
+        all.note(kLowMtu, say(fact, "; asked for ", kUrlSize, " bytes", large),
+                 say("sudo ip link set dev ", cardOf(all, camera).name,
                      " mtu 1500; if it has that, look in between"));
-    return size == kUrlSize;
+    return small.empty() && large.empty();
 }
 
 void lookInto(Examination &all, const gvcp::Found &found) {
@@ -388,8 +320,11 @@ void lookInto(Examination &all, const gvcp::Found &found) {
         for (const auto &[parameter, features, problem] : hostParameters(camera))
             if (!problem.empty())
                 lacking.push_back(say(parameter, " (", problem, ")"));
-        all.facts[TheCamera].push_back(say(labelOf(found), ": ", read, " of ", allFeatures().size(),
-                                           " features that kxinfo knows can be read as it stands"));
+        const Reading packet = readFeature(camera, ownFeature("GevSCPSPacketSize"), nullptr);
+        all.parts[TheCamera]["facts"].push_back(
+            say(labelOf(found), ": ", read, " of ", allFeatures().size(),
+                " features that kxinfo knows can be read as it stands; packets of images have ",
+                quantityText(*packet.feature, packet.value), " bytes"));
         if (!failing.empty())
             all.note(kUnreadable, joined(failing, " and "), "switch the camera off and on");
         if (!lacking.empty())
@@ -411,7 +346,7 @@ int examine(Examination &all, const CameraArgument &name, bool each) {
         std::string fact = say(card.name, ": MTU ", card.mtu);
         for (const gvcp::Interface &own : card.own)
             fact += ", " + networkText(own);
-        all.facts[Computer].push_back(fact + (card.hasLink ? "" : ", no link"));
+        all.parts[Computer]["facts"].push_back(fact + (card.hasLink ? "" : ", no link"));
     }
     search(all, where);
     stopIfAsked();
@@ -443,32 +378,26 @@ int examine(Examination &all, const CameraArgument &name, bool each) {
             lookInto(all, meant[i]);
     }
     judgeSettings(all, missing);
+    all.parts[TheCamera]["looked"] = !all.parts[TheCamera]["facts"].empty();
     stopIfAsked();
     return meant.empty() ? kNoCamera : all.hindered ? kFailed : kDone;
 }
 
-std::string shown(const Examination &all, bool json) {
-    Json parts = Json::array();
+std::string shown(const Json &parts) {
     std::string text;
-    for (const Part part : {Computer, Network, TheCamera}) {
-        const bool looked = part != TheCamera || !all.facts[part].empty();
-        parts.push_back({{"part", kHeadings[part]},
-                         {"looked", looked},
-                         {"facts", all.facts[part]},
-                         {"findings", all.findings[part]}});
-        text += say(part ? "\n" : "", kHeadings[part], "\n");
-        for (const Json &fact : all.facts[part])
+    for (const Json &part : parts) {
+        text += say(text.empty() ? "" : "\n", part.value("part", ""), "\n");
+        for (const Json &fact : part["facts"])
             text += say("  ", fact.get<std::string>(), "\n");
-        for (const Json &found : all.findings[part])
+        for (const Json &found : part["findings"])
             text += say("  ", found.value("severity", ""), ": ", found.value("id", ""), "\n    ",
                         found.value("seen", ""), "\n    ", found.value("means", ""),
                         "\n    What helps: ", found.value("remedy", ""), "\n");
-        if (all.findings[part].empty())
-            text += looked ? "  nothing found\n"
-                           : "  not looked at: there is not just one that opens\n";
+        if (part["findings"].empty())
+            text += part["looked"] ? "  nothing found\n"
+                                   : "  not looked at: there is not just one that opens\n";
     }
-    return json ? jsonText({{"version", 1}, {"hearsDropped", all.hearsDropped}, {"parts", parts}})
-                : text;
+    return text;
 }
 
 } // namespace
@@ -477,7 +406,9 @@ int diagnose(const CameraArgument &camera, bool each, bool json, std::string &re
     stopWaitingWhen(stopOnSignals());
     Examination all;
     const int status = examine(all, camera, each);
-    result = shown(all, json);
+    result =
+        json ? jsonText({{"version", 1}, {"hearsDropped", all.hearsDropped}, {"parts", all.parts}})
+             : shown(all.parts);
     return status;
 }
 

@@ -5,11 +5,10 @@
 #include <cstring>
 #include <functional>
 #include <map>
-#include <set>
 #include <system_error>
 
 #include "camera/camera.h"
-#include "camera/side_by_side.h"
+#include "camera/child_processes.h"
 #include "gvcp/environment.h"
 
 namespace kxinfo {
@@ -21,8 +20,6 @@ using Cameras = std::vector<gvcp::Found>;
 
 // For a second camera with a serial number that should be the only one.
 constexpr std::chrono::milliseconds kMoment{20};
-// What a message names, so that it stays readable.
-constexpr size_t kMostNamed = 8;
 
 // Cameras that are asked at the same time, and how long new ones are. Two questions, so that
 // all are shown also where most of them do not answer.
@@ -43,11 +40,7 @@ std::string listed(const Cameras &cameras) {
         words.push_back(name.serial + " (" + name.manufacturer + " " + name.model + ", " +
                         gvcp::dotted(camera.identity.address) + ")");
     }
-    if (words.size() > kMostNamed + 1) {
-        words.resize(kMostNamed);
-        words.push_back(std::to_string(cameras.size() - kMostNamed) + " more");
-    }
-    return joined(words, " and ");
+    return joinedBriefly(words);
 }
 
 State controlledBy(const gvcp::Controller &controller) {
@@ -77,12 +70,8 @@ State stateOf(const gvcp::Found &camera) {
 gvcp::Found only(const Cameras &cameras, const std::string &several) {
     if (cameras.size() == 1)
         return cameras.front();
-    const std::string serial = cameras.front().identity.serial;
-    const bool alike =
-        those(cameras, [&](const auto &identity) { return identity.serial == serial; }).size() > 1;
-    throw Error(kNoCamera, several + ": " + listed(cameras) + ". Name one of them by its " +
-                               (alike ? "" : "serial number, user name, ") +
-                               "address or MAC address.");
+    throw Error(kNoCamera, several + ": " + listed(cameras) +
+                               ". Name one of them, for example by its address.");
 }
 
 // A colon or a dash stands between the bytes.
@@ -142,28 +131,22 @@ gvcp::Found cameraNamed(const std::string &name, const std::string &shown) {
     if (cameras.empty())
         throw NoneFits(kNoCamera, kNoDalsaCamera);
     const auto hasSerial = [&](const auto &camera) { return nameOf(camera).serial == name; };
-    const auto begins = [&](const auto &camera) { return nameOf(camera).serial.find(name) == 0; };
     // The first way in which it is meant for any of them.
     const std::function<bool(const gvcp::Identity &)> ways[] = {
         [&](const auto &camera) { return isDalsa(camera) && hasSerial(camera); },
         hasSerial,
         [&](const auto &camera) { return macFrom(name) == macOf(camera); },
         [&](const auto &camera) { return nameOf(camera).userName == name; },
-        [&](const auto &camera) { return isDalsa(camera) && begins(camera); },
+        [&](const auto &camera) {
+            return isDalsa(camera) && nameOf(camera).serial.find(name) == 0;
+        },
     };
     for (const auto &way : ways)
         if (const Cameras fitting = those(cameras, way); !fitting.empty())
             return only(fitting, "several cameras fit " + shown);
 
-    std::set<std::string> names;
-    for (const gvcp::Found &camera : cameras)
-        names.insert({nameOf(camera.identity).serial, nameOf(camera.identity).userName});
-    names.erase("");
-    const bool foreign = !those(cameras, begins).empty();
     throw NoneFits(kNoCamera,
-                   "no camera fits " + shown + ". These answered: " + listed(cameras) + "." +
-                       (foreign ? " A camera of another maker needs its whole serial number."
-                                : didYouMean(name, Words(names.begin(), names.end()))));
+                   "no camera fits " + shown + ". These answered: " + listed(cameras) + ".");
 }
 
 gvcp::Found onlyCamera() {
@@ -219,25 +202,24 @@ std::unique_ptr<gvcp::Channel> channelTo(const gvcp::Found &camera) {
 }
 
 std::vector<Shared> sharedBy(const Cameras &cameras) {
-    std::map<std::string, Words> bySerial, byAddress;
+    std::map<std::pair<bool, std::string>, Words> owners; // of serial numbers, and of addresses
     for (const gvcp::Found &camera : cameras) {
         const std::string address = gvcp::dotted(camera.identity.address);
         const std::string serial = nameOf(camera.identity).serial;
-        bySerial[serial].push_back(address);
-        byAddress[address].push_back(serial + " (" + macText(macOf(camera.identity)) + ")");
+        owners[{false, serial}].push_back(address);
+        owners[{true, address}].push_back(serial + " (" + macText(macOf(camera.identity)) + ")");
     }
     std::vector<Shared> shared;
-    const auto add = [&](bool isAddress, const char *what, const auto &owners, const char *remedy) {
-        for (const auto &[text, sharing] : owners)
-            if (sharing.size() > 1 && !text.empty())
-                shared.push_back({isAddress,
-                                  std::to_string(sharing.size()) + " cameras have the " + what +
-                                      " " + text + ": " + joined(sharing, " and "),
-                                  remedy});
-    };
-    add(false, "serial number", bySerial, "Name each of them by its address or MAC address");
-    add(true, "address", byAddress,
-        "Give each of them an address of its own; until then none can be relied on");
+    for (const auto &[what, sharing] : owners)
+        if (const auto &[isAddress, text] = what; sharing.size() > 1 && !text.empty())
+            shared.push_back(
+                {isAddress,
+                 std::to_string(sharing.size()) + " cameras have the " +
+                     (isAddress ? "address " : "serial number ") + text + ": " +
+                     joined(sharing, " and "),
+                 isAddress
+                     ? "Give each of them an address of its own; until then none can be relied on"
+                     : "Name each of them by its address or MAC address"});
     return shared;
 }
 

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "camera/child_processes.h"
+#include "cli/json.h"
 #include "cli/text.h"
 #include "gvcp/discovery.h"
 
@@ -17,33 +17,39 @@ struct FleetResult {
     gvcp::Found found;
     int status;     ///< an ExitStatus
     Words messages; ///< of its standard error
-    std::string out;
+    Words log = {}; ///< what is no message there, of commands that log
+    std::string out = {};
+    Json document = nullptr; ///< which the output is; null when it is none
 };
 
 /**
  * Runs kxinfo for every Dalsa camera that answers, each in a process of its own, eight at a time, so
- * that none that fails or is slow hides another.
+ * that none that fails or is slow hides another. Tells when there is none.
  *
  * \param arguments  for a camera: kxinfo's command, the camera's address, the rest
- * \return by address. \throws Error when no camera answers, or the user has asked to stop
+ * \param logs       whether a log goes to standard error
+ * \return by address. \throws Error when the user has asked to stop
  */
 std::vector<FleetResult>
-onAllCameras(const std::function<Words(const gvcp::Found &camera)> &arguments);
+onAllCameras(const std::function<Words(const gvcp::Found &camera)> &arguments, bool logs = false);
+
+/** The highest status of all; of none kNoCamera. */
+int statusOf(const std::vector<FleetResult> &results);
+
+/** Tells the messages, each once for all that have it. */
+void tellMessages(const std::vector<FleetResult> &results);
 
 /**
  * Shows a table with a line for each camera: what \p cells makes of a result, below \p columns;
- * when that is nothing, that it failed. Tells the messages, each once for all that have it.
+ * when that is nothing, that it failed. Tells the messages.
  *
- * \return the highest status
+ * \return as of statusOf()
  */
 int showFleet(const std::vector<FleetResult> &results, const Words &columns,
               const std::function<Words(const FleetResult &result)> &cells);
 
 /** The same as a JSON document with an object for each camera, and the command's own in it. */
 int showFleetJson(const std::vector<FleetResult> &results);
-
-/** Why a child process has no exit status of kxinfo's, as a clause behind its name; empty: it has. */
-std::string failureOf(const ChildEnd &end, const ChildLimits &limits);
 
 } // namespace kxinfo
 

@@ -1,26 +1,19 @@
 // kxinfo gamma: shows gamma, or sets it and switches the lookup table to it.
 
 #include <memory>
+#include <regex>
 
-#include "camera/assign.h"
 #include "camera/command.h"
 #include "camera/lookup_table.h"
+#include "camera/set.h"
 
 namespace kxinfo {
 
 namespace {
 
-struct Request {
-    CameraArgument camera;
-    std::optional<std::string> value; ///< none: gamma is shown
-};
-
-// No serial number is so short, and no gamma is longer before its point.
+// No serial number is so short.
 bool isGamma(const std::string &word) {
-    const size_t point = word.find('.');
-    return !word.empty() && word.size() < 12 &&
-           word.find_first_not_of("0123456789.") == word.npos &&
-           (point == word.npos ? word.size() : point) <= 2;
+    return std::regex_match(word, std::regex(R"([0-9]{1,2}(\.[0-9]{0,9})?|\.[0-9]{1,9})"));
 }
 
 std::string gammaText(const Camera &camera, const Reading &gamma) {
@@ -53,6 +46,10 @@ int set(const Camera &camera, Switches &switches, const std::string &value) {
 } // namespace
 
 Run declareGamma(CLI::App &command) {
+    struct Request {
+        CameraArgument camera;
+        std::optional<std::string> value; ///< none: gamma is shown
+    };
     const auto request = std::make_shared<Request>();
     addCamera(command, request->camera);
     command.add_option("VALUE", request->value, "Gamma to set; without it, gamma is shown")

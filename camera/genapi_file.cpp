@@ -202,20 +202,26 @@ size_t readLines(const Camera &camera, Switches &switches, bool switching, Saved
     Words selecting;
     for (const Leaf &leaf : camera.leaves(kRoot)) {
         const Node node = camera.node(leaf.name);
-        if (!node.selected().empty() && node.access() == GenApi_3_0::RW)
-            selecting.push_back(leaf.name);
-        if (!travels(leaf.name, node))
-            continue;
+        bool matters = true; // it can be set at present, as far as that is known
         const std::string why = whyNotDone([&] {
-            switches.eachChoice(selectors[leaf.name], switching,
-                                [&](const auto &needs) { add(leaf.name, needs); });
+            matters = node.access() == GenApi_3_0::RW;
+            if (matters && !node.selected().empty())
+                selecting.push_back(leaf.name);
+            if (travels(leaf.name, node))
+                switches.eachChoice(selectors[leaf.name], switching,
+                                    [&](const auto &needs) { add(leaf.name, needs); });
         });
-        if (!why.empty() && node.access() == GenApi_3_0::RW)
+        if (!why.empty() && matters)
             saved.unread.push_back({leaf.name, why, true});
     }
     // In the end selectors are to be as they were.
-    for (const std::string &selector : selecting)
-        saved.lines.emplace_back(selector, textOf(switches.read(ownFeature(selector))));
+    for (const std::string &selector : selecting) {
+        const std::string why = whyNotDone([&] {
+            saved.lines.emplace_back(selector, textOf(switches.read(ownFeature(selector))));
+        });
+        if (!why.empty())
+            saved.unread.push_back({selector, why, true});
+    }
     return count;
 }
 

@@ -32,73 +32,55 @@ std::string interfaceOf(const gvcp::Found &camera, const std::vector<gvcp::Inter
     return "";
 }
 
-struct Line {
-    CameraName name;
-    std::string address, mac, interface, host;
-    State state;
-};
-
-std::vector<Line> linesOf(const Cameras &cameras) {
+int list(bool json) {
+    const Cameras cameras = gvcp::discover(gvcp::searchFromEnvironment());
     const std::vector<State> states = statesOf(cameras);
     const std::vector<gvcp::Interface> up = gvcp::interfacesUp();
-    std::vector<Line> lines;
-    for (size_t i = 0; i < cameras.size(); ++i)
-        lines.push_back({nameOf(cameras[i].identity), gvcp::dotted(cameras[i].identity.address),
-                         macText(macOf(cameras[i].identity)), interfaceOf(cameras[i], up),
-                         hostText(cameras, i), states[i]});
-    return lines;
-}
-
-std::string asTable(const std::vector<Line> &lines) {
+    const auto orNull = [](const std::string &text) { return text.empty() ? Json() : Json(text); };
     std::vector<Row> rows{{{"Serial", "Model", "Maker", "Address", "State", "Host", "Interface",
                             "MAC address", "User name"},
                            false}};
-    for (const auto &[name, address, mac, interface, host, state] : lines)
-        rows.push_back({{name.serial, name.model, name.manufacturer, address, state.text, host,
-                         interface, mac, name.userName},
-                        false});
-    for (Row &row : rows)
-        std::replace(row.cells.begin(), row.cells.end(), std::string(), std::string(kNone));
-    return tableText(rows);
-}
-
-Json asJson(const Line &line) {
-    const auto orNull = [](const std::string &text) { return text.empty() ? Json() : Json(text); };
-    const gvcp::Controller &by = line.state.controller;
-    return {{"manufacturer", line.name.manufacturer},
-            {"model", line.name.model},
-            {"serial", line.name.serial},
-            {"userName", orNull(line.name.userName)},
-            {"address", line.address},
-            {"mac", line.mac},
-            {"interface", orNull(line.interface)},
-            {"seenByHost", line.host == kSeen},
-            {"state", line.state.name},
-            {"controller",
-             by.address ? Json{{"address", gvcp::dotted(by.address)}, {"port", by.port}} : Json()},
-            {"problem", orNull(line.state.problem)}};
-}
-
-int list(bool json) {
-    const Cameras cameras = gvcp::discover(gvcp::searchFromEnvironment());
-    const std::vector<Line> lines = linesOf(cameras);
-    if (json) {
-        Json list = Json::array();
-        std::transform(lines.begin(), lines.end(), std::back_inserter(list), asJson);
-        writeOut(jsonText({{"version", 2}, {"cameras", list}}));
-    } else if (!lines.empty()) {
-        writeOut(asTable(lines));
+    Json all = Json::array();
+    Words unreachable;
+    for (size_t i = 0; i < cameras.size(); ++i) {
+        const auto &[maker, model, serial, userName] = nameOf(cameras[i].identity);
+        const auto &[state, text, problem, by] = states[i];
+        const std::string address = gvcp::dotted(cameras[i].identity.address);
+        const std::string mac = macText(macOf(cameras[i].identity));
+        const std::string interface = interfaceOf(cameras[i], up);
+        const std::string host = hostText(cameras, i);
+        rows.push_back(
+            {{serial, model, maker, address, text, host, interface, mac, userName}, false});
+        std::replace(rows.back().cells.begin(), rows.back().cells.end(), std::string(),
+                     std::string(kNone));
+        const Json controller =
+            by.address ? Json{{"address", gvcp::dotted(by.address)}, {"port", by.port}} : Json();
+        all.push_back({{"manufacturer", maker},
+                       {"model", model},
+                       {"serial", serial},
+                       {"userName", orNull(userName)},
+                       {"address", address},
+                       {"mac", mac},
+                       {"interface", orNull(interface)},
+                       {"seenByHost", host == kSeen},
+                       {"state", state},
+                       {"controller", controller},
+                       {"problem", orNull(problem)}});
+        if (state == "unreachable")
+            unreachable.push_back("camera " + serial + " is not reachable from here: " + problem +
+                                  "." + kGiveAddress);
     }
-
+    if (json)
+        writeOut(jsonText({{"version", 2}, {"cameras", all}}));
+    else if (!cameras.empty())
+        writeOut(tableText(rows));
     if (const std::string why = noDalsaCamera(cameras); !why.empty())
         tell(why);
     for (const Shared &shared : sharedBy(cameras))
         tell(shared.seen + ". " + shared.remedy + ".");
-    for (const Line &line : lines)
-        if (line.state.name == "unreachable")
-            tell("camera " + line.name.serial +
-                 " is not reachable from here: " + line.state.problem + "." + kGiveAddress);
-    return lines.empty() ? kNoCamera : kDone;
+    for (const std::string &why : unreachable)
+        tell(why);
+    return cameras.empty() ? kNoCamera : kDone;
 }
 
 } // namespace

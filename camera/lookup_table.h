@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "camera/assign.h"
+#include "camera/set.h"
 #include "camera/switches.h"
 
 namespace kxinfo {

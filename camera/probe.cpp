@@ -1,5 +1,5 @@
-// kxinfo probe: has kxinfo-host run a plug-in, in a process of its own for each camera: the plug-in
-// serves one at a time, and what a camera or a plug-in does to that process reaches no other.
+// kxinfo probe: has kxinfo-host run a plug-in, in a process of its own: what a camera or a plug-in does
+// to that reaches no other.
 //
 // The plug-in publishes a value also for what a camera lacks. So afterwards kxinfo looks at the camera
 // itself, and says which values are none.
@@ -9,9 +9,9 @@
 #include <cstdlib>
 #include <filesystem>
 #include <memory>
-#include <sstream>
 #include <system_error>
 
+#include "camera/child_processes.h"
 #include "camera/command.h"
 #include "camera/find.h"
 #include "camera/fleet.h"
@@ -36,17 +36,18 @@ constexpr const char *kPlaces[] = {
 #endif
 };
 
-constexpr size_t kMostOutput = size_t{16} << 20;
 // A probe takes a second or two; a camera that falls silent again and again makes it longer.
-constexpr ChildLimits kOfEach = {std::chrono::seconds(60), kMostOutput, 8};
-constexpr ChildLimits kOfOne = {std::nullopt, kMostOutput, 1};
+constexpr ChildLimits kLimits = {std::chrono::seconds(60), size_t{16} << 20, 1};
 
-// Whether a plug-in built for this platform finds a camera by its whole serial number first.
+// Whether a plug-in built for this platform opens the camera of an address, whatever its serial number.
 #if __has_include("kxgige.h")
-constexpr bool kFindsWholeSerials = true;
+constexpr bool kOpensAddresses = true;
 #else
-constexpr bool kFindsWholeSerials = false;
+constexpr bool kOpensAddresses = false;
 #endif
+
+const std::string kNoResult =
+    std::string("the probe ended without a result, and did not say why. ") + kHintOfLog;
 
 constexpr const char *kFooter =
     R"(Without CAMERA the plug-in lists the cameras, in log lines of level info. Without --json the table
@@ -73,81 +74,22 @@ std::string hostProgram() {
                                  joined(looked) + ". Install it with kxinfo.");
 }
 
-/** What the probe of one camera came to. */
-struct Result {
-    std::string serial;
-    const gvcp::Found *found;  ///< null: nobody knows which camera it was
-    int status = kFailed;      ///< an ExitStatus
-    Words messages = {};       ///< lines of standard error, without "kxinfo: "
-    std::string log = {};      ///< with JSON: the lines of a log for standard output
-    std::string table = {};    ///< without JSON: standard output, a log included
-    Json parameters = nullptr; ///< with JSON: those of the document of one camera
-};
-
-// Says of which parameters the values are not the camera's; nothing when it cannot be looked at.
-void lookAtCamera(Result &result) {
+// Tells of which parameters the values are not the camera's, and says so in the document; nothing
+// when the camera cannot be looked at.
+void lookAtCamera(const gvcp::Found &found, Json &document) {
     try {
         stopWaitingWhen(stopOnSignals());
-        const Camera camera(*result.found, Purpose::Look);
+        const Camera camera(found, Purpose::Look);
         for (const auto &[parameter, features, problem] : hostParameters(camera)) {
             if (problem.empty())
                 continue;
-            result.messages.push_back(parameter + ": " + problem + ".");
-            for (Json &published : result.parameters)
+            tell(parameter + ": " + problem + ".");
+            for (Json &published : document["parameters"])
                 if (published.value("name", "") == parameter && !published.contains("problem"))
                     published["problem"] = problem;
         }
     } catch (...) { // whatever it was, the probe itself has gone well
     }
-}
-
-// Takes apart what stands on standard error.
-void sortLines(const std::string &err, bool withLog, Result &result) {
-    const std::string mark = "kxinfo: ";
-    std::istringstream lines(err);
-    for (std::string line; std::getline(lines, line);) {
-        // A log line without an end has the next message behind it.
-        const size_t at = line.find(mark);
-        if (withLog && at != 0)
-            result.log += line.substr(0, at) + "\n";
-        if (at == 0 || (withLog && at != line.npos))
-            result.messages.push_back(line.substr(at + mark.size()));
-        else if (!withLog)
-            result.messages.push_back(line);
-    }
-}
-
-// The parameters in the document of one camera; null when it is none.
-Json parametersIn(const std::string &text) {
-    const Json document = Json::parse(text, nullptr, false);
-    return document.is_object() ? document.value("parameters", Json()) : Json();
-}
-
-// Reads what kxinfo-host left, of which \p collect says what was collected, and looks at the camera.
-void complete(Result &result, const ChildEnd &end, const HostOptions &options, Collect collect) {
-    sortLines(end.err, options.json && options.showsLog(), result);
-    const std::string failure = failureOf(end, kOfEach);
-    result.status = failure.empty() ? end.number : kFailed;
-    if (!failure.empty())
-        result.messages.push_back(
-            "the probe " + failure +
-            (end.how == ChildEnd::How::NotStarted ? "" : std::string(" ") + kHintOfLog));
-    if (!options.json)
-        result.table = end.out;
-    else if (result.status == kDone)
-        result.parameters = parametersIn(end.out);
-
-    const bool shown = options.json ? !result.parameters.is_null()
-                                    : collect == Collect::Nothing ||
-                                          end.out.find(headingOf(result.serial)) != end.out.npos;
-    const bool lost = result.status == kDone && !shown;
-    if (lost)
-        result.status = kFailed;
-    if (result.messages.empty() && (lost || (collect == Collect::Both && result.status != kDone)))
-        result.messages.push_back("the probe ended without a result, and did not say why. " +
-                                  std::string(kHintOfLog));
-    if (result.status == kDone && result.found)
-        lookAtCamera(result);
 }
 
 // Has the open platform ask this camera alone.
@@ -158,8 +100,7 @@ void askAlone(const gvcp::Found &camera) {
 
 // The camera that is meant, or the first of several. The open platform is told to search for it, and
 // what is no beginning of its serial number becomes this.
-std::optional<gvcp::Found> choose(HostOptions &options) {
-    std::string &name = *options.serial;
+std::optional<gvcp::Found> choose(std::string &name) {
     try {
         gvcp::Found found = chosenCamera(name);
         const std::string &serial = found.identity.serial;
@@ -170,10 +111,11 @@ std::optional<gvcp::Found> choose(HostOptions &options) {
         (void)setenv("KXGIGE_SERIAL", serial.c_str(), 1);
         return found;
     } catch (const Error &error) {
+        if (gvcp::addressFrom(name))
+            throw;
         if (!name.empty())
             (void)unsetenv("KXGIGE_SERIAL"); // kxinfo-host sets it
-        const auto answered = gvcp::discover(gvcp::searchFromEnvironment());
-        for (const gvcp::Found &camera : answered) {
+        for (const gvcp::Found &camera : gvcp::discover(gvcp::searchFromEnvironment())) {
             if (!isDalsa(camera.identity) || camera.identity.serial.rfind(name, 0) != 0)
                 continue;
             if (!name.empty())
@@ -181,113 +123,92 @@ std::optional<gvcp::Found> choose(HostOptions &options) {
             askAlone(camera);
             return camera;
         }
-        const std::string why = noDalsaCamera(answered);
-        if (why != kNoDalsaCamera && !why.empty()) // which the plug-in's host says otherwise
-            tell(why);
         return std::nullopt; // the plug-in may see it otherwise
     }
 }
 
 int probeOne(HostOptions options) {
-    const auto found = options.serial ? choose(options) : std::nullopt;
+    const auto found = options.serial ? choose(*options.serial) : std::nullopt;
     const Collect collect = options.json ? Collect::Output : Collect::Nothing;
-    const ChildEnd end = runChildren({options.command(hostProgram())}, collect, kOfOne).front();
+    const ChildEnd end = runChildren({options.command(hostProgram())}, collect, kLimits).front();
     if (stopSignal())
         return kFailed;
-    if (end.how == ChildEnd::How::Signalled && end.number == SIGPIPE)
+    if (end.status == -SIGPIPE)
         dieOf(SIGPIPE); // the reader of standard output has gone away
-    Result result{options.serial.value_or(""), found ? &*found : nullptr};
-    complete(result, end, options, collect);
-    if (!result.parameters.is_null())
-        writeOut(jsonText(
-            {{"version", 1}, {"serial", *options.serial}, {"parameters", result.parameters}}));
-    for (const std::string &message : result.messages)
-        tell(message);
-    return result.status;
+    if (!end.failure.empty())
+        throw Error(kFailed, "the probe " + end.failure + " " + kHintOfLog);
+    if (end.status != kDone)
+        return end.status;
+    Json document = options.json ? Json::parse(end.out, nullptr, false) : Json();
+    if (document.is_discarded())
+        throw Error(kFailed, kNoResult);
+    if (found)
+        lookAtCamera(*found, document);
+    if (options.json)
+        writeOut(jsonText(document));
+    return kDone;
 }
 
-// The camera that the plug-in would open instead of this one: it takes the first, of whatever
-// maker, whose serial number begins with the given one, unless its platform shows it no others.
-const gvcp::Found *cameraInFrontOf(const gvcp::Found &camera,
-                                   const std::vector<gvcp::Found> &cameras, bool wholeSerials) {
-    const std::string &serial = camera.identity.serial;
-    const auto *first = std::find_if(cameras.data(), &camera, [&](const gvcp::Found &other) {
-        return wholeSerials && !serial.empty() ? other.identity.serial == serial
-                                               : other.identity.serial.rfind(serial, 0) == 0;
-    });
-    return first == &camera ? nullptr : first;
-}
-
-std::vector<Result> probeEach(const std::vector<gvcp::Found> &cameras, HostOptions options) {
-    std::vector<Result> results;
-    std::vector<size_t> probed; // of the results
-    std::vector<Words> commands;
-    for (const gvcp::Found &camera : cameras) {
-        if (!isDalsa(camera.identity))
-            continue;
-        const std::string &serial = camera.identity.serial;
-        results.push_back({serial, &camera, kNoCamera});
-        if (const auto *inFront =
-                cameraInFrontOf(camera, cameras, kFindsWholeSerials && !options.plugin)) {
-            results.back().messages = {
-                "the plug-in opens the first camera whose serial number begins with \"" + serial +
-                "\", and that is another one, \"" + inFront->identity.serial +
-                "\". On the open platform, 'kxinfo probe " + gvcp::dotted(camera.identity.address) +
-                "' probes this one."};
-            continue;
-        }
-        probed.push_back(results.size() - 1);
-        options.serial = serial;
-        commands.push_back(options.command(hostProgram()));
-    }
-    const auto ends = runChildren(commands, Collect::Both, kOfEach);
-    for (size_t i = 0; i < ends.size() && !stopSignal(); ++i)
-        complete(results[probed[i]], ends[i], options, Collect::Both);
-    return results;
-}
-
-void showTables(const std::vector<Result> &results) {
+void showTables(const std::vector<FleetResult> &results) {
     const char *gap = "";
-    for (const Result &result : results) {
-        if (!result.table.empty()) {
-            writeOut(gap + result.table + (result.table.back() == '\n' ? "" : "\n"));
-            gap = "\n";
-        }
-        for (const std::string &message : result.messages)
-            tell("camera \"" + result.serial + "\": " + message);
+    for (const FleetResult &result : results) {
+        if (result.out.empty())
+            continue;
+        writeOut(gap + result.out + (result.out.back() == '\n' ? "" : "\n"));
+        gap = "\n";
     }
+    tellMessages(results);
 }
 
-void showJson(const std::vector<Result> &results) {
+void showJson(const std::vector<FleetResult> &results) {
     Json cameras = Json::array();
-    for (const Result &result : results) {
-        cameras.push_back({{"serial", result.serial},
-                           {"status", result.status},
-                           {"messages", result.messages},
-                           {"parameters", result.parameters}});
-        std::istringstream lines(result.log);
-        for (std::string line; std::getline(lines, line);)
-            (void)fprintf(stderr, "%s: %s\n", cleaned(result.serial).c_str(),
-                          cleaned(line).c_str());
+    for (const auto &[found, status, messages, log, out, document] : results) {
+        const std::string serial = nameOf(found.identity).serial;
+        for (const std::string &line : log)
+            (void)fprintf(stderr, "%s: %s\n", serial.c_str(), cleaned(line).c_str());
+        cameras.push_back(
+            {{"serial", serial},
+             {"status", status},
+             {"messages", messages},
+             {"parameters", document.is_null() ? document : document.at("parameters")}});
     }
     writeOut(jsonText({{"version", 2}, {"cameras", cameras}}));
 }
 
-int probeAll(const HostOptions &options) {
-    const std::vector<gvcp::Found> cameras = gvcp::discover(gvcp::searchFromEnvironment());
-    (void)unsetenv("KXGIGE_SERIAL"); // kxinfo-host sets it
-    const auto results = probeEach(cameras, options);
-    stopIfAsked();
+// Nothing is shown of a camera that the plug-in does not open: elsewhere than on the open platform it
+// takes the first whose serial number begins like that.
+void judge(std::vector<FleetResult> &results, const HostOptions &options) {
+    for (auto result = results.begin(); result != results.end(); ++result) {
+        const std::string &serial = result->found.identity.serial;
+        const auto inFront = std::find_if(results.begin(), result, [&](const auto &other) {
+            return other.found.identity.serial.rfind(serial, 0) == 0;
+        });
+        if (inFront != result && (!kOpensAddresses || options.plugin))
+            *result = {result->found,
+                       kNoCamera,
+                       {"the plug-in opens another camera in its place, \"" +
+                        inFront->found.identity.serial + "\"."}};
+        else if (result->status == kDone && !options.json &&
+                 result->out.find(kProbeHeading) == std::string::npos) {
+            result->status = kFailed;
+            result->messages.push_back(kNoResult);
+        }
+    }
+}
+
+int probeAll(HostOptions options) {
+    auto results = onAllCameras(
+        [&](const gvcp::Found &camera) {
+            options.serial = gvcp::dotted(camera.identity.address);
+            return options.command("probe");
+        },
+        options.json && options.showsLog());
+    judge(results, options);
     if (options.json)
         showJson(results);
     else
         showTables(results);
-    if (results.empty())
-        throw Error(kNoCamera, noDalsaCamera(cameras));
-    int status = kDone;
-    for (const Result &result : results)
-        status = std::max(status, result.status);
-    return status;
+    return statusOf(results);
 }
 
 } // namespace
@@ -299,7 +220,8 @@ Run declareProbe(CLI::App &command) {
     };
     const auto options = std::make_shared<Options>();
     addHostOptions(command, options->host, "CAMERA");
-    command.add_flag("--all", options->all, "Probe every Dalsa camera, side by side");
+    command.add_flag("--all", options->all, "Probe every Dalsa camera, side by side")
+        ->excludes(command.get_option("CAMERA"));
     command.footer(kFooter);
     return [options] {
         options->host.check(options->all);

@@ -4,14 +4,13 @@
 #include <net/if.h>
 
 #include <algorithm>
+#include <cmath>
 #include <ctime>
-#include <map>
 #include <memory>
 #include <sstream>
 
 #include "camera/command.h"
 #include "camera/find.h"
-#include "camera/html.h"
 #include "camera/saved_camera.h"
 #include "cli/files.h"
 #include "cli/json.h"
@@ -21,8 +20,39 @@ namespace kxinfo {
 
 namespace {
 
-// From this ratio on a bar is logarithmic; so many steps of it, and points of a curve, are drawn.
-constexpr double kWide = 1000, kMostSteps = 50, kPoints = 128;
+constexpr double kPoints = 128; // of a curve
+
+/** Markup in the making, in which what a text says is no markup, whoever has written it. */
+class Html {
+public:
+    Html() = default;
+    /** A literal is markup; for each $ in it comes a text, a place in a drawing, or other markup. */
+    template <size_t N, class... Parts>
+    explicit Html(const char (&markup)[N], const Parts &...parts) {
+        const std::vector<std::string> texts = {safe(parts)...};
+        size_t next = 0;
+        for (const char c : std::string_view(markup, N - 1))
+            text_ += c == '$' ? texts.at(next++) : std::string(1, c);
+    }
+    Html &operator+=(const Html &more) { return text_ += more.text_, *this; }
+    const std::string &text() const { return text_; }
+
+private:
+    /** Cleaned, cut where it runs on and on, and fit for an element or for an attribute in quotes. */
+    static std::string safe(const std::string &text) {
+        constexpr size_t kLongest = 2000;
+        std::string result;
+        for (const char c : shortened(cleaned(text), kLongest))
+            result += std::string_view("&<>\"'").find(c) == std::string_view::npos
+                          ? std::string(1, c)
+                          : "&#" + std::to_string(c) + ";";
+        return result;
+    }
+    static std::string safe(double place) { return std::isfinite(place) ? numberText(place) : "0"; }
+    static std::string safe(const Html &part) { return part.text_; }
+
+    std::string text_;
+};
 
 /** A camera as it stands, or what a file says of one. */
 struct Side {
@@ -140,34 +170,31 @@ Html datum(const char *kind, const Json &value, const std::string &text) {
 }
 
 Html valueOf(const Reading &reading) {
+    if (!hasValue(reading.value))
+        return noneSince(reading.problem);
     const Words text = cellsOf(reading);
-    return hasValue(reading.value) ? Html("<p class='value'>$ <small>$</small></p>",
-                                          datum("value", asMembers(reading)["value"], text[1]),
-                                          text[5] == kNone ? "" : text[5])
-                                   : noneSince(reading.problem);
+    const Html unit = text[5] == kNone ? Html() : Html(" <small>$</small>", text[5]);
+    return Html("<p class='value'>$$</p>", datum("value", asMembers(reading)["value"], text[1]),
+                unit);
 }
 
-// Text and drawing of a range.
-Html rangeOf(const Sides &sides, const Side &side, const Reading &reading) {
+// Value, range as text and drawing, and choices.
+Html settingOf(const Sides &sides, const Side &side, const Reading &reading) {
     const Feature &feature = *reading.feature;
     const Json is = asMembers(reading);
     const Words text = cellsOf(reading);
     const double minimum = numberIn(is["minimum"]), maximum = numberIn(is["maximum"]);
-    const double value = numberIn(is["value"]), step = numberIn(is["increment"]);
+    const double value = numberIn(is["value"]);
     double low = minimum, high = maximum; // one scale for all sides
     for (const Side &each : sides) {
         const Json other = asMembers(each.of(feature.name));
         low = std::fmin(low, numberIn(other["minimum"]));
         high = std::fmax(high, numberIn(other["maximum"]));
     }
-    const bool isDecibels = feature.unit == Unit::Decibels;
-    const bool isWide = !isDecibels && low > 0 && high / low >= kWide;
     const auto at = [&](double number) {
-        const double part =
-            isWide ? std::log(number / low) / std::log(high / low) : (number - low) / (high - low);
-        return 100 * (part > 0 ? std::min(part, 1.0) : 0);
+        return 100 * std::clamp((number - low) / (high - low), 0.0, 1.0);
     };
-    Html marks, range;
+    Html marks, limits;
     const auto mark = [&](const char *kind, double from, double to, int y, int height) {
         if (to >= from)
             marks += Html("<rect class='$' x='$%' width='$%' y='$' height='$' rx='3'/>", kind,
@@ -181,34 +208,27 @@ Html rangeOf(const Sides &sides, const Side &side, const Reading &reading) {
         const Reading &from = side.of(lower), &to = side.of(from.feature->upTo);
         const Json least = asMembers(from)["value"], most = asMembers(to)["value"];
         mark("limits", numberIn(least), numberIn(most), 2, 20);
-        range = Html("<p class='limited'>$ $, within $ to $</p>", feature.setBy,
-                     valueText(feature, side.of(feature.setBy).value),
-                     datum("lower", least, valueText(feature, from.value)),
-                     datum("upper", most, quantityText(feature, to.value)));
+        limits = Html("<p class='limited'>$ $, within $ to $</p>", feature.setBy,
+                      valueText(feature, side.of(feature.setBy).value),
+                      datum("lower", least, valueText(feature, from.value)),
+                      datum("upper", most, quantityText(feature, to.value)));
     }
-    const double count = isWide || isDecibels || !(step > 0) ? 0 : (high - low) / step;
-    for (double i = 1; count <= kMostSteps && i < count; ++i)
-        marks += Html("<rect class='step' x='$%' y='18' width='1' height='4'/>", 100 * i / count);
     if (std::isfinite(value))
         marks += Html("<circle cx='$%' cy='12' r='6'/>", at(value));
-    if (!is["minimum"].is_null())
-        range = Html(
-            "<p class='ends' style='margin:0 min($%,40%) 0 min($%,40%)'>$<span>$$ $</span>$</p>$",
-            100 - at(maximum), at(minimum), datum("minimum", is["minimum"], text[2]),
-            step > 0 ? "step " : "", datum("increment", is["increment"], text[4]),
-            isWide ? "logarithmic" : "", datum("maximum", is["maximum"], text[3]), range);
+    Html shown;
     if (maximum >= minimum && low < high && std::isfinite(high - low))
-        range = Html("<svg class='bar' role='img' aria-label='$: $, on a bar from $ to $'>$</svg>$",
-                     text[0], text[1], text[2], text[3], marks, range);
-    return range;
-}
-
-Html settingOf(const Sides &sides, const Side &side, const Reading &reading) {
+        shown = Html("<svg class='bar' role='img' aria-label='$: $, on a bar from $ to $'>$</svg>",
+                     text[0], text[1], text[2], text[3], marks);
+    if (!is["minimum"].is_null())
+        shown += Html(
+            "<p class='ends'>$<span>$$</span>$</p>", datum("minimum", is["minimum"], text[2]),
+            is["increment"].is_null() ? "" : "step ", datum("increment", is["increment"], text[4]),
+            datum("maximum", is["maximum"], text[3]));
     Html choices;
     for (const std::string &entry : reading.entries)
         choices += Html("<li>$ $</li>", Value(entry) == reading.value ? "●" : "○", entry);
-    return Html("<div class='setting'>$<div>$<ul class='choices'>$</ul></div></div>",
-                valueOf(reading), rangeOf(sides, side, reading), choices);
+    return Html("<div class='setting'>$<div>$$<ul class='choices'>$</ul></div></div>",
+                valueOf(reading), shown, limits, choices);
 }
 
 Html regionOf(const Side &side) {
@@ -229,7 +249,7 @@ Html curvesOf(const Side &side) {
     Html lines, keys;
     const auto add = [&](const std::string &name, const std::string &meaning, const auto &output) {
         Html points;
-        for (double i = 0; i <= kPoints; ++i)
+        for (int i = 0; i <= kPoints; ++i)
             points += Html("$,$ ", 100 * i / kPoints, 100 - 100 * output(i / kPoints));
         lines += Html("<polyline class='$' points='$'/>", name, points);
         keys += Html("<li><svg class='key' aria-hidden='true'><line class='$' x2='100%' y1='50%' "
@@ -248,8 +268,6 @@ Html curvesOf(const Side &side) {
     for (const SavedCamera::Unread &unread : side.saved.unread)
         if (unread.name == kLookupTable || unread.name == "gammaCorrection")
             keys += Html("<li>$</li>", noneSince(unread.name + ": " + unread.why));
-    if (lines.text().empty())
-        return Html("<ul>$</ul>", keys);
     return Html(
         "<figure><svg class='curves' role='img' viewBox='0 0 100 100' aria-label='Output, "
         "upwards, by input, to the right'>$</svg><figcaption><ul>$</ul></figcaption></figure>",
@@ -273,19 +291,13 @@ Html publishedOf(const Side &side) {
 Html diagnosisOf(const Side &side) {
     std::istringstream lines(side.doctor);
     Html text;
-    for (std::string line; std::getline(lines, line);) {
-        const size_t indent = std::min(line.find_first_not_of(' '), line.size());
-        text += Html("<p class='in$'>$</p>", std::to_string(indent), line.substr(indent));
-    }
+    for (std::string line; std::getline(lines, line);)
+        text += Html("<p class='$'>$</p>",
+                     line[0] == ' ' ? line[2] == ' ' ? "detail" : "fact" : "part", line);
     return side.doctor.empty() ? noneSince("a file is not asked") : text;
 }
 
 std::string pageOf(const Sides &sides) {
-    // Sections, by their first features.
-    const std::map<std::string, std::string> kTitles = {
-        {"DeviceTemperature", "Temperature"}, {"WidthMax", "Region of interest"},
-        {"Gain", "Exposure, gain and gamma"}, {"autoBrightnessTarget", "Automatic functions"},
-        {"ReverseX", "Direction and colour"}, {"autoBrightnessMode", "Modes"}};
     const Side &first = sides.front(), &last = sides.back();
     Html main, rows;
     const Words &labels = (last.host.empty() ? first : last).about;
@@ -297,11 +309,10 @@ std::string pageOf(const Sides &sides) {
         };
         rows += rowOf(sides, labels[i], fact, fact);
     }
-    std::string title = "Identity and network";
     for (const Feature *feature : shownFeatures()) {
         const std::string &name = feature->name;
-        if (const auto next = kTitles.find(name); next != kTitles.end())
-            main += sectionOf(sides, std::exchange(title, next->second), std::exchange(rows, {}));
+        if (name == "WidthMax")
+            main += sectionOf(sides, "Identity and network", std::exchange(rows, {}));
         rows += rowOf(
             sides, name, [&](const Side &side) { return settingOf(sides, side, side.of(name)); },
             [&](const Side &side) { return valueOf(side.of(name)); });
@@ -310,7 +321,7 @@ std::string pageOf(const Sides &sides) {
         if (name == "gammaCorrection")
             rows += rowOf(sides, "Curves", curvesOf, curvesOf);
     }
-    main += sectionOf(sides, title, rows);
+    main += sectionOf(sides, "Settings", rows);
     main += sectionOf(sides, "What a host would get",
                       rowOf(sides, "Parameters", publishedOf, publishedOf));
     main +=

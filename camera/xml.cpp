@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <memory>
 
 #include "camera/command.h"
@@ -29,18 +30,16 @@ int xml(const CameraArgument &camera) {
                                    " does not give its description: " + cleaned(error.what()) +
                                    ".");
     }
-    if (!isatty(STDOUT_FILENO)) {
-        writeOut(document);
-        return kDone;
+    if (isatty(STDOUT_FILENO)) {
+        std::string shown;
+        document.erase(std::remove(document.begin(), document.end(), '\r'), document.end());
+        for (size_t at = 0, end = 0; at < document.size(); at = end + 1) {
+            end = std::min(document.find_first_of("\t\n", at), document.size());
+            shown += cleaned(document.substr(at, end - at)) + (document[end] == '\t' ? '\t' : '\n');
+        }
+        document = shown;
     }
-    std::string shown;
-    for (size_t at = 0, end = 0; at < document.size(); at = end + 1) {
-        end = std::min(document.find_first_of("\t\n", at), document.size());
-        const char last = end < document.size() ? document[end] : '\n';
-        const bool isDos = last == '\n' && end > at && document[end - 1] == '\r';
-        shown += cleaned(std::string_view(document).substr(at, end - at - (isDos ? 1 : 0))) + last;
-    }
-    writeOut(shown);
+    writeOut(document);
     return kDone;
 }
 

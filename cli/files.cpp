@@ -2,14 +2,11 @@
 
 #include <fcntl.h>
 #include <poll.h>
-#include <sys/random.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
-#include <cinttypes>
-#include <cstdint>
-#include <cstdio>
+#include <random>
 #include <system_error>
 #include <utility>
 
@@ -47,12 +44,8 @@ bool isSame(const struct stat &a, const struct stat &b) {
 }
 
 std::string randomName() {
-    uint64_t number = 0;
-    if (getrandom(&number, sizeof number, 0) != static_cast<ssize_t>(sizeof number))
-        throw std::system_error(errno, std::generic_category(), "random numbers");
-    char name[32];
-    (void)snprintf(name, sizeof name, ".kxinfo-%016" PRIx64, number);
-    return name;
+    std::random_device random;
+    return ".kxinfo-" + std::to_string(random()) + '-' + std::to_string(random());
 }
 
 } // namespace

@@ -18,9 +18,6 @@ Words HostOptions::command(const std::string &program) const {
 }
 
 void HostOptions::check(bool all) const {
-    if (all && serial)
-        throw Error(kWrongUsage, "--all probes every camera, and takes no serial number. Leave out "
-                                 "one of them.");
     if (!serial && !all && json)
         throw Error(kWrongUsage,
                     "--json shows the settings of a camera: give its serial number, or "
@@ -52,11 +49,6 @@ void addHostOptions(CLI::App &command, HostOptions &options, const char *camera)
         .add_option("--plugin", options.plugin,
                     "Library file of the plug-in, in place of the one that kxinfo comes with")
         ->type_name("FILE");
-}
-
-std::string headingOf(const std::string &serial) {
-    return serial.empty() ? "First camera found"
-                          : "Camera whose serial number begins with \"" + serial + "\"";
 }
 
 } // namespace kxinfo

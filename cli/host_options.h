@@ -30,8 +30,8 @@ struct HostOptions {
 /** Declares them; what is read into must outlive the parsing. \param camera  name of the argument */
 void addHostOptions(CLI::App &command, HostOptions &options, const char *camera);
 
-/** The line above a table, which says which camera was asked for. */
-std::string headingOf(const std::string &serial);
+/** What stands above the table of a camera. */
+constexpr const char *kProbeHeading = "Camera whose serial number begins with ";
 
 /** How to learn more when a probe fails. */
 constexpr const char *kHintOfLog = "Add '--log stdout --level debug' to see how far it came.";

@@ -15,8 +15,6 @@ namespace kxinfo {
 
 namespace {
 
-bool pipeBroke = false;
-
 volatile std::sig_atomic_t asked = 0;
 
 int checked(int result, const char *what) {
@@ -38,21 +36,19 @@ void prepareStandardStreams() {
 }
 
 void writeOut(std::string_view text) {
-    if (fwrite(text.data(), 1, text.size(), stdout) < text.size() && errno == EPIPE)
-        pipeBroke = true;
-}
-
-bool finishStandardOutput() {
-    // A line that the plug-in wrote may have been the one that nobody took.
-    pollfd reader{STDOUT_FILENO, POLLOUT, 0};
-    (void)fflush(stdout);
-    if (ferror(stdout) && poll(&reader, 1, 0) == 1 && (reader.revents & POLLERR))
-        pipeBroke = true;
-    return !ferror(stdout);
+    (void)fwrite(text.data(), 1, text.size(), stdout);
 }
 
 bool brokenPipe() {
-    return pipeBroke;
+    pollfd reader{STDOUT_FILENO, POLLOUT, 0};
+    return ferror(stdout) && poll(&reader, 1, 0) == 1 && (reader.revents & (POLLERR | POLLHUP));
+}
+
+bool finishStandardOutput() {
+    (void)fflush(stdout);
+    if (brokenPipe())
+        dieOf(SIGPIPE);
+    return !ferror(stdout);
 }
 
 StandardOutputTo::StandardOutputTo(int descriptor)

@@ -28,11 +28,11 @@ void prepareStandardStreams();
 /** Writes a text to standard output. Whether it arrived is told by finishStandardOutput(). */
 void writeOut(std::string_view text);
 
-/** Hands on what was written to standard output; false if any of it did not arrive. */
-bool finishStandardOutput();
-
-/** Whether that was because its reader has gone away. */
+/** Whether some of it did not arrive since its reader has gone away. */
 bool brokenPipe();
+
+/** Hands on what was written to standard output; false if any did not arrive. Dies of a broken pipe. */
+bool finishStandardOutput();
 
 /** Sends standard output elsewhere as long as the object lives. */
 class StandardOutputTo {

@@ -1,8 +1,6 @@
 #include "cli/program.h"
 
 #include <algorithm>
-#include <cerrno>
-#include <csignal>
 #include <map>
 #include <new>
 #include <sstream>
@@ -14,30 +12,6 @@ namespace {
 
 bool isOption(const std::string &word) {
     return word.size() > 1 && word[0] == '-';
-}
-
-Words namesOf(const Program &program) {
-    Words names;
-    for (const Command &command : program.commands)
-        names.emplace_back(command.name);
-    return names;
-}
-
-// Brings the command to the front, and "help" behind it as its option.
-void sortOut(const Program &program, Words &arguments) {
-    const Words names = namesOf(program);
-    const auto isCommand = [&](const std::string &word) {
-        return std::find(names.begin(), names.end(), word) != names.end();
-    };
-    if (!arguments.empty() && arguments.front() == "help") {
-        arguments.erase(arguments.begin());
-        arguments.push_back("--help");
-    }
-    if (arguments.empty() || !isOption(arguments.front()))
-        return;
-    const auto command = std::find_if(arguments.begin(), arguments.end(), isCommand);
-    if (command != arguments.end() && arguments.front() != "--version")
-        std::rotate(arguments.begin(), command, command + 1);
 }
 
 Words optionsOf(const CLI::App &command) {
@@ -54,43 +28,39 @@ std::string wrongBehind(const Program &program, const CLI::App &command,
     const std::string full =
         program.name + (command.get_name() == program.name ? "" : " " + command.get_name());
     const std::string hint = " Run '" + full + " --help' for what is expected.";
-    const auto is = [&error](CLI::ExitCodes code) {
-        return error.get_exit_code() == static_cast<int>(code);
-    };
-    const std::string what = error.what();
-    const std::string subject = what.substr(0, what.find(':'));
     const Words rest = command.remaining();
-    if (is(CLI::ExitCodes::ExtrasError) && !rest.empty())
-        return "'" + full + "' does not take \"" + shortened(rest.front()) + "\"." +
-               (isOption(rest.front())
-                    ? didYouMean(rest.front().substr(0, rest.front().find('=')), optionsOf(command))
-                    : "") +
-               hint;
-    if (is(CLI::ExitCodes::RequiredError))
-        return "'" + full + "' needs " + what.substr(0, what.find(" is required")) + "." + hint;
-    if (is(CLI::ExitCodes::ArgumentMismatch) && !isOption(subject))
-        return "'" + full + "' needs another " + subject + "." + hint;
-    if (is(CLI::ExitCodes::ArgumentMismatch)) // the option's name
-        return subject +
-               (what.find("missing") != what.npos ? " needs a value." : " is given twice.") + hint;
-    return what + (what.empty() || what.back() != '.' ? "." : "") + hint;
+    if (rest.empty()) {
+        const std::string what = error.what();
+        const std::string subject = what.substr(0, what.find(':'));
+        if (error.get_exit_code() == static_cast<int>(CLI::ExitCodes::RequiredError))
+            return "'" + full + "' needs " + what.substr(0, what.find(" is required")) + "." + hint;
+        if (isOption(subject) && what.find(" required ") != what.npos)
+            return subject +
+                   (what.find("missing") != what.npos ? " needs a value." : " is given twice.") +
+                   hint;
+        return what + "." + hint;
+    }
+    const std::string &word = rest.front();
+    return "'" + full + "' does not take \"" + shortened(word) + "\"." +
+           (isOption(word) ? didYouMean(word.substr(0, word.find('=')), optionsOf(command)) : "") +
+           hint;
 }
 
 // What is wrong in front of a command, or with it.
 std::string wrongInFront(const Program &program, const CLI::App &app, const Words &given) {
     const std::string hint =
         std::string(" Run '") + program.name + " --help' for the commands and examples.";
-    const Words names = namesOf(program);
-    const std::string expected = "; expected is " + joined(names) + ".";
     if (given.empty())
-        return "a command is missing" + expected + hint;
+        return "a command is missing." + hint;
     const Words front = app.remaining();
     const std::string word = front.empty() ? given.front() : front.front();
-    Words known = isOption(word) ? optionsOf(app) : names;
-    known.emplace_back(isOption(word) ? "--help" : "help");
-    const std::string guess = didYouMean(word, known);
-    return (isOption(word) ? "unknown option \"" : "unknown command \"") + shortened(word) + "\"" +
-           (guess.empty() ? expected : "." + guess) + hint;
+    if (isOption(word))
+        return "unknown option \"" + shortened(word) + "\"." + didYouMean(word, optionsOf(app)) +
+               hint;
+    Words names = {"help"};
+    for (const Command &command : program.commands)
+        names.emplace_back(command.name);
+    return "unknown command \"" + shortened(word) + "\"." + didYouMean(word, names) + hint;
 }
 
 int run(const Program &program, Words arguments) {
@@ -119,7 +89,18 @@ Run readCommandLine(const Program &program, Words arguments) {
     if (single) {
         runs[&app] = program.commands.front().declare(app);
     } else {
-        sortOut(program, arguments);
+        if (!arguments.empty() && arguments.front() == "help") {
+            arguments.erase(arguments.begin());
+            arguments.emplace_back("--help");
+        }
+        const auto name =
+            std::find_if(arguments.begin(), arguments.end(), [&](const std::string &word) {
+                return std::any_of(program.commands.begin(), program.commands.end(),
+                                   [&](const Command &each) { return each.name == word; });
+            });
+        if (name != arguments.end() && isOption(arguments.front()) &&
+            arguments.front() != "--version")
+            std::rotate(arguments.begin(), name, name + 1);
         app.require_subcommand(1);
         app.get_formatter()->label("SUBCOMMAND", "COMMAND");
         for (const Command &command : program.commands) {
@@ -150,10 +131,7 @@ Run readCommandLine(const Program &program, Words arguments) {
 int runProgram(const Program &program, int argc, char **argv) {
     prepareStandardStreams();
     int status = run(program, Words(argv + std::min(argc, 1), argv + argc));
-    errno = 0;
     if (!finishStandardOutput()) {
-        if (brokenPipe())
-            dieOf(SIGPIPE);
         tell("standard output did not take all that was written to it. Check that its disk is not "
              "full and that its reader still reads.");
         status = kFailed;

@@ -2,11 +2,14 @@
 
 #include <locale.h>
 #include <strings.h>
+#include <sys/ioctl.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cctype>
 #include <charconv>
 #include <cmath>
+#include <cstdint>
 #include <cstdio>
 #include <cwchar>
 #include <iterator>
@@ -64,6 +67,31 @@ size_t distanceOf(const std::string &a, const std::string &b) {
     return row.back();
 }
 
+bool startsCharacter(char c) {
+    return (static_cast<unsigned char>(c) & 0xC0U) != 0x80;
+}
+
+// Characters, not bytes: of a UTF-8 sequence only the first byte is counted.
+size_t widthOf(const std::string &text) {
+    return static_cast<size_t>(std::count_if(text.begin(), text.end(), startsCharacter));
+}
+
+// Columns of the terminal on standard output; elsewhere a line may have any length.
+size_t columnsOfOutput() {
+    winsize size{};
+    const bool isTerminal = ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0;
+    return isTerminal ? size.ws_col : SIZE_MAX;
+}
+
+std::string cutTo(size_t columns, const std::string &line) {
+    if (widthOf(line) <= columns)
+        return line;
+    size_t end = 0;
+    for (size_t begun = 0; begun < columns; ++end)
+        begun += startsCharacter(line[end]);
+    return line.substr(0, end - 1) + "…";
+}
+
 constexpr size_t kLongestGuess = 64; // what is longer was not meant for a name
 constexpr size_t kMostGuesses = 3;
 
@@ -103,6 +131,15 @@ std::string joined(const Words &words, const char *last, const char *others) {
     for (const std::string &word : words)
         text += (text.empty() ? "" : &word == &words.back() ? last : others) + word;
     return text;
+}
+
+std::string joinedBriefly(Words words) {
+    constexpr size_t kMost = 8;
+    if (words.size() > kMost + 1) {
+        words[kMost] = std::to_string(words.size() - kMost) + " more";
+        words.resize(kMost + 1);
+    }
+    return joined(words, " and ");
 }
 
 std::string lowered(std::string_view text) {
@@ -159,6 +196,32 @@ std::string numberText(double value) {
             ? std::to_chars(std::begin(text), std::end(text), value, std::chars_format::fixed, 0)
             : std::to_chars(std::begin(text), std::end(text), value, std::chars_format::general, 6);
     return std::string(text, end.ptr);
+}
+
+std::string tableText(const std::vector<Row> &rows) {
+    std::vector<size_t> widths;
+    for (const Row &row : rows) {
+        widths.resize(std::max(widths.size(), row.cells.size()));
+        for (size_t column = 0; column + 1 < row.cells.size(); ++column)
+            widths[column] = std::max(widths[column], widthOf(row.cells[column]));
+    }
+
+    const size_t columns = columnsOfOutput();
+    std::string text;
+    for (const Row &row : rows) {
+        std::string line;
+        for (size_t column = 0; column + 1 < row.cells.size(); ++column) {
+            const std::string &cell = row.cells[column];
+            const std::string padding(widths[column] - widthOf(cell), ' ');
+            line += (column > 0 && row.numbers ? padding + cell : cell + padding) + "  ";
+        }
+        text += cutTo(columns, line + row.cells.back()) + '\n';
+    }
+    return text;
+}
+
+std::string choicesText(const Words &choices) {
+    return choices.empty() ? kNone : "one of " + joined(choices, ", ");
 }
 
 } // namespace kxinfo

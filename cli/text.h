@@ -25,6 +25,9 @@ std::string shortened(const std::string &text, size_t end = 40);
 /** "a, b or c". */
 std::string joined(const Words &words, const char *last = " or ", const char *others = ", ");
 
+/** "a, b and c"; of more than nine eight, and how many more there are. */
+std::string joinedBriefly(Words words);
+
 std::string lowered(std::string_view text);
 bool sameWord(std::string_view a, std::string_view b); ///< whatever the capitals
 

@@ -21,7 +21,7 @@ bool isArchive(std::string_view content);
  * Where the archive's directory begins. From there to the end it says of each file its name, its
  * sizes and the check sum of its content.
  *
- * \throw Error  Cause::Description: it has no end, more than one, or one of an archive above 4 GiB
+ * \throw Error  Cause::Description: it has no end, or one that cannot be
  */
 size_t directoryOffset(std::string_view archive);
 
@@ -29,7 +29,7 @@ size_t directoryOffset(std::string_view archive);
  * The content of the first file whose name ends with ".xml", in any capitals; when there is none,
  * of the first file. Its check sum has been compared.
  *
- * Takes at most 1.5 times the memory of what it returns, and 1 MiB.
+ * Takes at most twice the memory of what it returns.
  *
  * \throw Error  Cause::Description: it is damaged, holds no file or more than kMostFiles, or the
  *               file is encrypted, compressed by another method than deflate, or larger than

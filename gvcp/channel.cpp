@@ -29,12 +29,6 @@ using namespace std::chrono_literals;
 constexpr size_t kModestBlock = 512;
 constexpr size_t kRegister = 4;
 
-constexpr const char *kSilent = "it does not answer";
-
-Error stopped() {
-    return Error(Cause::Stopped, "stopped while waiting for it");
-}
-
 Error unreachable(uint32_t camera, int error) {
     const std::string outside = whyOutside(camera);
     return Error(Cause::Unreachable, outside.empty()
@@ -130,12 +124,8 @@ Channel::~Channel() {
 }
 
 void Channel::open() {
-    try {
-        capability_ = fetch({bootstrap::kCapability})[0];
-    } catch (const Error &error) {
-        if (!isLack(error))
-            throw;
-    }
+    if (const auto capability = fetchUnlessLacking({bootstrap::kCapability}); !capability.empty())
+        capability_ = capability[0];
     const Controller present = readController();
     const uint32_t hindrance =
         access_ == Access::Monitor ? kExclusiveAccess : (kExclusiveAccess | kControlAccess);
@@ -146,19 +136,15 @@ void Channel::open() {
 }
 
 void Channel::takeControl() {
-    try {
-        const std::chrono::milliseconds timeout(fetch({bootstrap::kHeartbeatTimeout})[0]);
-        heartbeat_ = std::clamp<Clock::duration>(timeout / kHeartbeatsPerTimeout,
+    if (const auto timeout = fetchUnlessLacking({bootstrap::kHeartbeatTimeout}); !timeout.empty())
+        heartbeat_ = std::clamp<Clock::duration>(std::chrono::milliseconds(timeout[0]) /
+                                                     kHeartbeatsPerTimeout,
                                                  waits_.shortestHeartbeat, waits_.longestHeartbeat);
-    } catch (const Error &error) {
-        if (!isLack(error))
-            throw;
-    }
     const uint32_t wanted =
         access_ == Access::Exclusive ? kControlAccess | kExclusiveAccess : kControlAccess;
     self_.emplace(); // from here on it is given back: whoever gives it may fail to say so
     try {
-        store(bootstrap::kControlPrivilege, wanted, Stops::Heeded);
+        store(bootstrap::kControlPrivilege, wanted);
     } catch (const Error &error) {
         if (!isDenial(error))
             throw; // given back: some cameras say no and mean yes
@@ -172,13 +158,8 @@ void Channel::takeControl() {
     if (access_ == Access::Exclusive && !(now.privilege & kExclusiveAccess))
         throw Error(Cause::Controlled, "it gives control, but does not keep other programs out");
     self_ = now;
-    try {
-        const NoSignals quiet;
-        heart_ = std::thread(&Channel::beat, this);
-    } catch (const std::system_error &) {
-        giveControlBack();
-        throw;
-    }
+    const NoSignals quiet;
+    heart_ = std::thread(&Channel::beat, this);
 }
 
 void Channel::beat() {
@@ -223,8 +204,9 @@ void Channel::giveControlBack() {
     lost_.reset();
     openingDeadline_.reset();
     self_.reset();
+    heedsStop_ = false;
     try {
-        store(bootstrap::kControlPrivilege, 0, Stops::Ignored);
+        store(bootstrap::kControlPrivilege, 0);
     } catch (const std::exception &) {
         // Its heartbeat timeout will free it.
     }
@@ -289,7 +271,7 @@ void Channel::writeBlock(uint32_t address, const uint8_t *from, size_t size) {
         }
     }
     for (size_t at = 0; at < size; at += kRegister)
-        store(address + static_cast<uint32_t>(at), get32(from + at), Stops::Heeded);
+        store(address + static_cast<uint32_t>(at), get32(from + at));
 }
 
 std::vector<uint32_t> Channel::readRegisters(const std::vector<uint32_t> &addresses) {
@@ -298,7 +280,7 @@ std::vector<uint32_t> Channel::readRegisters(const std::vector<uint32_t> &addres
 }
 
 void Channel::writeRegister(uint32_t address, uint32_t value) {
-    change([&] { store(address, value, Stops::Heeded); });
+    change([&] { store(address, value); });
 }
 
 template <class Do>
@@ -346,35 +328,42 @@ std::vector<uint32_t> Channel::fetch(const std::vector<uint32_t> &addresses) {
     return values;
 }
 
-void Channel::store(uint32_t address, uint32_t value, Stops stops) {
+std::vector<uint32_t> Channel::fetchUnlessLacking(const std::vector<uint32_t> &addresses) {
+    try {
+        return fetch(addresses);
+    } catch (const Error &error) {
+        if (!isLack(error))
+            throw;
+        return {};
+    }
+}
+
+void Channel::store(uint32_t address, uint32_t value) {
     uint8_t payload[8];
     put32(payload, address);
     put32(payload + 4, value);
-    transact({kWriteRegister, payload, sizeof payload, 4}, stops);
+    transact({kWriteRegister, payload, sizeof payload, 4});
 }
 
 Controller Channel::readController() {
     using namespace bootstrap;
     if (capability_ & kTellsController) {
-        try {
-            const auto values = fetch({kControlPrivilege, kControllerPort, kControllerAddress});
+        const auto values =
+            fetchUnlessLacking({kControlPrivilege, kControllerPort, kControllerAddress});
+        if (!values.empty())
             return {values[0], values[2], static_cast<uint16_t>(values[1])};
-        } catch (const Error &error) {
-            if (!isLack(error))
-                throw;
-            capability_ &= ~kTellsController;
-        }
+        capability_ &= ~kTellsController;
     }
     return {fetch({kControlPrivilege})[0]};
 }
 
-Answer Channel::transact(const Request &request, Stops stops) {
+Answer Channel::transact(const Request &request) {
     if (lost_)
         throw Error(*lost_);
     const auto start = Clock::now();
     const Answer answer = [&] {
         try {
-            return tryWhileBusy(request, stops);
+            return tryWhileBusy(request);
         } catch (const Error &error) {
             if (error.cause() == Cause::Silent)
                 lost_.emplace(Cause::Silent, "it stopped answering earlier");
@@ -398,16 +387,16 @@ void Channel::spend(Clock::duration time) {
         lost_.emplace(Cause::Silent, "it answers too slowly");
 }
 
-Answer Channel::tryWhileBusy(const Request &request, Stops stops) {
+Answer Channel::tryWhileBusy(const Request &request) {
     const auto end = Clock::now() + waits_.longestBusy;
     for (auto wait = waits_.busyPause;; wait *= 2) {
-        const Answer answer = exchange(request, stops);
+        const Answer answer = exchange(request);
         const auto now = Clock::now();
         if (answer.status != kBusy || now >= end)
             return answer;
         const auto next = std::min<Clock::time_point>(now + wait, end);
         while (Clock::now() < next)
-            pause(next, 0, stops);
+            pause(next, 0);
     }
 }
 
@@ -416,22 +405,21 @@ uint16_t Channel::nextRequestId() {
     return requestId_;
 }
 
-Answer Channel::exchange(const Request &request, Stops stops) {
+Answer Channel::exchange(const Request &request) {
     const uint16_t requestId = nextRequestId();
     const Packet packet = makeCommand(request.command, requestId, request.payload, request.size);
     Pending pending;
     for (size_t i = 0; i < tries_; ++i) {
         repetitions_ += i > 0;
         send(packet);
-        if (const auto answer =
-                await(request, requestId, pending, Clock::now() + waits_.answer[i], stops))
+        if (const auto answer = await(request, requestId, pending, Clock::now() + waits_.answer[i]))
             return *answer;
     }
-    throw Error(Cause::Silent, kSilent);
+    throw Error(Cause::Silent, "it does not answer");
 }
 
 std::optional<Answer> Channel::await(const Request &request, uint16_t requestId, Pending &pending,
-                                     Clock::time_point deadline, Stops stops) {
+                                     Clock::time_point deadline) {
     for (;;) {
         const auto now = Clock::now();
         if (openingDeadline_ && now >= *openingDeadline_)
@@ -445,7 +433,7 @@ std::optional<Answer> Channel::await(const Request &request, uint16_t requestId,
             send(makeCommand(kReadRegister, nextRequestId(), payload, sizeof payload));
             pending.heartbeat = now + heartbeat_;
         }
-        pause(deadline, POLLIN, stops);
+        pause(deadline, POLLIN);
         const auto answer = receive();
         if (!answer || answer->requestId != requestId)
             continue;
@@ -473,9 +461,9 @@ std::optional<Answer> Channel::await(const Request &request, uint16_t requestId,
 }
 
 // Waits for the socket's events, for no longer than a slice; the caller looks at the time again.
-void Channel::pause(Clock::time_point end, short events, Stops stops) {
-    if (stops == Stops::Heeded && stopAsked())
-        throw stopped();
+void Channel::pause(Clock::time_point end, short events) {
+    if (heedsStop_ && stopAsked())
+        throw Error(Cause::Stopped, "stopped while waiting for it");
     const auto left = std::min<Clock::duration>(end - Clock::now(), kSlice);
     const auto wait = std::max(std::chrono::ceil<std::chrono::milliseconds>(left), 0ms);
     pollfd waits{socket_.get(), events, 0};

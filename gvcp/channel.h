@@ -15,8 +15,8 @@
 #include "gvcp/bounds.h"
 #include "gvcp/descriptor.h"
 #include "gvcp/error.h"
-#include "gvcp/memory.h"
 #include "gvcp/packets.h"
+#include "gvcp/url.h"
 
 namespace gvcp {
 
@@ -115,7 +115,6 @@ public:
 
 private:
     using Clock = std::chrono::steady_clock;
-    enum class Stops { Heeded, Ignored };
 
     struct Request {
         Command command;
@@ -131,20 +130,21 @@ private:
     };
 
     // All with the mutex held. Answers lie in the buffer: good until the next command.
-    Answer transact(const Request &request, Stops stops = Stops::Heeded);
-    Answer tryWhileBusy(const Request &request, Stops stops);
-    Answer exchange(const Request &request, Stops stops);
+    Answer transact(const Request &request);
+    Answer tryWhileBusy(const Request &request);
+    Answer exchange(const Request &request);
     std::optional<Answer> await(const Request &request, uint16_t requestId, Pending &pending,
-                                Clock::time_point deadline, Stops stops);
+                                Clock::time_point deadline);
     uint16_t nextRequestId();
     std::optional<Answer> receive();
     void send(const Packet &packet);
     [[noreturn]] void failed(int error) const;
-    void pause(Clock::time_point end, short events, Stops stops);
+    void pause(Clock::time_point end, short events);
     void spend(Clock::duration time);
 
     std::vector<uint32_t> fetch(const std::vector<uint32_t> &addresses);
-    void store(uint32_t address, uint32_t value, Stops stops);
+    std::vector<uint32_t> fetchUnlessLacking(const std::vector<uint32_t> &addresses);
+    void store(uint32_t address, uint32_t value);
     template <class Do>
     void change(Do write);
     void writeBlock(uint32_t address, const uint8_t *from, size_t size);
@@ -174,6 +174,7 @@ private:
     std::optional<Controller> self_; // what the camera says while this channel controls it
     Clock::duration heartbeat_ = waits_.longestHeartbeat;
     size_t tries_ = waits_.answer.size();
+    bool heedsStop_ = true;
     bool closing_ = false;
     std::condition_variable wake_;
     std::thread heart_;

@@ -4,37 +4,19 @@
 #include <utility>
 
 #include "gvcp/archive.h"
-#include "gvcp/checksum.h"
 #include "gvcp/document.h"
 #include "gvcp/error.h"
-#include "gvcp/memory.h"
-#include "gvcp/url.h"
 
 namespace gvcp {
 namespace {
 
-// What the camera has at its URL, and the document that it is or holds. Made only of what is right.
-class Content {
-public:
-    explicit Content(std::string bytes) : bytes_(std::move(bytes)) {
-        if (isArchive(bytes_))
-            inflated_ = unzip(bytes_);
-        checkDocument(withoutPadding(text()));
-    }
-
-    const std::string &bytes() const { return bytes_; }
-
-    std::string document() && {
-        text().resize(withoutPadding(text()).size());
-        return std::move(text());
-    }
-
-private:
-    std::string &text() { return inflated_ ? *inflated_ : bytes_; }
-
-    std::string bytes_;
-    std::optional<std::string> inflated_;
-};
+// What lies at a URL is the document, or an archive that holds it.
+std::string documentOf(const std::string &bytes) {
+    std::string text = isArchive(bytes) ? unzip(bytes) : bytes;
+    text.resize(withoutPadding(text).size());
+    checkDocument(text);
+    return text;
+}
 
 std::string readBytes(Memory &camera, const LocalUrl &url) {
     std::string bytes(url.size, '\0');
@@ -42,42 +24,29 @@ std::string readBytes(Memory &camera, const LocalUrl &url) {
     return bytes;
 }
 
-// A network may damage what it carries. What arrives in the same way twice is the camera's.
-Content readContent(Memory &camera, const LocalUrl &url) {
-    std::string bytes = readBytes(camera, url);
-    const uint64_t before = checkSum(bytes);
-    try {
-        return Content(std::move(bytes));
-    } catch (const Error &) {
-        bytes = readBytes(camera, url);
-        if (checkSum(bytes) == before)
-            throw;
-    }
-    return Content(std::move(bytes));
-}
-
-std::optional<std::string> keptDocument(Memory &camera, const DescriptionKey &key,
-                                        const LocalUrl &url, const DescriptionCache &cache) {
-    std::optional<std::string> bytes = cache.find(camera, key, url);
-    if (!bytes)
-        return std::nullopt;
-    try {
-        return Content(std::move(*bytes)).document();
-    } catch (const Error &) {
-        return std::nullopt; // kept by a version of this program that took it
-    }
-}
-
 std::string loadFrom(Memory &camera, const LocalUrl &url, const DescriptionKey &key,
                      const DescriptionCache *cache) {
-    if (cache) {
-        if (auto document = keptDocument(camera, key, url, *cache))
-            return std::move(*document);
+    if (const auto kept = cache ? cache->find(camera, key, url) : std::nullopt) {
+        try {
+            return documentOf(*kept);
+        } catch (const Error &) {
+            // Kept by a version of this program that took it.
+        }
     }
-    Content content = readContent(camera, url);
+    std::string bytes = readBytes(camera, url);
+    std::string document;
+    try {
+        document = documentOf(bytes);
+    } catch (const Error &) {
+        // A network may damage what it carries. What arrives in the same way twice is the camera's.
+        const std::string before = std::exchange(bytes, readBytes(camera, url));
+        if (bytes == before)
+            throw;
+        document = documentOf(bytes);
+    }
     if (cache)
-        cache->keep(key, url, content.bytes());
-    return std::move(content).document();
+        cache->keep(key, url, bytes);
+    return document;
 }
 
 // Whether another URL may help. Without an answer, or without control, no other would.
@@ -100,23 +69,20 @@ std::string loadDescription(Memory &camera, const DescriptionKey &key,
                             const DescriptionCache *cache) {
     std::string firstUrl;
     std::optional<Error> first;
-    try {
-        firstUrl = readUrl(camera, kFirstUrl);
-        return loadFrom(camera, parseUrl(firstUrl), key, cache);
-    } catch (const Error &error) {
-        if (!concernsOneUrl(error))
-            throw;
-        first = error;
-    }
-    try {
-        const std::string secondUrl = readUrl(camera, kSecondUrl);
-        if (secondUrl == firstUrl)
-            throw Error(*first);
-        return loadFrom(camera, parseUrl(secondUrl), key, cache);
-    } catch (const Error &error) {
-        if (!concernsOneUrl(error))
-            throw;
-        throw both(*first, error);
+    for (uint32_t address = kFirstUrl;; address = kSecondUrl) {
+        try {
+            const std::string url = readUrl(camera, address);
+            if (first && url == firstUrl)
+                throw Error(*first);
+            firstUrl = url;
+            return loadFrom(camera, parseUrl(url), key, cache);
+        } catch (const Error &error) {
+            if (!concernsOneUrl(error))
+                throw;
+            if (first)
+                throw both(*first, error);
+            first = error;
+        }
     }
 }
 

@@ -1,5 +1,3 @@
-#include "gvcp/description_cache.h"
-
 #include <dirent.h>
 #include <fcntl.h>
 #include <sys/resource.h>
@@ -7,20 +5,20 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <cerrno>
 #include <cstdio>
-#include <cstring>
 #include <ctime>
+#include <functional>
+#include <map>
 #include <memory>
 #include <random>
 #include <tuple>
 #include <utility>
 
 #include "gvcp/archive.h"
-#include "gvcp/checksum.h"
+#include "gvcp/description.h"
 #include "gvcp/descriptor.h"
 #include "gvcp/error.h"
-#include "gvcp/memory.h"
+#include "gvcp/packets.h"
 
 // A file is a head, which says what it is of, the check sum of the content, and the content. The
 // head is made anew for each question and compared whole, so nothing has to be parsed. A file
@@ -37,7 +35,6 @@ constexpr char kFormat[] = "kxinfo-dalsa description 1\n";
 constexpr char kFileEnd[] = ".description";
 constexpr char kUnfinishedEnd[] = ".new";
 constexpr size_t kHexDigits = 16;
-constexpr size_t kSumSize = kHexDigits + 1; // and a line's end
 
 // A block of so many bytes takes one command at any address: commands begin and end at multiples
 // of 4.
@@ -56,26 +53,23 @@ size_t between(size_t least, size_t most) {
 
 // What of \p content the camera is asked for before it is believed to have all of it. Nothing:
 // such a description is not kept.
-std::vector<Block> proofsOfText(std::string_view content) {
-    static_assert(DescriptionCache::kNeverKeptText >= 3 * kProof);
-    if (content.size() <= DescriptionCache::kNeverKeptText)
-        return {};
-    const size_t last = content.size() - kProof;
-    return {{0, kProof}, {last, kProof}, {between(kProof, last - kProof), kProof}};
-}
-
 std::vector<Block> proofsOf(std::string_view content) {
-    if (!isArchive(content))
-        return proofsOfText(content);
-    try {
-        const size_t directory = directoryOffset(content);
-        const size_t size = content.size() - directory;
-        if (size > kLargestDirectory)
-            return {};
-        return {{directory, size}, {0, std::min(content.size(), kProof)}};
-    } catch (const Error &) {
+    static_assert(DescriptionCache::kNeverKeptText >= 3 * kProof);
+    const size_t size = content.size();
+    if (isArchive(content)) {
+        try {
+            const size_t directory = directoryOffset(content);
+            if (size - directory <= kLargestDirectory)
+                return {{directory, size - directory}, {0, std::min(size, kProof)}};
+        } catch (const Error &) {
+            // Kept by a version of this program that took it.
+        }
         return {};
     }
+    if (size <= DescriptionCache::kNeverKeptText)
+        return {};
+    const size_t last = size - kProof;
+    return {{0, kProof}, {last, kProof}, {between(kProof, last - kProof), kProof}};
 }
 
 bool cameraHas(Memory &camera, const LocalUrl &url, std::string_view content) {
@@ -103,27 +97,16 @@ std::string headOf(const DescriptionKey &key, const LocalUrl &url) {
     return head;
 }
 
-std::string fileName(const std::string &head) {
-    return hex(checkSum(head)) + kFileEnd;
-}
-
-bool takeHex(std::string_view &name) {
-    if (name.size() < kHexDigits || name.find_first_not_of("0123456789abcdef") < kHexDigits)
-        return false;
-    name.remove_prefix(kHexDigits);
-    return true;
+// Also tells what somebody changed by mistake.
+std::string sumOf(std::string_view bytes) {
+    return hex(std::hash<std::string_view>()(bytes));
 }
 
 // Whether a file of that name is one of the cache's, finished or left behind unfinished.
 bool isCacheName(std::string_view name) {
-    if (!takeHex(name))
-        return false;
-    if (name == kFileEnd)
-        return true;
-    if (name.empty() || name.front() != '.')
-        return false;
-    name.remove_prefix(1);
-    return takeHex(name) && name == kUnfinishedEnd;
+    const std::string_view end = name.substr(std::min(name.size(), kHexDigits));
+    return (end == kFileEnd || end == kUnfinishedEnd) &&
+           name.find_first_not_of("0123456789abcdef") == kHexDigits;
 }
 
 bool isOnlyOurs(const Descriptor &file, mode_t type) {
@@ -137,117 +120,46 @@ enum class Missing { IsLeft, IsMade };
 Descriptor openFolder(const CachePlace &place, Missing missing) {
     constexpr int kFlags = O_RDONLY | O_DIRECTORY | O_CLOEXEC;
     constexpr mode_t kMode = S_IRWXU;
-    // Whether something could be made shows when it is opened.
+    // Whether something could be made or opened shows at the end: nothing lies in no folder.
     if (missing == Missing::IsMade && place.makeBase)
         (void)mkdir(place.base.c_str(), kMode);
     Descriptor folder(open(place.base.c_str(), kFlags));
     for (const std::string &name : place.below) {
-        if (!folder)
-            break;
         if (missing == Missing::IsMade)
             (void)mkdirat(folder.get(), name.c_str(), kMode);
         Descriptor next(openat(folder.get(), name.c_str(), kFlags | O_NOFOLLOW));
-        if (!next || !isOnlyOurs(next, S_IFDIR))
+        if (!isOnlyOurs(next, S_IFDIR))
             return Descriptor();
         folder = std::move(next);
     }
     return place.below.empty() ? Descriptor() : std::move(folder);
 }
 
-bool readWhole(const Descriptor &file, std::string &to) {
-    for (size_t done = 0; done < to.size();) {
-        const ssize_t size = read(file.get(), &to[done], to.size() - done);
-        if (size < 0 && errno == EINTR)
-            continue;
-        if (size <= 0)
-            return false;
-        done += static_cast<size_t>(size);
-    }
-    return true;
-}
-
-bool writeWhole(const Descriptor &file, std::string_view from) {
-    while (!from.empty()) {
-        const ssize_t size = write(file.get(), from.data(), from.size());
-        if (size < 0 && errno == EINTR)
-            continue;
-        if (size <= 0)
-            return false;
-        from.remove_prefix(static_cast<size_t>(size));
-    }
-    return true;
-}
-
-std::optional<std::string> readKept(const Descriptor &folder, const std::string &head,
-                                    size_t size) {
-    // Not to wait for whoever writes, should it be a pipe.
-    const Descriptor file(openat(folder.get(), fileName(head).c_str(),
-                                 O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
-    struct stat status;
-    if (!file || !isOnlyOurs(file, S_IFREG) || fstat(file.get(), &status) != 0 ||
-        static_cast<uint64_t>(status.st_size) != head.size() + kSumSize + size)
-        return std::nullopt;
-    std::string before(head.size() + kSumSize, '\0');
-    std::string content(size, '\0');
-    if (!readWhole(file, before) || !readWhole(file, content) ||
-        before != head + hex(checkSum(content)) + '\n')
-        return std::nullopt;
-    return content;
-}
-
-struct KeptFile {
-    timespec written;
-    uint64_t size;
-    std::string name;
-};
-
-bool isOlder(const KeptFile &a, const KeptFile &b) {
-    return std::tie(a.written.tv_sec, a.written.tv_nsec, a.name) <
-           std::tie(b.written.tv_sec, b.written.tv_nsec, b.name);
-}
-
-std::vector<KeptFile> filesIn(const Descriptor &folder) {
-    struct Close {
-        void operator()(DIR *list) const { closedir(list); }
-    };
-    const int again = openat(folder.get(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (again < 0)
-        return {};
-    const std::unique_ptr<DIR, Close> list(fdopendir(again));
-    if (!list) {
-        close(again);
-        return {};
-    }
-    std::vector<KeptFile> files;
-    while (const dirent *entry = readdir(list.get())) {
-        struct stat status;
-        if (isCacheName(entry->d_name) &&
-            fstatat(folder.get(), entry->d_name, &status, AT_SYMLINK_NOFOLLOW) == 0 &&
-            S_ISREG(status.st_mode))
-            files.push_back({status.st_mtim, static_cast<uint64_t>(status.st_size), entry->d_name});
-    }
-    return files;
-}
-
 // Deletes the oldest files until one more of \p size bytes is within the bounds. The one that it
 // replaces does not count.
 void makeRoom(const Descriptor &folder, const std::string &replaced, uint64_t size,
               const CacheBounds &bounds) {
-    std::vector<KeptFile> files = filesIn(folder);
-    files.erase(std::remove_if(files.begin(), files.end(),
-                               [&](const KeptFile &file) { return file.name == replaced; }),
-                files.end());
-    std::sort(files.begin(), files.end(), isOlder);
-    uint64_t total = size;
-    for (const KeptFile &file : files)
-        total += file.size;
-    size_t count = files.size() + 1;
-    for (const KeptFile &file : files) {
-        if (total <= bounds.bytes && count <= bounds.files)
-            break;
-        unlinkat(folder.get(), file.name.c_str(), 0);
-        total -= file.size;
-        --count;
+    Descriptor again(openat(folder.get(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    const std::unique_ptr<DIR, int (*)(DIR *)> list(fdopendir(again.get()), closedir);
+    if (!list)
+        return;
+    again.release();
+    std::map<std::tuple<time_t, long, std::string>, uint64_t> files; // by age
+    while (const dirent *entry = readdir(list.get())) {
+        struct stat status;
+        if (!isCacheName(entry->d_name) || entry->d_name == replaced ||
+            fstatat(folder.get(), entry->d_name, &status, AT_SYMLINK_NOFOLLOW) != 0 ||
+            !S_ISREG(status.st_mode))
+            continue;
+        const auto bytes = static_cast<uint64_t>(status.st_size);
+        files[{status.st_mtim.tv_sec, status.st_mtim.tv_nsec, entry->d_name}] = bytes;
+        size += bytes;
+    }
+    while (!files.empty() && (size > bounds.bytes || files.size() + 1 > bounds.files)) {
+        const auto oldest = files.begin();
+        unlinkat(folder.get(), std::get<std::string>(oldest->first).c_str(), 0);
+        size -= oldest->second;
+        files.erase(oldest);
     }
 }
 
@@ -265,36 +177,38 @@ DescriptionCache::DescriptionCache(CachePlace place, CacheBounds bounds)
 
 std::optional<std::string> DescriptionCache::find(Memory &camera, const DescriptionKey &key,
                                                   const LocalUrl &url) const {
+    const std::string head = headOf(key, url);
     const Descriptor folder = openFolder(place_, Missing::IsLeft);
-    if (!folder)
+    // Not to wait for whoever writes, should it be a pipe.
+    const Descriptor file(openat(folder.get(), (sumOf(head) + kFileEnd).c_str(),
+                                 O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+    const size_t before = head.size() + kHexDigits + 1;
+    std::string kept(before + url.size + 1, '\0'); // one byte more than it may have
+    if (!isOnlyOurs(file, S_IFREG) ||
+        read(file.get(), kept.data(), kept.size()) != static_cast<ssize_t>(kept.size() - 1))
         return std::nullopt;
-    std::optional<std::string> content = readKept(folder, headOf(key, url), url.size);
-    if (content && !cameraHas(camera, url, *content))
-        content.reset();
+    std::string content = kept.substr(before, url.size);
+    if (kept.compare(0, before, head + sumOf(content) + '\n') != 0 ||
+        !cameraHas(camera, url, content))
+        return std::nullopt;
     return content;
 }
 
 void DescriptionCache::keep(const DescriptionKey &key, const LocalUrl &url,
                             std::string_view content) const {
     const std::string head = headOf(key, url);
-    const uint64_t size = head.size() + kSumSize + content.size();
-    if (proofsOf(content).empty() || size > bounds_.bytes || bounds_.files == 0 || !mayWrite(size))
+    const std::string kept = head + sumOf(content) + '\n' + std::string(content);
+    if (proofsOf(content).empty() || kept.size() > bounds_.bytes || !mayWrite(kept.size()))
         return;
     const Descriptor folder = openFolder(place_, Missing::IsMade);
-    if (!folder)
-        return;
-    const std::string name = fileName(head);
-    makeRoom(folder, name, size, bounds_);
+    const std::string name = sumOf(head) + kFileEnd;
+    makeRoom(folder, name, kept.size(), bounds_);
 
-    const std::string unfinished =
-        hex(checkSum(head)) + '.' + hex(between(0, SIZE_MAX)) + kUnfinishedEnd;
+    const std::string unfinished = hex(between(0, SIZE_MAX)) + kUnfinishedEnd;
     const Descriptor file(openat(folder.get(), unfinished.c_str(),
-                                 O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC,
-                                 S_IRUSR | S_IWUSR));
-    if (!file)
-        return;
-    if (!writeWhole(file, head + hex(checkSum(content)) + '\n') || !writeWhole(file, content) ||
-        renameat(folder.get(), unfinished.c_str(), folder.get(), name.c_str()) != 0)
+                                 O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, S_IRUSR | S_IWUSR));
+    if (file && (write(file.get(), kept.data(), kept.size()) != static_cast<ssize_t>(kept.size()) ||
+                 renameat(folder.get(), unfinished.c_str(), folder.get(), name.c_str()) != 0))
         unlinkat(folder.get(), unfinished.c_str(), 0);
 }
 

@@ -10,9 +10,8 @@
 #include <cerrno>
 #include <map>
 #include <random>
-#include <set>
 #include <system_error>
-#include <tuple>
+#include <utility>
 
 #include "gvcp/bounds.h"
 #include "gvcp/error.h"
@@ -93,9 +92,8 @@ public:
         const bool hasSerial = !search_.serial.empty() && identity.serial == search_.serial;
         if (!wanted_ && (hasSerial || search_.mac == macOf(identity)))
             wanted_ = camera;
-        const Key key{identity.address, identity.macHigh, identity.macLow};
-        if (cameras_.size() < kMostCameras && known_.insert(key).second)
-            cameras_.push_back(camera);
+        if (cameras_.size() < kMostCameras)
+            cameras_.try_emplace({identity.address, macOf(identity)}, camera);
     }
 
     bool complete() const {
@@ -103,24 +101,18 @@ public:
                (search_.interfaces.empty() && cameras_.size() >= search_.addresses.size());
     }
 
-    std::vector<Found> sorted() && {
+    std::vector<Found> sorted() const {
         if (wanted_)
             return {*wanted_};
-        std::sort(cameras_.begin(), cameras_.end(), [](const Found &left, const Found &right) {
-            const Identity &a = left.identity;
-            const Identity &b = right.identity;
-            return std::tie(a.address, a.macHigh, a.macLow) <
-                   std::tie(b.address, b.macHigh, b.macLow);
-        });
-        return std::move(cameras_);
+        std::vector<Found> sorted;
+        for (const auto &[key, camera] : cameras_)
+            sorted.push_back(camera);
+        return sorted;
     }
 
 private:
-    using Key = std::tuple<uint32_t, uint32_t, uint32_t>;
-
     const Search &search_;
-    std::set<Key> known_;
-    std::vector<Found> cameras_;
+    std::map<std::pair<uint32_t, uint64_t>, Found> cameras_; // by IPv4 and MAC address
     std::optional<Found> wanted_;
 };
 
@@ -238,7 +230,7 @@ std::vector<Found> discover(Search search) {
                 waits[i].fd = -1; // the interface is gone; poll() leaves the line out
         }
     }
-    return std::move(cameras).sorted();
+    return cameras.sorted();
 }
 
 Arrivals::Arrivals() : socket_(::socket(AF_PACKET, SOCK_DGRAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0)) {

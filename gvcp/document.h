@@ -20,9 +20,11 @@ constexpr size_t kLongestName = 1024;
 std::string_view withoutPadding(std::string_view text);
 
 /**
- * Checks that \p text is one well-formed document of XML 1.0, within the bounds above. It has to be in UTF-8, with or without a byte order mark, or to declare
- * that it is in US-ASCII, ISO-8859-1 or Windows-1252. A document type declaration is refused, as no
- * description needs one, and so are names with colons that are none of a prefix and a name. What has passed here, a parser can be trusted with.
+ * Checks that \p text is one well-formed document of XML 1.0, within the bounds above. It has to be
+ * in UTF-8, with or without a byte order mark, or to declare that it is in US-ASCII, ISO-8859-1 or
+ * Windows-1252. A document type declaration is refused, as no description needs one, and so are
+ * names with colons that are none of a prefix and a name. What has passed here, a parser can be
+ * trusted with.
  *
  * \pre at most kLargestDescription bytes
  * \throw Error  Cause::Description: what is wrong, at which line and column (in characters, both

@@ -4,6 +4,7 @@
 #include <charconv>
 #include <cstdio>
 #include <cstdlib>
+#include <sstream>
 
 namespace gvcp {
 namespace {
@@ -19,52 +20,58 @@ std::string variable(const char *name) {
     return text ? text : "";
 }
 
-std::optional<int> numberFrom(const std::string &text, int least, int most) {
+// Tells what is wrong with a variable, and what becomes of it.
+void report(const char *name, const std::string &what) {
+    fprintf(stderr, "%s: %s\n", name, what.c_str());
+}
+
+// A whole number from \p least to \p most, if the variable is one.
+std::optional<int> numberFrom(const char *name, const std::string &unit, int least, int most,
+                              const std::string &otherwise) {
+    const std::string text = variable(name);
     int value = 0;
     const char *end = text.data() + text.size();
     const auto [stop, error] = std::from_chars(text.data(), end, value);
-    if (error != std::errc() || stop != end || value < least || value > most)
-        return std::nullopt;
-    return value;
+    if (error == std::errc() && stop == end && value >= least && value <= most)
+        return value;
+    if (!text.empty())
+        report(name, "'" + text + "' is no whole number of " + unit + " from " +
+                         std::to_string(least) + " to " + std::to_string(most) + "; " + otherwise);
+    return std::nullopt;
 }
 
 std::vector<std::string> listFrom(const char *name) {
     std::vector<std::string> entries;
-    const std::string list = variable(name);
-    for (size_t start = 0; start < list.size();) {
-        const size_t end = std::min(list.find(',', start), list.size());
-        const size_t first = std::min(list.find_first_not_of(' ', start), end);
-        const size_t last = list.find_last_not_of(' ', end - 1);
-        if (end > first)
-            entries.push_back(list.substr(first, last + 1 - first));
-        start = end + 1;
+    std::istringstream list(variable(name));
+    for (std::string entry; std::getline(list, entry, ',');) {
+        const size_t first = entry.find_first_not_of(' ');
+        if (first != entry.npos)
+            entries.push_back(entry.substr(first, entry.find_last_not_of(' ') + 1 - first));
     }
     return entries;
 }
 
 std::vector<uint32_t> addresses() {
+    constexpr char kName[] = "KXGIGE_ADDRESSES";
     std::vector<uint32_t> chosen;
-    for (const std::string &text : listFrom("KXGIGE_ADDRESSES")) {
-        const auto address = addressFrom(text);
-        if (!address)
-            fprintf(stderr,
-                    "KXGIGE_ADDRESSES: '%s' is no IPv4 address; expected are cameras' addresses, "
-                    "such as 192.168.0.20, separated by commas\n",
-                    text.c_str());
-        else if (std::find(chosen.begin(), chosen.end(), *address) == chosen.end())
+    for (const std::string &text : listFrom(kName)) {
+        if (const auto address = addressFrom(text))
             chosen.push_back(*address);
+        else
+            report(kName, "'" + text +
+                              "' is no IPv4 address; expected are cameras' addresses, such as "
+                              "192.168.0.20, separated by commas");
     }
     if (chosen.size() > kMostAddresses) {
-        fprintf(stderr, "KXGIGE_ADDRESSES: %zu addresses, expected at most %zu; asking the first\n",
-                chosen.size(), kMostAddresses);
+        report(kName, std::to_string(chosen.size()) + " addresses, expected at most " +
+                          std::to_string(kMostAddresses) + "; asking the first");
         chosen.resize(kMostAddresses);
     }
     for (const uint32_t address : chosen)
         if (!hostTowards(address))
-            fprintf(stderr,
-                    "KXGIGE_ADDRESSES: this computer has no way to %s; expected are addresses of "
-                    "its networks, or that a gateway leads to (see `ip -4 route`)\n",
-                    dotted(address).c_str());
+            report(kName, "this computer has no way to " + dotted(address) +
+                              "; expected are addresses of its networks, or that a gateway leads "
+                              "to (see `ip -4 route`)");
     return chosen;
 }
 
@@ -88,10 +95,10 @@ std::vector<Interface> interfaces(const std::vector<std::string> &wanted) {
             return entry.name == name || dotted(entry.address) == name;
         });
         if (match == up.end())
-            fprintf(stderr,
-                    "KXGIGE_INTERFACES: no network interface '%s' is up; expected names or IPv4 "
-                    "addresses of this machine, separated by commas (see `ip -4 address`)\n",
-                    name.c_str());
+            report("KXGIGE_INTERFACES",
+                   "no network interface '" + name +
+                       "' is up; expected names or IPv4 addresses of this machine, separated by "
+                       "commas (see `ip -4 address`)");
         else
             choose(*match);
     }
@@ -102,41 +109,16 @@ bool isAbsolute(const std::string &path) {
     return path.compare(0, 1, "/") == 0;
 }
 
-std::optional<CachePlace> defaultPlace() {
-    constexpr char kOurs[] = "kxinfo-dalsa";
-    constexpr char kDescriptions[] = "descriptions";
-    const std::string cacheHome = variable("XDG_CACHE_HOME");
-    if (isAbsolute(cacheHome))
-        return CachePlace{cacheHome, true, {kOurs, kDescriptions}};
-    const std::string home = variable("HOME");
-    if (isAbsolute(home))
-        return CachePlace{home, false, {".cache", kOurs, kDescriptions}};
-    return std::nullopt;
-}
-
 } // namespace
 
 Search searchFromEnvironment() {
     Search search;
-    if (const auto text = variable("KXGIGE_DISCOVERY_MS"); !text.empty()) {
-        if (const auto window = numberFrom(text, kShortestWindow, kLongestWindow))
-            search.window = std::chrono::milliseconds(*window);
-        else
-            fprintf(stderr,
-                    "KXGIGE_DISCOVERY_MS: '%s' is no whole number of milliseconds from %d to %d; "
-                    "waiting %d ms\n",
-                    text.c_str(), kShortestWindow, kLongestWindow,
-                    static_cast<int>(search.window.count()));
-    }
-    if (const auto text = variable("KXGIGE_EXPECTED_CAMERAS"); !text.empty()) {
-        if (const auto expected = numberFrom(text, 1, kMostExpected))
-            search.expected = *expected;
-        else
-            fprintf(stderr,
-                    "KXGIGE_EXPECTED_CAMERAS: '%s' is no whole number of cameras from 1 to %d; "
-                    "waiting the whole %d ms\n",
-                    text.c_str(), kMostExpected, static_cast<int>(search.window.count()));
-    }
+    const auto time = [&search] { return std::to_string(search.window.count()) + " ms"; };
+    if (const auto window = numberFrom("KXGIGE_DISCOVERY_MS", "milliseconds", kShortestWindow,
+                                       kLongestWindow, "waiting " + time()))
+        search.window = std::chrono::milliseconds(*window);
+    search.expected = numberFrom("KXGIGE_EXPECTED_CAMERAS", "cameras", 1, kMostExpected,
+                                 "waiting the whole " + time());
     search.serial = variable("KXGIGE_SERIAL");
     search.addresses = addresses();
     const auto named = listFrom("KXGIGE_INTERFACES");
@@ -149,18 +131,23 @@ std::optional<CachePlace> cachePlace() {
     std::string wanted = variable("KXGIGE_CACHE");
     if (wanted == "off")
         return std::nullopt;
-    if (!isAbsolute(wanted)) {
-        if (!wanted.empty())
-            fprintf(stderr,
-                    "KXGIGE_CACHE: '%s' is neither 'off' nor an absolute path; descriptions are "
-                    "kept where they are without it\n",
-                    wanted.c_str());
-        return defaultPlace();
+    if (isAbsolute(wanted)) {
+        // Of "/" the last part is empty, which opens nothing.
+        wanted.resize(std::max<size_t>(wanted.find_last_not_of('/') + 1, 1));
+        const size_t last = wanted.rfind('/') + 1;
+        return CachePlace{wanted.substr(0, last), false, {wanted.substr(last)}};
     }
-    // Of "/" the last part is empty, which opens nothing.
-    wanted.resize(std::max<size_t>(wanted.find_last_not_of('/') + 1, 1));
-    const size_t last = wanted.rfind('/') + 1;
-    return CachePlace{wanted.substr(0, last), false, {wanted.substr(last)}};
+    if (!wanted.empty())
+        report("KXGIGE_CACHE", "'" + wanted +
+                                   "' is neither 'off' nor an absolute path; descriptions are kept "
+                                   "where they are without it");
+    const std::string cacheHome = variable("XDG_CACHE_HOME");
+    if (isAbsolute(cacheHome))
+        return CachePlace{cacheHome, true, {"kxinfo-dalsa", "descriptions"}};
+    const std::string home = variable("HOME");
+    if (isAbsolute(home))
+        return CachePlace{home, false, {".cache", "kxinfo-dalsa", "descriptions"}};
+    return std::nullopt;
 }
 
 } // namespace gvcp

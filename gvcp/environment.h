@@ -4,7 +4,7 @@
 
 #include <optional>
 
-#include "gvcp/description_cache.h"
+#include "gvcp/description.h"
 #include "gvcp/discovery.h"
 
 namespace gvcp {

@@ -22,35 +22,23 @@ constexpr size_t kVersion = 0x88;
 constexpr size_t kSerial = 0xd8;
 constexpr size_t kUserName = 0xe8;
 
-struct StatusName {
-    uint16_t status;
-    const char *text;
-};
-
-constexpr StatusName kStatusNames[] = {
-    {0x8001, "it does not know this command"},
-    {0x8002, "a parameter of the command is wrong"},
-    {0x8003, "it has no such register"},
-    {0x8004, "the register cannot be written"},
-    {0x8005, "the register's address is not aligned"},
-    {0x8006, "access denied"},
-    {0x8007, "it is busy"},
-    {0x8008, "a problem of its own"},
-    {0x8009, "the message does not match"},
-    {0x800a, "it does not know this version of the protocol"},
-    {0x800b, "no message"},
-    {0x800c, "the packet is not available"},
-    {0x800d, "its memory overran"},
-    {0x800e, "the command's header is wrong"},
-    {0x800f, "its configuration does not allow that"},
-    {0x8010, "the packet is not available yet"},
-    {0x8011, "the packet and those before it are gone"},
-    {0x8012, "the packet is gone"},
-    {0x8013, "it has no reference time"},
-    {0x8014, "the packet is not available at present"},
-    {0x8015, "an overflow"},
-    {0x8016, "the action is late"},
-    {0x8fff, "an error that it does not name"},
+// Of the statuses from 0x8001 on. Those of images are none that a command is answered with.
+constexpr const char *kStatusTexts[] = {
+    "it does not know this command",
+    "a parameter of the command is wrong",
+    "it has no such register",
+    "the register cannot be written",
+    "the register's address is not aligned",
+    "access denied",
+    "it is busy",
+    "a problem of its own",
+    "the message does not match",
+    "it does not know this version of the protocol",
+    "no message",
+    "the packet is not available",
+    "its memory overran",
+    "the command's header is wrong",
+    "its configuration does not allow that",
 };
 
 // Cameras fill text fields to the last byte, without a terminator.
@@ -121,12 +109,18 @@ std::optional<Identity> parseIdentity(const Answer &answer) {
 }
 
 std::string statusText(uint16_t status) {
-    const auto *name =
-        std::find_if(std::begin(kStatusNames), std::end(kStatusNames),
-                     [status](const StatusName &entry) { return entry.status == status; });
+    const size_t index = static_cast<size_t>(status) - kNotImplemented;
     char number[16];
     snprintf(number, sizeof number, " (0x%04x)", status);
-    return (name == std::end(kStatusNames) ? "an unknown error" : name->text) + std::string(number);
+    return (index < std::size(kStatusTexts) ? kStatusTexts[index] : "an unknown error") +
+           std::string(number);
+}
+
+std::string printable(std::string_view text) {
+    std::string shown(text);
+    std::replace_if(
+        shown.begin(), shown.end(), [](char c) { return c < ' ' || c > '~'; }, '?');
+    return shown;
 }
 
 } // namespace gvcp

@@ -7,8 +7,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
-
-#include "gvcp/memory.h"
+#include <string_view>
 
 namespace gvcp {
 
@@ -19,7 +18,8 @@ constexpr uint16_t kPort = 3956;
 constexpr size_t kHeader = 8;
 constexpr size_t kLargestPayload = 540;
 constexpr size_t kLargestPacket = kHeader + kLargestPayload;
-static_assert(kLargestBlock + 4 == kLargestPayload, "an address stands before a block of memory");
+/** Bytes of memory that one command reads or writes at most, behind their address. */
+constexpr size_t kLargestBlock = kLargestPayload - 4;
 
 /** Commands; a command's answer has the next number. */
 enum Command : uint16_t {
@@ -118,6 +118,9 @@ std::optional<Identity> parseIdentity(const Answer &answer);
 
 /** A status in words, with its number: "it is busy (0x8007)". */
 std::string statusText(uint16_t status);
+
+/** \p text with a '?' for each byte that is not of printable ASCII: it may act on a terminal. */
+std::string printable(std::string_view text);
 
 /** Big-endian numbers in packets. */
 uint16_t get16(const uint8_t *at);

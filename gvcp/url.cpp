@@ -1,21 +1,23 @@
 #include "gvcp/url.h"
 
+#include <strings.h>
+
 #include <algorithm>
 #include <charconv>
 #include <cstdio>
-#include <optional>
+#include <string_view>
+#include <system_error>
 #include <utility>
 
 #include "gvcp/error.h"
-#include "gvcp/memory.h"
-#include "gvcp/printable.h"
+#include "gvcp/packets.h"
 
 namespace gvcp {
 namespace {
 
 constexpr char kExpected[] = "expected Local:NAME;ADDRESS;LENGTH with hexadecimal numbers";
-// What 64 bits hold. All that is to be told of a number with more is that it has more.
-constexpr size_t kMostDigits = 16;
+// The rest of what is shown of a camera's text says nothing more.
+constexpr size_t kLongestQuote = 60;
 
 static_assert(kUrlRegisterSize <= kLargestBlock, "a URL is read by one command");
 
@@ -31,31 +33,21 @@ std::string_view trimmed(std::string_view text) {
     return text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
 }
 
-// Whether \p text begins with \p prefix, which is in small letters; if so, it is taken off.
+std::string quoted(std::string_view text) {
+    return "'" + printable(text.substr(0, kLongestQuote)) +
+           (text.size() > kLongestQuote ? "...'" : "'");
+}
+
+// Whether \p text begins with \p prefix, in any capitals; if so, it is taken off.
 bool take(std::string_view &text, std::string_view prefix) {
-    if (text.size() < prefix.size())
+    if (text.size() < prefix.size() || strncasecmp(text.data(), prefix.data(), prefix.size()) != 0)
         return false;
-    for (size_t i = 0; i < prefix.size(); ++i) {
-        const char c = text[i];
-        if ((c >= 'A' && c <= 'Z' ? c - 'A' + 'a' : c) != prefix[i])
-            return false;
-    }
     text.remove_prefix(prefix.size());
     return true;
 }
 
-// The text up to the next ';', which is taken off with it; nothing when there is none.
-std::optional<std::string_view> takePart(std::string_view &text) {
-    const size_t end = text.find(';');
-    if (end == std::string_view::npos)
-        return std::nullopt;
-    const std::string_view part = text.substr(0, end);
-    text.remove_prefix(end + 1);
-    return part;
-}
-
 std::string hex(uint64_t number) {
-    char text[2 + kMostDigits + 1];
+    char text[sizeof "0x" + 16];
     snprintf(text, sizeof text, "0x%llx", static_cast<unsigned long long>(number));
     return text;
 }
@@ -65,13 +57,13 @@ uint64_t numberFrom(std::string_view text, const std::string &what) {
     take(digits, "0x");
     if (digits.empty())
         refuse("its " + what + " is missing; " + kExpected);
-    if (digits.find_first_not_of("0123456789abcdefABCDEF") != std::string_view::npos)
-        refuse("its " + what + " " + quoted(digits) + " is no hexadecimal number");
-    if (digits.size() > kMostDigits)
-        refuse("its " + what + " has " + std::to_string(digits.size()) +
-               " digits, expected at most " + std::to_string(kMostDigits));
     uint64_t number = 0;
-    std::from_chars(digits.data(), digits.data() + digits.size(), number, 16);
+    const char *end = digits.data() + digits.size();
+    const auto [stop, error] = std::from_chars(digits.data(), end, number, 16);
+    if (stop != end)
+        refuse("its " + what + " " + quoted(digits) + " is no hexadecimal number");
+    if (error != std::errc())
+        refuse("its " + what + " " + quoted(digits) + " has more than 64 bits");
     return number;
 }
 
@@ -95,11 +87,12 @@ LocalUrl parseUrl(std::string text) {
     if (!take(rest, "local:"))
         refuse(quoted(rest) + " is not of a kind that is known; " + kExpected);
 
-    const auto name = takePart(rest);
-    const auto addressText = name ? takePart(rest) : std::nullopt;
-    if (!addressText)
+    const size_t name = rest.find(';');
+    const size_t addressEnd = rest.find(';', name + 1);
+    if (name == rest.npos || addressEnd == rest.npos)
         refuse(quoted(trimmed(text)) + " has fewer than three parts; " + kExpected);
-    const uint64_t address = numberFrom(*addressText, "address");
+    const uint64_t address = numberFrom(rest.substr(name + 1, addressEnd - name - 1), "address");
+    rest.remove_prefix(addressEnd + 1);
     const uint64_t size = numberFrom(rest.substr(0, rest.find('?')), "length");
 
     if (size == 0 || size > kLargestDescription)

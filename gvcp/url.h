@@ -1,15 +1,26 @@
-/** Where a camera keeps its description: the URLs in its bootstrap registers. */
+/** A camera's memory, and where in it lies its description: the URLs in its registers. */
 #ifndef KXINFO_GVCP_URL_H
 #define KXINFO_GVCP_URL_H
 
 #include <cstddef>
 #include <cstdint>
 #include <string>
-#include <string_view>
 
 namespace gvcp {
 
-class Memory;
+/** A camera's memory, as those see it who read from it and need not know how. */
+class Memory {
+public:
+    virtual ~Memory() = default;
+
+    /**
+     * Reads \p size bytes from \p address on; any address and size will do. One command carries at
+     * most kLargestBlock bytes.
+     *
+     * \throw Error
+     */
+    virtual void read(uint32_t address, uint8_t *to, size_t size) = 0;
+};
 
 /** Address of the register that holds the first, and of the one that holds the second URL. */
 constexpr uint32_t kFirstUrl = 0x0200;

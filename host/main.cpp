@@ -3,17 +3,23 @@
 // The plug-in tells its reasons in its log alone. So unless the user sees that, it logs to standard
 // output all the same; the lines are collected in memory, and reasons are taken from them.
 
+#include <dlfcn.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cstdlib>
+#include <exception>
+#include <filesystem>
+#include <map>
 #include <memory>
 #include <new>
 #include <optional>
+#include <system_error>
+#include <type_traits>
 
 #include "cli/host_options.h"
+#include "kx_proc.h"
 #include "parameters.h"
-#include "plugin.h"
 
 namespace kxinfo {
 
@@ -21,11 +27,82 @@ namespace {
 
 constexpr const char *kNoDalsaLine = "no any Dalsa devices found\n";
 
-struct ProbeRun {
-    bool noCamera;
-    std::string log;   ///< what was collected; empty when the user sees it
-    std::string cause; ///< as of Plugin::cause()
+namespace fs = std::filesystem;
+
+// A plug-in, loaded for the life of the process: the camera framework that comes with it may have
+// threads, which must not lose their code.
+struct Plugin {
+    decltype(&Vendor__Proc) entry;
+    const char *(
+        *cause)(); // why no camera was found or opened; null: another platform than the open
 };
+
+std::string ownFile() {
+    const fs::path folder = fs::read_symlink("/proc/self/exe").parent_path();
+    std::string file = folder / "libkxinfo-dalsa.so";
+    if (std::error_code ignored; !fs::exists(file, ignored))
+        throw Error(kWrongUsage, "the plug-in is not where kxinfo looks for it, at " + file +
+                                     ". Install it there, or name its file with --plugin.");
+    return file;
+}
+
+// From here on a run ends by itself and closes its camera when signals ask the process to stop (see
+// cli/process.h); where the platform cannot do that, they end the process as ever.
+Plugin load(const HostOptions &options) {
+    std::string path = options.plugin ? *options.plugin : ownFile();
+    if (path.find('/') == path.npos)
+        path = "./" + path; // otherwise the loader searches its own folders
+    void *library = dlopen(path.c_str(), RTLD_LAZY);
+    if (!library)
+        throw Error(kWrongUsage, "the plug-in cannot be loaded: " + std::string(dlerror()) +
+                                     ". Expected is a plug-in's shared library, built for this "
+                                     "computer, and the libraries that it needs.");
+    // Also looked for in the libraries that the plug-in needs.
+    const auto find = [library](auto &function, const char *name) {
+        function =
+            reinterpret_cast<std::remove_reference_t<decltype(function)>>(dlsym(library, name));
+    };
+    Plugin plugin{};
+    void (*stopWhen)(const volatile std::sig_atomic_t *);
+    find(plugin.entry, "Vendor__Proc");
+    find(plugin.cause, "KxGigeCause");
+    find(stopWhen, "KxGigeStopWhen");
+    if (!plugin.entry)
+        throw Error(kWrongUsage,
+                    "\"" + path +
+                        "\" is a library, but no plug-in: it has no function "
+                        "Vendor__Proc. Name a plug-in's library file with --plugin, or "
+                        "leave --plugin out to use the one that kxinfo comes with.");
+    if (stopWhen)
+        stopWhen(stopOnSignals());
+    return plugin;
+}
+
+// \return whether it has opened a camera, or listed some
+// \throws Error when it fails, and when it was to stop
+bool call(const Plugin &plugin, const char *serial, int logMode, int logLevel) {
+    int code = 0;
+    std::string failure;
+    try {
+        code = plugin.entry(serial, logMode, logLevel);
+    } catch (const std::exception &e) {
+        failure = std::string(" with an exception: ") + e.what();
+    } catch (...) {
+        failure = " with an exception: an exception without a message";
+    }
+    if (stopSignal())
+        throw Error(kFailed, "stopped, as asked for. What a probe has switched on the camera for "
+                             "the moment may have stayed.");
+    if (code < 0)
+        failure = ": it returned " + std::to_string(code);
+    if (!failure.empty())
+        throw Error(kFailed, "the plug-in failed" + failure + ". " + kHintOfLog);
+    if (code > 1)
+        throw Error(kNoCamera, "the plug-in returned " + std::to_string(code) +
+                                   ", expected was 0, 1 or a negative number; taken as: no camera. "
+                                   "Check that --plugin names a plug-in that fits this kxinfo.");
+    return code == 0;
+}
 
 int sinksOf(const HostOptions &options) {
     const bool syslog = options.sink == "syslog" || options.sink == "both";
@@ -33,11 +110,19 @@ int sinksOf(const HostOptions &options) {
 }
 
 int levelOf(const HostOptions &options) {
-    const Words names{"error", "warning", "info", "debug"};
-    const auto name = std::find(names.begin(), names.end(), options.level);
-    return name == names.end() ? KX_LOG_LEVEL_INFO
-                               : KX_LOG_LEVEL_ERROR + static_cast<int>(name - names.begin());
+    static const std::map<std::string, int> kLevels = {{"error", KX_LOG_LEVEL_ERROR},
+                                                       {"warning", KX_LOG_LEVEL_WARNING},
+                                                       {"info", KX_LOG_LEVEL_INFO},
+                                                       {"debug", KX_LOG_LEVEL_DEBUG},
+                                                       {"", KX_LOG_LEVEL_INFO}};
+    return kLevels.at(options.level);
 }
+
+struct ProbeRun {
+    bool done;
+    std::string log;   ///< what was collected; empty when the user sees it
+    std::string cause; ///< why its platform has opened no camera: a clause; empty: it tells none
+};
 
 ProbeRun runProbe(const Plugin &plugin, const HostOptions &options) {
     const MemoryFile log;
@@ -49,9 +134,9 @@ ProbeRun runProbe(const Plugin &plugin, const HostOptions &options) {
     // The level counts for both sinks: the system log must not get more than was asked for.
     const int sinks = sinksOf(options);
     const int level = sinks ? levelOf(options) : KX_LOG_LEVEL_DEBUG;
-    const int code = plugin.run(options.serial->c_str(), sinks | KX_LOG_MODE_STDOUT, level);
+    const bool done = call(plugin, options.serial->c_str(), sinks | KX_LOG_MODE_STDOUT, level);
     elsewhere.reset(); // hands on what is left of the log
-    return {code == 1, log.text(), plugin.cause()};
+    return {done, log.text(), plugin.cause ? plugin.cause() : ""};
 }
 
 // Why the plug-in opened no camera.
@@ -72,9 +157,9 @@ std::string whyNoCamera(const ProbeRun &run, const HostOptions &options) {
                                   : ": " + run.cause + ". Once that is mended, try again.");
     return "no camera was probed: no Dalsa camera answered, none has a serial number that begins "
            "with \"" +
-           serial + "\", or it could not be opened. Run 'kxinfo list' to see the cameras; " +
-           (options.showsLog() ? "the log says the reason at level info."
-                               : "add '--log stdout --level info' for the reason.");
+           serial +
+           "\", or it could not be opened. Run 'kxinfo list' to see the cameras; the log says the "
+           "reason at level info.";
 }
 
 // The error of the camera that, by the log, has ended an activity of the plug-in; empty: none.
@@ -104,11 +189,11 @@ void complete(std::vector<Published> &published, const std::string &log) {
                                [&](const Published &p) { return p.parameter == &parameter; });
         if (it == published.end()) {
             missing.emplace_back(parameter.name);
-            it = published.insert(it, Published{&parameter});
-            it->problem = error.empty() ? "the plug-in did not publish it" : "a" + ended;
+            it = published.insert(it, unpublished(parameter));
+            it->json["problem"] = error.empty() ? "the plug-in did not publish it" : "a" + ended;
         }
         if (parameter.id == KxScParamGamma && !gammaError.empty())
-            it->problem = "gamma could not be read: " + gammaError;
+            it->json["problem"] = "gamma could not be read: " + gammaError;
     }
     if (!missing.empty())
         tell("the plug-in published " + std::to_string(count) + " of " +
@@ -118,16 +203,6 @@ void complete(std::vector<Published> &published, const std::string &log) {
                             : ". A" + ended + "."));
     if (!gammaError.empty())
         tell("KxScParamGamma: gamma could not be read: " + gammaError + ".");
-}
-
-void tellIgnored(const std::set<KxScParamId> &identifiers) {
-    Words ignored;
-    for (const KxScParamId id : identifiers)
-        ignored.push_back(std::to_string(id));
-    if (!ignored.empty())
-        tell("the plug-in published settings that kxinfo does not know, which are left out: "
-             "identifier " +
-             joined(ignored, ", ") + ".");
 }
 
 int probe(const Plugin &plugin, const HostOptions &options) {
@@ -144,7 +219,7 @@ int probe(const Plugin &plugin, const HostOptions &options) {
     }
     const Publication publication = takePublication();
 
-    if (run.noCamera)
+    if (!run.done)
         throw Error(kNoCamera, whyNoCamera(run, options));
     if (publication.outOfMemory)
         throw std::bad_alloc();
@@ -153,7 +228,13 @@ int probe(const Plugin &plugin, const HostOptions &options) {
                              "nothing to show. Check that --plugin names a plug-in that fits this "
                              "kxinfo.");
 
-    tellIgnored(publication.ignored);
+    Words ignored;
+    for (const KxScParamId id : publication.ignored)
+        ignored.push_back(std::to_string(id));
+    if (!ignored.empty())
+        tell("the plug-in published settings that kxinfo does not know, which are left out: "
+             "identifier " +
+             joined(ignored, ", ") + ".");
     std::vector<Published> all = *publication.exported;
     complete(all, run.log);
     if (options.json)
@@ -166,8 +247,8 @@ int probe(const Plugin &plugin, const HostOptions &options) {
 
 // The plug-in's list is made of its log lines of level info.
 int list(const Plugin &plugin, const HostOptions &options) {
-    if (plugin.run(nullptr, sinksOf(options) | KX_LOG_MODE_STDOUT,
-                   std::max<int>(levelOf(options), KX_LOG_LEVEL_INFO)) == 1)
+    if (!call(plugin, nullptr, sinksOf(options) | KX_LOG_MODE_STDOUT,
+              std::max<int>(levelOf(options), KX_LOG_LEVEL_INFO)))
         throw Error(kNoCamera, kNoDalsaCamera);
     return kDone;
 }
@@ -177,7 +258,7 @@ Run declareHost(CLI::App &command) {
     addHostOptions(command, *options, "SERIAL");
     return [options] {
         options->check();
-        const Plugin plugin(options->plugin);
+        const Plugin plugin = load(*options);
         return options->serial ? probe(plugin, *options) : list(plugin, *options);
     };
 }

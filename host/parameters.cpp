@@ -6,33 +6,31 @@
 #include "parameters.h"
 
 #include <algorithm>
-#include <cstring>
 #include <string_view>
 #include <utility>
 
+#include "cli/host_options.h"
+#include "cli/text.h"
 #include "kx_api.h"
 
 namespace kxinfo {
 
-using T = ValueType;
 const std::vector<Parameter> kParameters = {
-    {KxScParamOffsetX, "KxScParamOffsetX", "Horizontal offset", T::Integer, "px"},
-    {KxScParamOffsetY, "KxScParamOffsetY", "Vertical offset", T::Integer, "px"},
-    {KxScParamWidth, "KxScParamWidth", "Width", T::Integer, "px"},
-    {KxScParamHeight, "KxScParamHeight", "Height", T::Integer, "px"},
-    {KxScParamFps, "KxScParamFps", "Frame rate", T::Float, "1/s"},
-    {KxScParamRotate, "KxScParamRotate", "Rotation", T::Integer},
-    {KxScParamGain, "KxScParamGain", "Gain", T::Float, "dB"},
-    {KxScParamExposure, "KxScParamExposure", "Exposure time", T::Float, "us"},
-    {KxScParamGamma, "KxScParamGamma", "Gamma", T::Float},
-    {KxScParamAutoBrightTarget, "KxScParamAutoBrightTarget", "Auto brightness target", T::Float},
-    {KxScParamAutoGainLower, "KxScParamAutoGainLower", "Auto gain, lower limit", T::Float, "dB"},
-    {KxScParamAutoGainUpper, "KxScParamAutoGainUpper", "Auto gain, upper limit", T::Float, "dB"},
-    {KxScParamAutoExpoLower, "KxScParamAutoExpoLower", "Auto exposure, lower limit", T::Float,
-     "us"},
-    {KxScParamAutoExpoUpper, "KxScParamAutoExpoUpper", "Auto exposure, upper limit", T::Float,
-     "us"},
-    {KxScParamOutLines, "KxScParamOutLines", "Output line", T::Text},
+    {KxScParamOffsetX, "KxScParamOffsetX", "Horizontal offset", kInteger, "px"},
+    {KxScParamOffsetY, "KxScParamOffsetY", "Vertical offset", kInteger, "px"},
+    {KxScParamWidth, "KxScParamWidth", "Width", kInteger, "px"},
+    {KxScParamHeight, "KxScParamHeight", "Height", kInteger, "px"},
+    {KxScParamFps, "KxScParamFps", "Frame rate", kFloat, "1/s"},
+    {KxScParamRotate, "KxScParamRotate", "Rotation", kInteger},
+    {KxScParamGain, "KxScParamGain", "Gain", kFloat, "dB"},
+    {KxScParamExposure, "KxScParamExposure", "Exposure time", kFloat, "us"},
+    {KxScParamGamma, "KxScParamGamma", "Gamma", kFloat},
+    {KxScParamAutoBrightTarget, "KxScParamAutoBrightTarget", "Auto brightness target", kFloat},
+    {KxScParamAutoGainLower, "KxScParamAutoGainLower", "Auto gain, lower limit", kFloat, "dB"},
+    {KxScParamAutoGainUpper, "KxScParamAutoGainUpper", "Auto gain, upper limit", kFloat, "dB"},
+    {KxScParamAutoExpoLower, "KxScParamAutoExpoLower", "Auto exposure, lower limit", kFloat, "us"},
+    {KxScParamAutoExpoUpper, "KxScParamAutoExpoUpper", "Auto exposure, upper limit", kFloat, "us"},
+    {KxScParamOutLines, "KxScParamOutLines", "Output line", kText},
 };
 
 namespace {
@@ -47,20 +45,13 @@ Service &service() {
     return instance;
 }
 
-template <class Number>
-Number copied(const void *from) {
-    Number number;
-    std::memcpy(&number, from, sizeof number);
-    return number;
-}
-
 Json valueAt(const void *from, ValueType type) {
     if (!from)
         return nullptr;
-    if (type == ValueType::Float)
-        return jsonNumber(copied<float>(from));
-    if (type == ValueType::Integer)
-        return copied<int32_t>(from);
+    if (type == kFloat)
+        return jsonNumber(*static_cast<const float *>(from));
+    if (type == kInteger)
+        return *static_cast<const int32_t *>(from);
     return static_cast<const char *>(from);
 }
 
@@ -86,13 +77,14 @@ void publish(KxScParamId id, uint32_t index, const void *cur, const void *min, c
         return;
     }
     const ValueType type = known->type;
-    Published published{&*known, valueAt(cur, type)};
-    if (type != ValueType::Text) {
-        published.minimum = valueAt(min, type);
-        published.maximum = valueAt(max, type);
-        published.increment = valueAt(inc, type);
+    Published published = unpublished(*known);
+    published.json["current"] = valueAt(cur, type);
+    if (type != kText) {
+        published.json["minimum"] = valueAt(min, type);
+        published.json["maximum"] = valueAt(max, type);
+        published.json["increment"] = valueAt(inc, type);
     } else if (min) {
-        published.choices = quotedNames(static_cast<const char *>(min));
+        published.json["choices"] = quotedNames(static_cast<const char *>(min));
     }
     const auto earlier = std::find_if(waiting.begin(), waiting.end(), [&](const Published &p) {
         return p.parameter == published.parameter;
@@ -103,10 +95,55 @@ void publish(KxScParamId id, uint32_t index, const void *cur, const void *min, c
         *earlier = std::move(published);
 }
 
+// For people, who read numbers with fewer digits.
+std::string textOf(const Json &value) {
+    if (value.is_number_float())
+        return numberText(value.get<float>()); // all that it has been published with
+    if (value.is_string())
+        return cleaned(value.get<std::string>());
+    return value.is_null() ? kNone : value.dump();
+}
+
 } // namespace
+
+Published unpublished(const Parameter &parameter) {
+    Json json = {{"id", parameter.id},     {"name", parameter.name},
+                 {"type", parameter.type}, {"unit", parameter.unit ? Json(parameter.unit) : Json()},
+                 {"current", nullptr},     {"minimum", nullptr},
+                 {"maximum", nullptr},     {"increment", nullptr}};
+    if (parameter.type == kText)
+        json["choices"] = Json::array();
+    return {&parameter, std::move(json)};
+}
 
 Publication takePublication() {
     return std::exchange(service(), Service{}).result;
+}
+
+std::string asTable(const std::string &serial, const std::vector<Published> &published) {
+    const std::string heading =
+        serial.empty() ? "First camera found\n\n" : kProbeHeading + ('"' + serial + "\"\n\n");
+    if (published.empty())
+        return heading + "No settings were published.\n";
+
+    std::vector<Row> rows{{{"Setting", "Current", "Minimum", "Maximum", "Step", "Unit"}}};
+    for (const auto &[parameter, json] : published) {
+        Words cells{parameter->title, textOf(json["current"])};
+        if (parameter->type == kText)
+            cells.push_back(cleaned(choicesText(json["choices"])));
+        else
+            for (const char *member : {"minimum", "maximum", "increment", "unit"})
+                cells.push_back(textOf(json[member]));
+        rows.push_back({cells});
+    }
+    return heading + tableText(rows);
+}
+
+std::string asJson(const std::string &serial, const std::vector<Published> &published) {
+    Json parameters = Json::array();
+    for (const Published &each : published)
+        parameters.push_back(each.json);
+    return jsonText({{"version", 1}, {"serial", serial}, {"parameters", parameters}});
 }
 
 } // namespace kxinfo

@@ -9,20 +9,19 @@
 #include <optional>
 #include <set>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "cli/json.h"
-#include "cli/text.h"
 #include "kx_sc.h"
 
 namespace kxinfo {
 
-/** What the pointers of a parameter's publication point to. */
-enum class ValueType {
-    Float,   ///< float
-    Integer, ///< int32_t
-    Text     ///< NUL-terminated text; the minimum is the list of choices
-};
+/** What the pointers of a parameter's publication point to, in the words of the document. */
+using ValueType = std::string_view;
+constexpr ValueType kFloat = "float";     ///< float
+constexpr ValueType kInteger = "integer"; ///< int32_t
+constexpr ValueType kText = "text";       ///< NUL-terminated text; the minimum: a list of choices
 
 struct Parameter {
     KxScParamId id;
@@ -35,13 +34,14 @@ struct Parameter {
 /** All of them, in the order in which the plug-in publishes them. */
 extern const std::vector<Parameter> kParameters;
 
-/** A parameter with the values published for it; null where it has none. */
+/** A parameter with the values published for it. */
 struct Published {
     const Parameter *parameter;
-    Json current = {}, minimum = {}, maximum = {}, increment = {};
-    Words choices = {};       ///< of a text: what may be chosen
-    std::string problem = {}; ///< why the values are not the camera's; empty: they are
+    Json json; ///< as in the document, see docs/json.md
 };
+
+/** One without values. */
+Published unpublished(const Parameter &parameter);
 
 /** What one run of the plug-in gave the parameter service. */
 struct Publication {

@@ -86,12 +86,11 @@ TEST_F(Diff, EndsWithAStatusThatSaysNothingOfDifferencesWhenItCannotCompare) {
     EXPECT_THAT(none.err, HasSubstr("no Dalsa camera answered"));
     EXPECT_EQ((Result{2, "", "kxinfo: \"./none\" cannot be read: No such file or directory.\n"}),
               kxinfo({"diff", mine, "./none"}));
-    EXPECT_EQ(
-        (Result{
-            2, "",
-            "kxinfo: 'kxinfo diff' needs another CAMERA|FILE. Run 'kxinfo diff --help' for what is "
-            "expected.\n"}),
-        kxinfo({"diff", mine}));
+    EXPECT_EQ((Result{2, "",
+                      "kxinfo: CAMERA|FILE: At least 2 required but received 1. Run 'kxinfo diff "
+                      "--help' for what is "
+                      "expected.\n"}),
+              kxinfo({"diff", mine}));
     const Result silent = whenSilentHalfway({"diff", mine, "S1234"});
     EXPECT_EQ(3, silent.status);
 }

@@ -28,8 +28,7 @@ protected:
                           "T5@127.0.0.4", "--vendor", "Other", "--camera", "X1@127.0.0.5", "--set",
                           "S10:DeviceUserID=ten", "--set", "S1:DeviceUserID=one", "--set",
                           "T5:DeviceUserID=S10", "--set", "X1:DeviceUserID=T"}};
-    const std::string advice =
-        ". Name one of them by its serial number, user name, address or MAC address.";
+    const std::string advice = ". Name one of them, for example by its address.";
     const std::string all = " These answered: S10 (Dalsa C1936, 127.0.0.2), S1 (Dalsa C1936, "
                             "127.0.0.3), T5 (Dalsa C1936, 127.0.0.4) and X1 (Other C1936, "
                             "127.0.0.5).";
@@ -64,10 +63,8 @@ TEST_F(FindAmongFour, SaysWhichAreThereWhenNoneOrSeveralFit) {
                                 "C1936, 127.0.0.3) and T5 (Dalsa C1936, 127.0.0.4)" +
                                 advice;
     EXPECT_EQ(none(several), foundBy(""));
-    EXPECT_EQ(none("no camera fits \"S100\"." + all + " Did you mean S10 or S1?"), foundBy("S100"));
-    EXPECT_EQ(none("no camera fits \"X\"." + all +
-                   " A camera of another maker needs its whole serial number."),
-              foundBy("X"));
+    EXPECT_EQ(none("no camera fits \"S100\"." + all), foundBy("S100"));
+    EXPECT_EQ(none("no camera fits \"X\"." + all), foundBy("X"));
     setenv("KXINFO_CAMERA", "nothing-like-it", 1);
     EXPECT_EQ(none("no camera fits \"nothing-like-it\" (KXINFO_CAMERA)." + all), foundBy(""));
     unsetenv("KXINFO_CAMERA");
@@ -129,7 +126,7 @@ TEST_F(Find, SaysThatNoDalsaCameraAnswers) {
     EXPECT_EQ(others, foundBy(""));
     EXPECT_EQ(others, kxinfo({"save", "--all", "."}).err);
     EXPECT_EQ(others, kxinfo({"probe", "--all"}).err);
-    EXPECT_EQ(others + nobody, kxinfo({"probe", "X9"}).err);
+    EXPECT_EQ(nobody, kxinfo({"probe", "X9"}).err);
 }
 
 TEST_F(Find, TakesADalsaCameraRatherThanOneOfAnotherMakerWithThatSerialNumber) {
@@ -147,7 +144,7 @@ TEST_F(Find, TakesNeitherOfTwoCamerasWithOneSerialNumber) {
         EXPECT_THAT(foundBy(name),
                     testing::MatchesRegex(".*: S1 \\(Dalsa C1936, 127\\.0\\.0\\.[23]\\) and S1 "
                                           "\\(Dalsa C1936, 127\\.0\\.0\\.[32]\\)\\. Name one of "
-                                          "them by its address or MAC address\\.\n"));
+                                          "them, for example by its address\\.\n"));
     EXPECT_EQ("first\n", foundBy("127.0.0.2"));
     EXPECT_EQ("first\n", foundBy("02:00:7f:00:00:02"));
 }

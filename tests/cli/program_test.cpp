@@ -95,11 +95,11 @@ TEST(CommandLine, SaysWhatIsWrongAndWhatWasProbablyMeant) {
         Words line;
         std::string why;
     } cases[] = {
-        {{}, "a command is missing; expected is paint." + before},
+        {{}, "a command is missing." + before},
         {{"piant"}, "unknown command \"piant\". Did you mean paint?" + before},
         {{"help", "piant"}, "unknown command \"piant\". Did you mean paint?" + before},
         {{"piant", "--help"}, "unknown command \"piant\". Did you mean paint?" + before},
-        {{"dig"}, "unknown command \"dig\"; expected is paint." + before},
+        {{"dig"}, "unknown command \"dig\"." + before},
         {{"--versoin"}, "unknown option \"--versoin\". Did you mean --version?" + before},
         {{"paint"}, "'painter paint' needs WALL." + behind},
         {{"paint", "north", "--color=red"},

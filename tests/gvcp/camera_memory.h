@@ -8,7 +8,7 @@
 #include <string>
 
 #include "gvcp/error.h"
-#include "gvcp/memory.h"
+#include "gvcp/packets.h"
 #include "gvcp/url.h"
 
 class CameraMemory : public gvcp::Memory {

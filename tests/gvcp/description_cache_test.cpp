@@ -13,7 +13,6 @@
 
 #include "camera_memory.h"
 #include "gvcp/description.h"
-#include "gvcp/description_cache.h"
 #include "gvcp/environment.h"
 #include "zip_file.h"
 
@@ -331,12 +330,12 @@ TEST_F(DescriptionCache, DeletesOnlyItsOwnFiles) {
                                               "0123456789abcdef.description.bak",
                                               "0123456789ABCDEF.description",
                                               "0123456789abcde.description",
-                                              "0123456789abcdef.new",
+                                              "0123456789abcdef.0123456789abcdef.new",
                                               "letter.txt"};
     for (const std::string &name : foreign)
         write(folder / name, "mine");
     write(folder / "0123456789abcdef.description", "");
-    write(folder / "0123456789abcdef.0123456789abcdef.new", "");
+    write(folder / "0123456789abcdef.new", "");
     fs::create_directory(folder / "1123456789abcdef.description");
 
     camera.describe(archiveOfText(2000));

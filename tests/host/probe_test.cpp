@@ -343,7 +343,7 @@ TEST(Probe, SaysWhyItShowsNothing) {
          "S2",
          {"--log", "syslog", "--level", "warning"},
          1,
-         unsure + "add '--log stdout --level info' for the reason."},
+         unsure + "the log says the reason at level info."},
         {"returns_seven",
          "S1",
          {},

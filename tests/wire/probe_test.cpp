@@ -122,7 +122,7 @@ TEST_F(Probe, SaysWhatTheCameraLacks) {
     const std::string several =
         "kxinfo: several cameras fit \"S12\": S1234 (Dalsa C1936, 127.0.0.2) and S1235 (Dalsa "
         "C1936, "
-        "127.0.0.3). Name one of them by its serial number, user name, address or MAC address. The "
+        "127.0.0.3). Name one of them, for example by its address. The "
         "first by address is probed.\n";
     for (const std::string name : {"S1234", "S12", ""})
         EXPECT_EQ((Result{0, kxinfoHost({name}).out, (name == "S12" ? several : "") + lines}),

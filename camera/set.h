@@ -1,6 +1,6 @@
 /** Setting several features: all, or none. */
-#ifndef KXINFO_CAMERA_ASSIGN_H
-#define KXINFO_CAMERA_ASSIGN_H
+#ifndef KXINFO_CAMERA_SET_H
+#define KXINFO_CAMERA_SET_H
 
 #include <string>
 #include <vector>
