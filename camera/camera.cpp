@@ -28,24 +28,6 @@ const char *const kStopped = "stopped, as asked for.";
 // Categories one within the other; cameras have three.
 constexpr size_t kDeepestCategory = 32;
 
-// Adds a feature, or all in a category; what is in several categories counts in the first.
-void addLeaves(const Camera &camera, const std::string &name, const Words &categories,
-               std::set<std::string> &seen, std::vector<Leaf> &leaves) {
-    if (!seen.insert(name).second)
-        return;
-    const Node node = camera.node(name);
-    if (!node.isCategory())
-        return leaves.push_back({categories, name});
-    if (categories.size() == kDeepestCategory)
-        throw Error(kFailed, "the camera's description has more than " +
-                                 std::to_string(kDeepestCategory) +
-                                 " categories one within the other.");
-    Words inside = categories;
-    inside.push_back(name);
-    for (const std::string &feature : node.features())
-        addLeaves(camera, feature, inside, seen, leaves);
-}
-
 GEV_CAMERA_INFO recordOf(const gvcp::Found &found) {
     const gvcp::Identity &identity = found.identity;
     GEV_CAMERA_INFO info{};
@@ -77,29 +59,13 @@ GEV_STATUS open(GEV_CAMERA_INFO &record, Purpose purpose, GEV_CAMERA_HANDLE &han
 
 #ifdef KXINFO_OPEN_PLATFORM
 
-const char *remedyFor(GEV_STATUS status) {
-    switch (status) {
-    case GEVLIB_ERROR_ACCESS_DENIED:
-        return "End that program, or wait some seconds if it crashed, and try again.";
-    case GEVLIB_ERROR_TIME_OUT:
-        return "Check its power and cable, and that no firewall keeps its answers away; then try "
-               "again.";
-    case GEVLIB_ERROR_NO_CAMERA:
-        return "Check that it is switched on and has started, and that a network interface here "
-               "has an address of its network; then try again.";
-    case GEVLIB_ERROR_NO_DESCRIPTION:
-        return "Try again, since a packet may have been lost; if it stays so, the camera needs "
-               "other firmware.";
-    default:
-        return "Run 'kxinfo list' to see whether the camera still answers, and try again.";
-    }
-}
-
 std::string whyNotOpened(GEV_STATUS status) {
     const std::string cause = KxGigeCause ? KxGigeCause() : "";
     return " cannot be opened: " +
            (cause.empty() ? "the camera platform answers " + std::to_string(status) : cause) +
-           ". " + remedyFor(status);
+           (status == GEVLIB_ERROR_ACCESS_DENIED
+                ? ". End that program, or wait some seconds if it crashed, and try again."
+                : ". 'kxinfo doctor' tells what helps.");
 }
 
 #else
@@ -125,21 +91,16 @@ Words namesOf(const FeatureList_t &features) {
 
 Node::Node(const CNodeMapRef &nodeMap, const std::string &name)
     : name_(name), base_(nodeMap._GetNode(name.c_str())) {
-    value_ = dynamic_cast<IValue *>(base_);
-    if ((category_ = dynamic_cast<ICategory *>(base_)))
+    if (isCategory() || !as<IValue>())
         return;
-    if ((float_ = dynamic_cast<IFloat *>(base_)))
-        kind_ = Kind::Float;
-    else if ((integer_ = dynamic_cast<IInteger *>(base_)))
-        kind_ = Kind::Integer;
-    else if ((boolean_ = dynamic_cast<IBoolean *>(base_)))
-        kind_ = Kind::Boolean;
-    else if ((enumeration_ = dynamic_cast<IEnumeration *>(base_)))
-        kind_ = Kind::Enumeration;
-    else if (value_)
-        kind_ = base_->GetPrincipalInterfaceType() == intfICommand    ? Kind::Command
-                : base_->GetPrincipalInterfaceType() == intfIRegister ? Kind::Register
-                                                                      : Kind::Text;
+    const EInterfaceType type = base_->GetPrincipalInterfaceType();
+    kind_ = as<IFloat>()            ? Kind::Float
+            : as<IInteger>()        ? Kind::Integer
+            : as<IBoolean>()        ? Kind::Boolean
+            : as<IEnumeration>()    ? Kind::Enumeration
+            : type == intfICommand  ? Kind::Command
+            : type == intfIRegister ? Kind::Register
+                                    : Kind::Text;
 }
 
 const char *Node::visibility() const {
@@ -153,21 +114,21 @@ std::string Node::toolTip() const {
 }
 
 std::string Node::unit() const {
-    return integer_ ? cleaned(integer_->GetUnit().c_str())
-           : float_ ? cleaned(float_->GetUnit().c_str())
-                    : "";
+    return kind_ == Kind::Integer ? cleaned(as<IInteger>()->GetUnit().c_str())
+           : kind_ == Kind::Float ? cleaned(as<IFloat>()->GetUnit().c_str())
+                                  : "";
 }
 
 Words Node::features() const {
     FeatureList_t features;
-    if (category_)
-        category_->GetFeatures(features);
+    if (isCategory())
+        as<ICategory>()->GetFeatures(features);
     return namesOf(features);
 }
 
 Words Node::selected() const {
     FeatureList_t features;
-    if (const auto *selector = dynamic_cast<ISelector *>(base_))
+    if (const auto *selector = as<ISelector>())
         selector->GetSelectedFeatures(features);
     return namesOf(features);
 }
@@ -178,50 +139,49 @@ EAccessMode Node::access() const {
 
 Value Node::read(Cache cache) const {
     const bool ignored = cache == Cache::Ignored;
-    if (float_)
-        return float_->GetValue(false, ignored);
-    if (integer_)
-        return integer_->GetValue(false, ignored);
-    if (boolean_)
-        return boolean_->GetValue(false, ignored);
-    const std::string text = value_->ToString(false, ignored).c_str();
+    if (kind_ == Kind::Float)
+        return as<IFloat>()->GetValue(false, ignored);
+    if (kind_ == Kind::Integer)
+        return as<IInteger>()->GetValue(false, ignored);
+    if (kind_ == Kind::Boolean)
+        return as<IBoolean>()->GetValue(false, ignored);
+    const std::string text = as<IValue>()->ToString(false, ignored).c_str();
     return kind_ == Kind::Enumeration ? cleaned(text) : text; // a text may have to be put back
 }
 
 void Node::write(const Value &value) const {
+    const auto *number = std::get_if<double>(&value);
+    const auto *whole = std::get_if<int64_t>(&value);
+    const auto *on = std::get_if<bool>(&value);
     const auto *text = std::get_if<std::string>(&value);
-    if (const auto *number = std::get_if<double>(&value); number && float_)
-        float_->SetValue(*number, true);
-    else if (const auto *whole = std::get_if<int64_t>(&value); whole && integer_)
-        integer_->SetValue(*whole, true);
-    else if (const auto *on = std::get_if<bool>(&value); on && boolean_)
-        boolean_->SetValue(*on, true);
-    else if (text && value_ && !float_ && !integer_ && !boolean_)
-        value_->FromString(text->c_str(), true);
+    if (number && kind_ == Kind::Float)
+        as<IFloat>()->SetValue(*number, true);
+    else if (whole && kind_ == Kind::Integer)
+        as<IInteger>()->SetValue(*whole, true);
+    else if (on && kind_ == Kind::Boolean)
+        as<IBoolean>()->SetValue(*on, true);
+    else if (text && kind_ >= Kind::Enumeration)
+        as<IValue>()->FromString(text->c_str(), true);
     else
         throw Error(kFailed, "the camera has \"" + name_ + "\" as another kind of value.");
 }
 
 Limits Node::limits() const {
-    if (integer_) {
-        const int64_t inc = integer_->GetInc();
-        return {integer_->GetMin(), integer_->GetMax(), inc};
-    }
-    if (!float_)
+    if (auto *integer = as<IInteger>(); kind_ == Kind::Integer)
+        return {integer->GetMin(), integer->GetMax(), integer->GetInc()};
+    if (kind_ != Kind::Float)
         return {};
-    Limits limits{float_->GetMin(), float_->GetMax(), {}};
+    auto *number = as<IFloat>();
     // On the camera maker's framework the increment of a float that has none is an error.
-    if (float_->HasInc())
-        limits.inc = float_->GetInc();
-    return limits;
+    return {number->GetMin(), number->GetMax(),
+            number->HasInc() ? Value(number->GetInc()) : Value()};
 }
 
 Words Node::entries() const {
-    Words entries;
-    if (!enumeration_)
-        return entries;
     StringList_t symbolics;
-    enumeration_->GetSymbolics(symbolics);
+    if (auto *enumeration = as<IEnumeration>())
+        enumeration->GetSymbolics(symbolics);
+    Words entries;
     for (const auto &symbolic : symbolics)
         entries.push_back(cleaned(symbolic.c_str()));
     return entries;
@@ -230,10 +190,10 @@ Words Node::entries() const {
 Value Node::choice(const std::string &entry) const {
     int64_t number = 0;
     const char *const end = entry.data() + entry.size();
-    if (integer_ && std::from_chars(entry.data(), end, number).ptr == end)
+    if (kind_ == Kind::Integer && std::from_chars(entry.data(), end, number).ptr == end)
         return number;
-    return integer_ || enumeration_ ? entry
-                                    : Value(); // a text is no integer: writing it is refused
+    // A text is no integer: writing it is refused.
+    return kind_ == Kind::Integer || kind_ == Kind::Enumeration ? entry : Value();
 }
 
 CameraName nameOf(const gvcp::Identity &identity) {
@@ -263,7 +223,23 @@ Camera::~Camera() {
 std::vector<Leaf> Camera::leaves(const std::string &name) const {
     std::vector<Leaf> leaves;
     std::set<std::string> seen;
-    addLeaves(*this, name, {}, seen, leaves);
+    Words categories;
+    const std::function<void(const std::string &)> add = [&](const std::string &each) {
+        if (!seen.insert(each).second)
+            return;
+        const Node here = node(each);
+        if (!here.isCategory())
+            return leaves.push_back({categories, each});
+        if (categories.size() == kDeepestCategory)
+            throw Error(kFailed, "the camera's description has more than " +
+                                     std::to_string(kDeepestCategory) +
+                                     " categories one within the other.");
+        categories.push_back(each);
+        for (const std::string &feature : here.features())
+            add(feature);
+        categories.pop_back();
+    };
+    add(name);
     return leaves;
 }
 

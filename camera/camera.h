@@ -43,7 +43,7 @@ public:
     Node(const GenApi_3_0::CNodeMapRef &nodeMap, const std::string &name);
 
     Kind kind() const { return kind_; } ///< Missing also when it is something without a value
-    bool isCategory() const { return category_ != nullptr; }
+    bool isCategory() const { return as<GenApi_3_0::ICategory>(); }
 
     /** "beginner", "expert", "guru" or "invisible": whom the description means it for. */
     const char *visibility() const;
@@ -70,17 +70,18 @@ public:
     Value choice(const std::string &entry) const;
 
     /** Null unless it is an integer: to be read and written many times. */
-    GenApi_3_0::IInteger *integer() const { return integer_; }
+    GenApi_3_0::IInteger *integer() const {
+        return kind_ == Kind::Integer ? as<GenApi_3_0::IInteger>() : nullptr;
+    }
 
 private:
+    template <class Interface>
+    Interface *as() const {
+        return dynamic_cast<Interface *>(base_);
+    }
+
     std::string name_;
     GenApi_3_0::INode *base_;
-    GenApi_3_0::IValue *value_ = nullptr;
-    GenApi_3_0::IInteger *integer_ = nullptr;
-    GenApi_3_0::IFloat *float_ = nullptr;
-    GenApi_3_0::IBoolean *boolean_ = nullptr;
-    GenApi_3_0::IEnumeration *enumeration_ = nullptr;
-    GenApi_3_0::ICategory *category_ = nullptr;
     Kind kind_ = Kind::Missing;
 };
 

@@ -8,34 +8,14 @@
 
 namespace kxinfo {
 
-namespace {
-
-enum Status { kSame, kDifferent };
-
-// Returns the status of a camera that failed. A file that it is compared with is understood by it.
-int readCamera(const std::string &name, bool switching, SavedCamera &saved, SavedCamera &other) {
-    return onCamera(name, switching ? Purpose::Change : Purpose::Look,
-                    [&](Camera &camera, Switches &switches) {
-                        saved = readSaved(camera, switching ? &switches : nullptr, true);
-                        if (other.lines.empty())
-                            return kDone;
-                        readLines(camera, switches, switching, saved);
-                        for (SavedCamera *each : {&saved, &other})
-                            placeLines(*each, &camera);
-                        return kDone;
-                    });
-}
-
-} // namespace
-
 Run declareDiff(CLI::App &command) {
     struct Request {
-        Words sides;
+        Words names;
         bool switching = false;
     };
     const auto request = std::make_shared<Request>();
     command
-        .add_option("CAMERA|FILE", request->sides,
+        .add_option("CAMERA|FILE", request->names,
                     "Two cameras or files of settings; - is standard input")
         ->type_name("")
         ->expected(2)
@@ -48,29 +28,34 @@ Run declareDiff(CLI::App &command) {
 Example:
   kxinfo diff S1234567 camera.json)");
     return [request]() -> int {
-        SavedCamera a, b;
+        std::vector<SavedCamera> sides(2);
         try {
-            SavedCamera *const both[] = {&a, &b};
             for (const bool files : {true, false})
-                for (const size_t i : {0, 1}) {
-                    const std::string &name = request->sides[i];
+                for (size_t i = 0; i < sides.size(); ++i) {
+                    const std::string &name = request->names[i];
                     if (isFile(name) != files)
                         continue;
-                    const int status =
-                        files ? (*both[i] = readSettings(name), kDone)
-                              : readCamera(name, request->switching, *both[i], *both[1 - i]);
-                    if (status != kDone)
+                    const auto read = [&](Camera &camera, Switches &switches) {
+                        sides[i] =
+                            readSaved(camera, request->switching ? &switches : nullptr, true);
+                        return kDone;
+                    };
+                    const Purpose purpose = request->switching ? Purpose::Change : Purpose::Look;
+                    if (files)
+                        sides[i] = readSettings(name);
+                    else if (const int status = onCamera(name, purpose, read))
                         return status;
                 }
         } catch (const Error &error) {
             throw Error(error.status() == kNoCamera ? kWrongUsage : error.status(), error.what());
         }
+        SavedCamera &a = sides[0], &b = sides[1];
         const std::string lines = differences(a, b);
         writeOut(lines);
         a.unread.insert(a.unread.end(), b.unread.begin(), b.unread.end());
         tellUnread(a, "not compared, since ",
                    request->switching ? "" : "it cannot be read without --switch");
-        return lines.empty() ? kSame : kDifferent;
+        return lines.empty() ? 0 : 1;
     };
 }
 

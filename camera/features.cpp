@@ -118,6 +118,15 @@ std::vector<const Feature *> featuresMeant(const std::string &name) {
     return meant;
 }
 
+std::vector<const Feature *> featuresMeant(const Words &names) {
+    std::vector<const Feature *> features;
+    for (const std::string &name : names)
+        for (const Feature *feature : featuresMeant(name))
+            if (std::find(features.begin(), features.end(), feature) == features.end())
+                features.push_back(feature);
+    return features;
+}
+
 const Feature &ownFeature(const std::string &name, const std::vector<Need> &needs) {
     static std::map<std::string, Feature> features;
     std::string selectors, entries;

@@ -62,6 +62,9 @@ const Feature &featureNamed(const std::string &name);
  */
 std::vector<const Feature *> featuresMeant(const std::string &name);
 
+/** The same of several names, each feature once. */
+std::vector<const Feature *> featuresMeant(const Words &names);
+
 /**
  * A feature as a camera's description has it, whatever the table says. Lives as long as the process.
  *

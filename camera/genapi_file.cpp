@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <cctype>
-#include <climits>
 #include <cmath>
 #include <set>
 #include <sstream>
@@ -22,6 +21,8 @@ namespace {
 constexpr size_t kMostLines = 32768;
 constexpr size_t kLongestLine = 4096;
 constexpr size_t kMostSelectors = 8;
+constexpr const char *kForm =
+    "NAME, a tab and the value, with {SELECTOR=ENTRY} in front of NAME or behind it, at most 8";
 
 constexpr std::string_view kMark = "\xEF\xBB\xBF"; // of the byte order
 constexpr std::string_view kDevice = "# Device = ";
@@ -70,24 +71,21 @@ std::string textOf(const Value &value) {
                                                               : std::get<int64_t>(value));
 }
 
-// The camera's own value. Other programs round numbers.
+// The camera's own value. Other programs round numbers, so it is none to the last bit.
 SavedValue valueFrom(const Feature &feature, const std::string &text) {
     SavedValue saved{&feature, text, false, text};
-    const Json value = Json::parse(text == "true"    ? "1"
-                                   : text == "false" ? "0"
-                                                     : text,
-                                   nullptr, false);
-    if (feature.kind == Kind::Boolean && (value == 0 || value == 1)) {
-        saved.value = value == 1;
-    } else if (value.is_number_integer() && feature.kind != Kind::Float &&
-               std::fabs(value.get<double>()) < 0x1p63) {
+    const Json value = Json::parse(text, nullptr, false);
+    if (feature.kind == Kind::Boolean && (text == "true" || text == "1"))
+        saved.value = true;
+    else if (feature.kind == Kind::Boolean && (text == "false" || text == "0"))
+        saved.value = false;
+    else if (value.is_number_integer() && feature.kind != Kind::Float &&
+             std::fabs(value.get<double>()) < 0x1p63)
         saved.value = value.get<int64_t>();
-    } else if (value.is_number()) {
-        const double number = value;
-        saved.value = number;
-        saved.isExact = static_cast<double>(static_cast<float>(number)) == number;
-        saved.typed += feature.unit == Unit::Decibels ? " x" : "";
-    }
+    else if (value.is_number())
+        saved.value = value.get<double>();
+    if (value.is_number() && feature.unit == Unit::Decibels)
+        saved.typed += " x";
     return saved;
 }
 
@@ -109,39 +107,19 @@ std::optional<SavedCamera> genApiFrom(const std::string &file) {
     std::istringstream lines(file.substr(file.rfind(kMark, 0) == 0 ? kMark.size() : 0));
     size_t number = 0;
     for (std::string line; std::getline(lines, line);) {
-        size_t at = 0;
         ++number;
         const auto expect = [&](bool holds, const std::string &what) {
             if (!holds)
                 throw Error(kWrongUsage, "is wrong in line " + std::to_string(number) +
-                                             ", column " + std::to_string(at + 1) +
                                              ": expected is " + what +
                                              ". Correct that line, or leave it out.");
         };
-        const auto expectMark = [&](char mark, const char *what) {
-            expect(line[at] == mark, what);
-            ++at;
-        };
-        const auto word = [&](const char *what) {
-            at = std::min(line.find_first_not_of(' ', at), line.size());
-            std::string text = line.substr(at, line.find_first_of("{}=,\t ", at) - at);
-            expect(!text.empty() && text == cleaned(text), what);
-            at += text.size();
+        const auto word = [&](std::string text) {
+            text.erase(0, text.find_first_not_of(' '));
+            expect(!text.empty() && text == cleaned(text) &&
+                       text.find_first_of("{}=,\t ") == text.npos,
+                   kForm);
             return text;
-        };
-        size_t selectors = 0;
-        const auto readBraces = [&] {
-            if (line[at] != '{')
-                return;
-            do {
-                ++at;
-                expect(++selectors <= kMostSelectors,
-                       "at most " + std::to_string(kMostSelectors) + " selectors");
-                const std::string name = word("the name of a selector");
-                expectMark('=', "= behind the name of a selector");
-                saved.lines.emplace_back(name, word("what the selector is on"));
-            } while (line[at] == ',');
-            expectMark('}', "a comma or } behind what a selector is on");
         };
         expect(number <= kMostLines, "at most " + std::to_string(kMostLines) + " lines");
         expect(line.size() <= kLongestLine,
@@ -152,48 +130,47 @@ std::optional<SavedCamera> genApiFrom(const std::string &file) {
             saved.name = deviceIn(cleaned(line.substr(kDevice.size())));
         if (line[0] == '#' || line.find_first_not_of(" \t") == line.npos)
             continue;
-        readBraces();
-        const std::string name = word("the name of a feature");
-        readBraces();
-        expectMark('\t', "a tab between name and value");
-        saved.lines.emplace_back(name, cleaned(line.substr(at)));
+        const size_t tab = line.find('\t');
+        expect(tab != line.npos, kForm);
+        size_t selectors = 0;
+        std::string name = line.substr(0, tab);
+        const size_t open = std::min(name.find('{'), name.size());
+        const size_t close = std::min(name.find('}', open), name.size());
+        expect((open < name.size()) == (close < name.size()), kForm);
+        std::istringstream choices(name.substr(open, close - open));
+        choices.ignore();
+        name.erase(open, close + 1 - open);
+        for (std::string choice; std::getline(choices, choice, ',');) {
+            const size_t sign = choice.find('=');
+            expect(sign != choice.npos && ++selectors <= kMostSelectors, kForm);
+            saved.lines.emplace_back(word(choice.substr(0, sign)), word(choice.substr(sign + 1)));
+        }
+        saved.lines.emplace_back(word(name), cleaned(line.substr(tab + 1)));
     }
     placeLines(saved, nullptr);
     return saved;
 }
 
 void placeLines(SavedCamera &saved, const Camera *camera) {
+    if (saved.lines.empty())
+        return;
     auto selectors = camera ? camera->selectors() : std::map<std::string, Words>();
-    std::map<std::string, int> count;
-    for (const Feature *row : savedFeatures())
-        ++count[row->node];
-    for (const auto &[name, text] : saved.lines)
-        ++count[name];
-    std::map<std::pair<int, size_t>, SavedValue> placed; // in the order in which they are restored
-    for (const SavedValue &value : saved.settings)
-        if (value.feature->saved)
-            placed[{value.feature->saved, 0}] = value;
-    State state;
+    std::map<size_t, SavedValue> placed; // in the order in which they are restored
     std::map<const Feature *, size_t> places;
-    std::string latest; // selector
+    State state;
     for (const auto &[name, text] : saved.lines) {
         state[name] = text;
-        // Without the camera what is called so selects, and what is there several times is selected.
-        const bool selects = !camera && name.find("Selector") != name.npos;
-        if (selects)
-            latest = name;
         const Feature *feature = rowFor(name, state);
-        if (!feature && (camera ? !travels(name, camera->node(name)) : selects))
+        if (!feature && !(camera && travels(name, camera->node(name))))
             continue;
-        const Words known = camera ? selectors[name] : count[name] > 1 ? Words{latest} : Words();
         std::vector<Need> needs;
-        for (const std::string &selector : known)
+        for (const std::string &selector : selectors[name])
             if (state.count(selector))
                 needs.push_back({selector, state[selector], true});
         if (!feature)
             feature = &ownFeature(name, needs);
-        const size_t place = places.emplace(feature, places.size()).first->second;
-        placed[{feature->saved ? feature->saved : INT_MAX, feature->saved ? 0 : place}] =
+        const size_t behind = savedFeatures().size() + 1 + places.size();
+        placed[feature->saved ? feature->saved : places.emplace(feature, behind).first->second] =
             valueFrom(*feature, text);
     }
     saved.settings.clear();
@@ -201,8 +178,9 @@ void placeLines(SavedCamera &saved, const Camera *camera) {
         saved.settings.push_back(value);
 }
 
-void readLines(const Camera &camera, Switches &switches, bool switching, SavedCamera &saved) {
+size_t readLines(const Camera &camera, Switches &switches, bool switching, SavedCamera &saved) {
     auto selectors = camera.selectors();
+    size_t count = 0;
     State state;
     const auto add = [&](const std::string &name, const std::vector<Need> &needs) {
         State here;
@@ -219,6 +197,7 @@ void readLines(const Camera &camera, Switches &switches, bool switching, SavedCa
                 std::exchange(state[selector], entry) != entry)
                 saved.lines.emplace_back(selector, entry);
         saved.lines.emplace_back(name, text);
+        ++count;
     };
     Words selecting;
     for (const Leaf &leaf : camera.leaves(kRoot)) {
@@ -243,6 +222,7 @@ void readLines(const Camera &camera, Switches &switches, bool switching, SavedCa
         if (!why.empty())
             saved.unread.push_back({selector, why, true});
     }
+    return count;
 }
 
 std::string genApiText(const SavedCamera &saved) {

@@ -32,31 +32,12 @@ std::string bareText(const Feature &feature, const Value &value) {
     return text.substr(digits) == ".0" ? text.substr(0, digits) : text;
 }
 
-std::string asTable(const Camera &camera, const std::vector<Reading> &readings) {
-    std::vector<Row> rows{{columnsOfReadings()}};
-    for (const Reading &reading : readings)
-        rows.push_back({cellsOf(reading)});
-    return camera.heading() + "\n" + tableText(rows);
-}
-
 std::string asJson(const Camera &camera, const std::vector<Reading> &readings) {
     Json properties = Json::array();
     for (const Reading &reading : readings)
         properties.push_back(asMembers(reading));
     return jsonText(
         {{"version", 1}, {"camera", asMembers(camera.name())}, {"properties", properties}});
-}
-
-std::vector<const Feature *> wanted(const Words &names) {
-    std::vector<const Feature *> features;
-    for (const std::string &name : names)
-        for (const Feature *feature : featuresMeant(name))
-            if (std::find(features.begin(), features.end(), feature) == features.end())
-                features.push_back(feature);
-    if (names.empty())
-        for (const Feature &feature : allFeatures())
-            features.push_back(&feature);
-    return features;
 }
 
 // Says of features that were asked for by name why they have no value; an error is one in any case.
@@ -81,7 +62,10 @@ int tellProblems(const std::vector<Reading> &readings, bool named, bool mayHint)
 int get(const Request &request) {
     std::string result;
     const auto work = [&](Camera &camera, Switches &switches, const Words &names) {
-        const auto features = wanted(names);
+        auto features = featuresMeant(names);
+        for (const Feature &feature : allFeatures())
+            if (names.empty())
+                features.push_back(&feature);
         if (request.value && features.size() != 1)
             throw Error(kWrongUsage, "--value prints the value of one feature; name one, for "
                                      "example 'kxinfo get Gain --value'.");
@@ -93,11 +77,10 @@ int get(const Request &request) {
         }
         stopIfAsked();
         const int status = tellProblems(readings, !names.empty(), !request.switches);
-        if (const std::string switched = switches.switched(); !switched.empty())
-            tell("switched for a moment, and put back: " + switched + ".");
+        switches.tellSwitched();
         const Reading &first = readings.front();
         if (!request.value)
-            result = request.json ? asJson(camera, readings) : asTable(camera, readings);
+            result = request.json ? asJson(camera, readings) : tableOf(camera, readings);
         else if (hasValue(first.value))
             result = bareText(*first.feature, first.value) + "\n";
         return status;
@@ -126,9 +109,8 @@ int getAll(const Request &request) {
     if (request.json)
         return showFleetJson(results);
     Words columns;
-    for (const std::string &name : names)
-        for (const Feature *feature : featuresMeant(name))
-            columns.push_back(feature->name);
+    for (const Feature *feature : featuresMeant(names))
+        columns.push_back(feature->name);
     return showFleet(results, columns, [](const FleetResult &result) {
         Words cells;
         const Json document = Json::parse(result.out, nullptr, false);
@@ -137,12 +119,8 @@ int getAll(const Request &request) {
         for (const Json &property : document.at("properties")) {
             const Json &value = property.at("value");
             const Json &unit = property.at("unit");
-            cells.push_back(
-                (value.is_null()           ? kNone
-                 : value.is_number_float() ? numberText(value)
-                 : value.is_string()       ? value.get<std::string>()
-                                           : value.dump()) +
-                (unit.is_null() || value.is_null() ? "" : ' ' + unit.get<std::string>()));
+            cells.push_back(textOf(value) +
+                            (unit.is_null() || value.is_null() ? "" : ' ' + textOf(unit)));
         }
         return cells;
     });

@@ -1,10 +1,8 @@
 #include "camera/lookup_table.h"
 
-#include <unistd.h>
-
 #include <algorithm>
 #include <charconv>
-#include <chrono>
+#include <climits>
 #include <sstream>
 #include <string_view>
 #include <utility>
@@ -18,36 +16,6 @@ namespace {
 // Far more than the 4096 of 12 bits; what a description names beyond is no table.
 constexpr int64_t kMostEntries = 1 << 20;
 
-// Shown on a terminal, every so many entries, with the time that is left.
-class Progress {
-public:
-    Progress(const char *what, size_t total) : what_(what), total_(total) {}
-    ~Progress() {
-        if (shown_)
-            (void)fprintf(stderr, "\r\033[K");
-    }
-
-    void step() {
-        constexpr size_t kShownEvery = 64;
-        if (shown_ && done_ % kShownEvery == 0) {
-            (void)fprintf(stderr, "\r\033[K%zu of %zu entries %s", done_, total_, what_);
-            const std::chrono::duration<double> past = std::chrono::steady_clock::now() - start_;
-            if (done_ > 0)
-                (void)fprintf(stderr, ", about %.0f s left",
-                              past.count() * static_cast<double>(total_ - done_) /
-                                  static_cast<double>(done_));
-        }
-        ++done_;
-    }
-
-private:
-    const char *what_;
-    size_t total_;
-    size_t done_ = 0;
-    bool shown_ = isatty(STDERR_FILENO) == 1;
-    std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
-};
-
 // What an enumeration is on; empty: there is none, or it cannot be read.
 std::string entryOf(const Camera &camera, const char *name) {
     const Node node = camera.node(name);
@@ -57,18 +25,12 @@ std::string entryOf(const Camera &camera, const char *name) {
 }
 
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
-constexpr const char *kBlanks = " \t\r";
 
-std::string_view trimmed(std::string_view text) {
-    text.remove_prefix(std::min(text.find_first_not_of(kBlanks), text.size()));
-    return text.substr(0, text.find_last_not_of(kBlanks) + 1);
-}
-
-int wholeNumber(std::string_view digits, const std::string &name, int line) {
-    digits = trimmed(digits);
+int wholeNumber(const std::string &digits, const std::string &name, int line) {
     int value = 0;
-    const auto [stop, error] = std::from_chars(digits.data(), digits.data() + digits.size(), value);
-    if (error != std::errc() || stop != digits.data() + digits.size())
+    const char *const end = digits.data() + digits.size();
+    const auto [stop, error] = std::from_chars(digits.data(), end, value);
+    if (error != std::errc() || stop != end)
         throw wrongLine(name, line,
                         '"' + shortened(cleaned(digits)) +
                             "\" is no whole number; expected is one value, or index,value.");
@@ -130,11 +92,11 @@ LookupTable::LookupTable(const Camera &camera, Switches &switches)
         channels_.emplace_back();
     const int64_t first = index_->GetMin();
     const int64_t last = index_->GetMax();
-    if (first != 0 || last < 0 || last >= kMostEntries)
-        throw Error(kFailed, "the lookup table cannot be used: \"LUTIndex\" goes from " +
-                                 std::to_string(first) + " to " + std::to_string(last) +
-                                 "; expected is a table from 0 on, of at most " +
-                                 std::to_string(kMostEntries) + " entries.");
+    if (first != 0 || last < 0 || last >= kMostEntries || value_->GetMin() < INT_MIN ||
+        value_->GetMax() > INT_MAX)
+        throw Error(kFailed, "the lookup table cannot be used: expected is one from 0 on, of at "
+                             "most " +
+                                 std::to_string(kMostEntries) + " entries of 32 bits with a sign.");
     size_ = static_cast<size_t>(last) + 1;
 }
 
@@ -164,15 +126,10 @@ std::string LookupTable::problemOf(const TableEntry &entry) const {
 
 int LookupTable::read(int index) {
     index_->SetValue(index, true);
-    const int64_t value = value_->GetValue(false, false);
-    if (value != static_cast<int>(value))
-        throw Error(kFailed, "entry " + std::to_string(index) + " of the lookup table holds " +
-                                 std::to_string(value) + ", which is more than kxinfo can keep.");
-    return static_cast<int>(value);
+    return static_cast<int>(value_->GetValue(false, false));
 }
 
 std::vector<SavedTable> LookupTable::read(const Words &channels) {
-    Progress progress("read", channels.size() * size_);
     std::vector<SavedTable> tables;
     for (const std::string &channel : channels) {
         select(channel);
@@ -180,7 +137,6 @@ std::vector<SavedTable> LookupTable::read(const Words &channels) {
         while (table.entries.size() < size_) {
             stopIfAsked();
             table.entries.push_back(read(static_cast<int>(table.entries.size())));
-            progress.step();
         }
         tables.push_back(std::move(table));
     }
@@ -188,7 +144,6 @@ std::vector<SavedTable> LookupTable::read(const Words &channels) {
 }
 
 void LookupTable::write(const Words &channels, const std::vector<TableEntry> &entries) {
-    Progress progress("written", channels.size() * entries.size());
     for (const std::string &channel : channels) {
         select(channel);
         for (const TableEntry &entry : entries) {
@@ -201,7 +156,6 @@ void LookupTable::write(const Words &channels, const std::vector<TableEntry> &en
                 written_.push_back({channel, entry.index, before});
                 value_->SetValue(entry.value, true); // reading has left the index there
             }
-            progress.step();
         }
     }
 }
@@ -247,23 +201,25 @@ TableFile readTable(const std::string &text, const std::string &name) {
     std::vector<int> lineOf(kMostTableEntries); // of an index; 0: it has not been there
     int number = 0;
     const auto wrong = [&](const std::string &what) { return wrongLine(name, number, what); };
-    for (std::string whole; std::getline(lines, whole);) {
+    for (std::string line; std::getline(lines, line);) {
         ++number;
-        const std::string_view line = trimmed(std::string_view(whole).substr(0, whole.find('#')));
-        const size_t comma = line.find_first_of(",;");
-        const size_t separator = comma != line.npos ? comma : line.find_first_of(kBlanks);
-        const bool single = separator == line.npos;
-        const bool isHeading = table.entries.empty() && !single &&
-                               sameWord(trimmed(line.substr(0, separator)), "index");
-        if (line.empty() || isHeading)
+        line.resize(std::min(line.find('#'), line.size()));
+        const bool hasComma = line.find_first_of(",;") != line.npos;
+        std::replace_if(
+            line.begin(), line.end(), [](char c) { return c == ',' || c == ';'; }, ' ');
+        std::istringstream cells(line);
+        std::string first, second, third;
+        cells >> first >> second >> third;
+        const bool single = second.empty() && !hasComma;
+        if (first.empty() || (table.entries.empty() && !single && sameWord(first, "index")))
             continue;
         if (!table.entries.empty() && single != table.whole)
-            throw wrong(table.whole ? "index and value, but the lines before hold one value each."
-                                    : "one value, but the lines before hold index,value.");
+            throw wrong("either all lines hold one value, or all hold index,value.");
         table.whole = single;
-        const int index = single ? static_cast<int>(table.entries.size())
-                                 : wholeNumber(line.substr(0, separator), name, number);
-        const int value = wholeNumber(single ? line : line.substr(separator + 1), name, number);
+        const int index =
+            single ? static_cast<int>(table.entries.size()) : wholeNumber(first, name, number);
+        const int value =
+            wholeNumber(single ? first : second + (third.empty() ? "" : ',' + third), name, number);
         if (index < 0 || index >= kMostTableEntries)
             throw wrong("index " + std::to_string(index) + " is outside 0 to " +
                         std::to_string(kMostTableEntries - 1) + "; no camera has a longer table.");

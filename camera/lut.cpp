@@ -121,14 +121,11 @@ int lut(const Request &request) {
     const std::string &action = request.action;
     const bool loads = action == "load";
     const bool saves = action == "save";
-    if ((loads || saves) && request.file.empty())
-        throw Error(kWrongUsage, "'kxinfo lut " + action +
-                                     "' needs the file of the table's values. Run 'kxinfo lut "
-                                     "--help' for its form.");
-    if (!loads && !saves && !(request.file.empty() && request.channel.empty()))
-        throw Error(kWrongUsage, "'kxinfo lut " + action + "' takes no " +
-                                     (request.file.empty() ? "--channel" : "file") +
-                                     "; 'kxinfo lut load FILE' and 'kxinfo lut save FILE' do.");
+    const bool usesFile = loads || saves;
+    if (usesFile == request.file.empty() || (!usesFile && !request.channel.empty()))
+        throw Error(kWrongUsage, "'kxinfo lut " + action + "' takes " +
+                                     (usesFile ? "a file" : "neither a file nor --channel") +
+                                     ". Run 'kxinfo lut --help' for what is expected.");
     TableFile table;
     std::optional<NewFile> newFile;
     if (loads)

@@ -54,6 +54,7 @@ public:
 
     // Sets what differs, and looks afterwards whether it is still so: a setting may move another.
     void settings(const std::vector<SavedValue> &saved) {
+        switches_.stopAutomation(); // it would lock, or move, what it sets
         for (size_t before = saved.size() + 1; before != wanted_.size();) {
             before = wanted_.size();
             refusals_.clear();
@@ -66,7 +67,7 @@ public:
                 attempt(value, [&] { setAgain(value); });
         const auto valueInTheEnd = [&](const Feature &feature) {
             if (!dry_)
-                return switches_.readAnew(feature);
+                return switches_.read(feature, Cache::Ignored);
             return wanted_.count(&feature) ? wanted_[&feature]
                                            : readFeature(camera_, feature, nullptr).value;
         };
@@ -101,27 +102,12 @@ private:
     void attempt(const SavedValue &value, const std::function<void()> &work) {
         stopIfAsked();
         if (const std::string why = whyNotDone(work); !why.empty())
-            refusals_.push_back(value.feature->name + whatBecomesOf(*value.feature) + ": " + why +
-                                ".");
-    }
-
-    // Of a feature that is refused.
-    std::string whatBecomesOf(const Feature &feature) {
-        const Reading reading = readFeature(camera_, feature, dry_ ? nullptr : &switches_);
-        if (reading.kind == Kind::Missing)
-            return " is left out";
-        return " stays " +
-               (hasValue(reading.value) ? quantityText(feature, reading.value) : "as it is");
-    }
-
-    // What the automatic functions set can be set, and keeps its value, while they are off.
-    static Switches::Automation automationFor(const Feature &feature) {
-        return feature.setBy ? Switches::Automation::Off : Switches::Automation::Kept;
+            refusals_.push_back(value.feature->name + " is not restored: " + why + ".");
     }
 
     void set(const SavedValue &saved) {
         const Feature &feature = *saved.feature;
-        Reading reading = readFeature(camera_, feature, dry_ ? nullptr : &switches_);
+        const Reading reading = readFeature(camera_, feature, dry_ ? nullptr : &switches_);
         const Value present = reading.value;
         if (!hasValue(present) && (!dry_ || reading.failed || reading.kind == Kind::Missing))
             throw Error(kFailed, reading.problem);
@@ -131,17 +117,13 @@ private:
         if (dry_ && isOpen && present != wanted) {
             leaveOpen(feature.name);
         } else if (!saved.isExact || present != wanted) {
-            if (feature.setBy && !dry_) {
-                switches_.reach(feature, automationFor(feature));
-                reading = readFeature(camera_, feature, nullptr);
-            }
             wanted = checkedValue(camera_, reading, saved.typed);
             if (saved.isExact && reading.kind == Kind::Float)
                 wanted = std::clamp(std::get<double>(saved.value), numberOf(reading.limits.min),
                                     numberOf(reading.limits.max));
         }
         if (present != wanted && !dry_)
-            switches_.write(feature, wanted, automationFor(feature));
+            switches_.write(feature, wanted);
         if (present != wanted && hasValue(present))
             changes_ += changeText(feature.name, quantityText(feature, present),
                                    quantityText(feature, wanted));
@@ -153,11 +135,11 @@ private:
         const Feature &feature = *saved.feature;
         const std::string wanted = quantityText(feature, wanted_[&feature]);
         const auto isKept = [&] {
-            return quantityText(feature, switches_.readAnew(feature)) == wanted;
+            return quantityText(feature, switches_.read(feature, Cache::Ignored)) == wanted;
         };
         if (isKept())
             return;
-        switches_.write(feature, wanted_[&feature], automationFor(feature));
+        switches_.write(feature, wanted_[&feature]);
         if (!isKept())
             throw Error(kFailed, "the camera does not keep " + wanted);
     }

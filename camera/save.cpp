@@ -24,10 +24,11 @@ int save(const CameraArgument &name, const std::string &fileName, const Request 
     const Purpose purpose = request.switching ? Purpose::Change : Purpose::Look;
     return onCamera(name, purpose, [&](Camera &camera, Switches &switches) {
         const bool isJson = request.format == "json";
+        size_t others = 0;
         SavedCamera saved =
             readSaved(camera, request.switching ? &switches : nullptr, isJson && !request.noTable);
         if (!isJson) {
-            readLines(camera, switches, request.switching, saved);
+            others = readLines(camera, switches, request.switching, saved);
             if (!request.noTable && LookupTable::isOn(camera))
                 saved.unread.push_back(
                     {kLookupTable, kNoTable + std::string("; see 'kxinfo lut save'"), true});
@@ -38,14 +39,13 @@ int save(const CameraArgument &name, const std::string &fileName, const Request 
         if (const std::string left = switches.putBack(); !left.empty())
             throw Error(kFailed, left + " Nothing is saved.");
         file.write(isJson ? settingsText(saved) : genApiText(saved));
-        placeLines(saved, &camera); // which are counted
         size_t entries = 0;
         for (const SavedTable &table : saved.tables)
             entries += table.entries.size();
         if (!file.isStandardOutput())
-            writeOut(camera.heading() + std::to_string(saved.settings.size()) + " settings and " +
-                     std::to_string(entries) + " entries of the lookup table saved to " +
-                     cleaned(fileName) + "\n");
+            writeOut(camera.heading() + std::to_string(saved.settings.size() + others) +
+                     " settings and " + std::to_string(entries) +
+                     " entries of the lookup table saved to " + cleaned(fileName) + "\n");
         tellUnread(saved, "left out, since ");
         if (!request.switching && !saved.unread.empty())
             tell("with --switch kxinfo switches the camera for a moment, and reads such settings "

@@ -104,11 +104,7 @@ std::string differences(const SavedCamera &a, const SavedCamera &b) {
         for (const SavedCamera::Unread &one : camera->unread)
             unread.insert(one.name);
     std::string lines;
-    std::vector<const Feature *> features = savedFeatures();
-    for (const SavedValue &saved : a.settings) // of others, those that both have
-        if (!saved.feature->saved && find(b, saved.feature))
-            features.push_back(saved.feature);
-    for (const Feature *feature : features)
+    for (const Feature *feature : savedFeatures())
         if (unread.count(feature->name) == 0)
             lines += difference(*feature, find(a, feature), find(b, feature));
     for (const char *channel : {"", "Red", "Green", "Blue"})

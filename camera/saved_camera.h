@@ -36,7 +36,7 @@ struct SavedCamera {
     /** In the order of savedFeatures(), each at most once; then what was made of the lines. */
     std::vector<SavedValue> settings = {};
     std::vector<SavedTable> tables = {};
-    /** Name and value of the other features, as they are set one after the other: see readLines(). */
+    /** Name and value of features, as they are set one after the other: see readLines(). */
     std::vector<std::pair<std::string, std::string>> lines = {};
     std::vector<Unread> unread = {}; ///< of what the camera has
 };
@@ -90,10 +90,11 @@ constexpr const char *kNoTable = "a GenApi file has no place for it";
  * belongs to one camera in its network are none.
  *
  * \param switching  with every choice of its selectors; otherwise nothing is written to the camera
+ * \return how many they are, apart from the selectors in between
  */
-void readLines(const Camera &camera, Switches &switches, bool switching, SavedCamera &saved);
+size_t readLines(const Camera &camera, Switches &switches, bool switching, SavedCamera &saved);
 
-/** Makes settings of the lines. \param camera  knows what selects what; null: that is not known */
+/** Makes settings of the lines, if any. \param camera  null: of those that savedFeatures() has */
 void placeLines(SavedCamera &saved, const Camera *camera);
 
 /** Whether a word that may name a camera or a file names a file. */

@@ -38,8 +38,6 @@ Change assignOne(const Camera &camera, Switches &switches, const Assignment &ass
     if (value == before.value && value == camera.node(feature.node).read())
         return {&feature, before.value, before.value};
     switches.write(feature, value);
-    if (const std::string note = offStepNote(before, value); !note.empty())
-        tell(note);
     Value after;
     const std::string why = whyNotDone([&] { after = switches.read(feature); });
     if (!why.empty())
@@ -73,7 +71,7 @@ std::vector<Change> assign(const Camera &camera, Switches &switches,
         std::rethrow_exception(first);
     for (const Assignment &assignment : assignments)
         checkLimits(*assignment.feature,
-                    [&](const Feature &limit) { return switches.readAnew(limit); });
+                    [&](const Feature &limit) { return switches.read(limit, Cache::Ignored); });
     return changes;
 }
 

@@ -22,8 +22,8 @@ struct Change {
 
 /**
  * Sets features in the order given, unless one can only be set after another: the range of each is
- * that which it has then. What has that value already is not written. Floats beside their steps are
- * told. The caller keeps the changes (Switches::keepChanges()).
+ * that which it has then. What has that value already is not written. The caller keeps the changes
+ * (Switches::keepChanges()).
  *
  * \return what each was and is, in the order given, as the camera has it
  * \throws Error when one cannot be set in any order, or a lower limit would be above its upper one

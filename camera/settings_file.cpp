@@ -22,7 +22,6 @@ namespace {
 
 using nlohmann::json; // finds a member in no time, unlike one that keeps their order
 
-constexpr int kVersion = 1;
 const char *const kExpectedFile = "Expected is a file that 'kxinfo save' wrote.";
 
 // Our own files nest 4 deep and have 4 members in one place.
@@ -35,9 +34,9 @@ constexpr size_t kValuesOfList = 256;
 // Of what a parser says, with a part of the file in it.
 constexpr size_t kLongestReason = 200;
 // Numbers that differ by less are the same: there are files with the digits of single precision, and
-// decibels computed with it.
+// decibels computed with it, of which a factor was made.
 constexpr double kSameNumber = 1e-7;
-constexpr double kSameDecibels = 1e-6;
+constexpr double kSameFactor = 1e-6;
 
 // A complaint about the file; its name comes in front in the end.
 [[noreturn]] void complain(const std::string &what) {
@@ -81,30 +80,13 @@ json parsed(const std::string &text) {
     };
     try {
         return json::parse(text, look);
-    } catch (const json::parse_error &error) { // "[json.exception...] parse error at line 1, ..."
-        const std::string what = error.what();
-        complain("is no JSON document: " +
-                 shortened(what.substr(what.find(' ') + 1), kLongestReason) + ".");
-    } catch (const json::exception &) {
-        complain("holds a number beyond all that JSON readers take.");
+    } catch (const json::exception &error) {
+        complain("is no JSON document: " + shortened(error.what(), kLongestReason) + ".");
     }
 }
 
 std::string cleanedText(const json &value) {
     return cleaned(value.get_ref<const std::string &>());
-}
-
-// Whether the camera's own number is still the one that value and unit show.
-bool belongs(double raw, const Feature &feature, const json &value, const std::string &unit) {
-    const char *usual = nameOf(feature.unit);
-    if (!unit.empty() && unit != (usual ? usual : ""))
-        return false;
-    const double shown = shownNumber(feature.unit, raw);
-    if (!value.is_number())
-        return !std::isfinite(shown) && value == nameOfNonNumber(shown);
-    const double same = feature.unit == Unit::Decibels ? kSameDecibels : kSameNumber;
-    return std::fabs(shown - value.get<double>()) <=
-           same * std::max(1.0, std::fabs(value.get<double>()));
 }
 
 SavedValue settingIn(const json &entry) {
@@ -138,8 +120,13 @@ SavedValue settingIn(const json &entry) {
         saved.typed += " x"; // of a camera that has whole factors
     else if (!unit.empty())
         saved.typed += ' ' + unit; // "301/s" would be 301
-    if (entry.contains("raw") && belongs(entry.at("raw"), feature, value, unit)) {
-        saved.value = entry.at("raw").get<double>();
+    if (!entry.contains("raw"))
+        return saved;
+    const double raw = entry.at("raw"), own = numberOf(saved.value);
+    const double same = feature.unit == Unit::Decibels ? kSameFactor : kSameNumber;
+    if (value.is_number() ? std::fabs(raw - own) <= same * std::max(1.0, std::fabs(own))
+                          : shownValue(feature, raw) == Json(cleanedText(value))) {
+        saved.value = raw;
         saved.isExact = true;
     }
     return saved;
@@ -147,29 +134,27 @@ SavedValue settingIn(const json &entry) {
 
 SavedCamera cameraIn(const json &document) {
     static const json schema = json::parse(kSettingsSchema);
-    if (document.is_object() && document.contains("version") && document["version"] != kVersion)
-        complain("is of version " + shortened(document["version"].dump()) +
-                 "; this kxinfo reads version " + std::to_string(kVersion) + ".");
     if (const std::string wrong = violation(document, schema); !wrong.empty())
         complain("is no file of settings: " + wrong);
     const json &about = document["camera"];
     SavedCamera camera{{cleanedText(about["manufacturer"]), cleanedText(about["model"]),
                         cleanedText(about["serial"]), ""}};
-    for (const json &setting : document["settings"])
-        camera.settings.push_back(settingIn(setting));
+    std::set<std::string> seen;
+    const auto checkOnce = [&](const std::string &what) {
+        if (!seen.insert(what).second)
+            complain("holds the " + what + " twice.");
+    };
+    for (const json &entry : document["settings"]) {
+        const SavedValue &setting = camera.settings.emplace_back(settingIn(entry));
+        checkOnce("setting \"" + setting.feature->name + "\"");
+    }
     std::sort(camera.settings.begin(), camera.settings.end(),
               [](const auto &a, const auto &b) { return a.feature->saved < b.feature->saved; });
-    for (size_t i = 1; i < camera.settings.size(); ++i)
-        if (camera.settings[i].feature == camera.settings[i - 1].feature)
-            complain("holds the setting \"" + camera.settings[i].feature->name + "\" twice.");
     for (const json &table : document.value("lookupTables", json::array())) {
-        const std::string channel =
-            table.at("channel").is_null() ? "" : cleanedText(table.at("channel"));
-        for (const SavedTable &other : camera.tables)
-            if (other.channel == channel)
-                complain("holds the lookup table of " +
-                         (channel.empty() ? "all colours" : channel) + " twice.");
-        camera.tables.push_back({channel, table.at("entries").get<std::vector<int>>()});
+        const json &name = table.at("channel");
+        const std::string channel = name.is_null() ? "" : name.get<std::string>();
+        camera.tables.push_back({channel, table.at("entries")});
+        checkOnce("lookup table of " + (channel.empty() ? "all colours" : channel));
     }
     return camera;
 }
@@ -184,7 +169,7 @@ std::string settingsText(const SavedCamera &camera) {
     for (const SavedTable &table : camera.tables)
         tables.push_back({{"channel", table.channel.empty() ? Json(nullptr) : Json(table.channel)},
                           {"entries", table.entries}});
-    const Json document = {{"version", kVersion},
+    const Json document = {{"version", 1},
                            {"camera",
                             {{"manufacturer", camera.name.manufacturer},
                              {"model", camera.name.model},

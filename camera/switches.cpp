@@ -31,13 +31,12 @@ std::vector<Value> choicesOf(const std::string &selector, const Node &node, bool
         return {false, true};
     const Words entries = node.entries();
     std::vector<Value> choices(entries.begin(), entries.end());
-    if (const Limits limits = node.limits(); node.integer() && limits.min <= limits.max) {
-        // Without a sign the distance of any two has room.
-        const auto at = [](const Value &value) { return uint64_t(std::get<int64_t>(value)); };
-        const uint64_t step = uint64_t(std::max<int64_t>(1, std::get<int64_t>(limits.inc)));
-        const uint64_t last = (at(limits.max) - at(limits.min)) / step;
-        for (uint64_t i = 0; i <= std::min<uint64_t>(last, kMostSelections); ++i)
-            choices.emplace_back(int64_t(at(limits.min) + i * step));
+    if (auto *number = node.integer()) {
+        const int64_t last = number->GetMax(), step = std::max<int64_t>(1, number->GetInc());
+        int64_t at = number->GetMin();
+        for (bool isBeyond = at > last; !isBeyond && choices.size() <= kMostSelections;
+             isBeyond = __builtin_add_overflow(at, step, &at) || at > last)
+            choices.emplace_back(at);
     }
     if (choices.empty() || choices.size() > kMostSelections)
         throw Error(kFailed,
@@ -83,8 +82,8 @@ void Switches::settle(const Feature &feature, const Value &value) const {
         node.write(value);
 }
 
-void Switches::remember(const Feature &feature, Automation automation) {
-    reach(feature, automation);
+void Switches::remember(const Feature &feature) {
+    reach(feature);
     keep(feature);
     if (Remembered *remembered = find(feature))
         remembered->touched = true;
@@ -152,7 +151,9 @@ void Switches::select(const Feature &feature, const Value &value) {
         keepWhatAutomationMoves();
     keep(feature);
     if (Remembered *const kept = find(feature)) { // what was switched may have made it unreadable
-        kept->switched = kept->everSwitched = true;
+        kept->switched = true;
+        if (std::find(switched_.begin(), switched_.end(), feature.name) == switched_.end())
+            switched_.push_back(feature.name);
         node.write(value);
     }
 }
@@ -209,34 +210,29 @@ void Switches::switchToManual() {
     select(featureNamed("GainAuto"), "Off");
 }
 
-void Switches::reach(const Feature &feature, Automation automation) {
+void Switches::reach(const Feature &feature) {
+    const bool stops = automationStops_ && feature.setBy;
     const Remembered *mode = find(featureNamed(kWholeAutomation));
     const bool isManual =
         mode && mode->switched && camera_.node(kWholeAutomation).read() == Value("Off");
-    if (!needsAutomation(feature) && !(automation == Automation::Off && isManual))
+    if (!needsAutomation(feature) && !(stops && isManual))
         leaveAutomation();
-    if (automation == Automation::Off)
+    if (stops)
         switchToManual();
     switchFor(feature);
 }
 
-Value Switches::read(const Feature &feature) {
+Value Switches::read(const Feature &feature, Cache cache) {
     reach(feature);
     const Remembered *remembered = find(feature);
-    return remembered ? remembered->settled() : camera_.node(feature.node).read();
-}
-
-Value Switches::readAnew(const Feature &feature) {
-    reach(feature);
-    const Remembered *remembered = find(feature);
-    if (remembered && remembered->switched)
+    if (remembered && (remembered->switched || cache == Cache::Used))
         return remembered->settled();
     const Node node = camera_.node(feature.node);
-    return node.kind() == Kind::Missing ? Value() : node.read(Cache::Ignored);
+    return node.kind() == Kind::Missing ? Value() : node.read(cache);
 }
 
-void Switches::write(const Feature &feature, const Value &value, Automation automation) {
-    remember(feature, automation);
+void Switches::write(const Feature &feature, const Value &value) {
+    remember(feature);
     const Node node = camera_.node(feature.node);
     node.write(value);
     if (Remembered *remembered = find(feature)) {
@@ -255,52 +251,45 @@ void Switches::keepChanges() {
     }
 }
 
-std::string Switches::named(bool (*which)(const Remembered &remembered)) const {
+std::string Switches::changes() const {
     Words names;
     for (const Remembered &remembered : remembered_)
-        if (which(remembered))
+        if (remembered.after)
             names.push_back(remembered.feature->name);
     return joined(names, ", ");
 }
 
-std::string Switches::changes() const {
-    return named([](const Remembered &remembered) { return remembered.after.has_value(); });
-}
-
-std::string Switches::switched() const {
-    return named([](const Remembered &remembered) { return remembered.everSwitched; });
-}
-
-Words Switches::putBackOnce(std::string &reason) {
-    Words failures;
-    for (size_t i = remembered_.size(); i-- > 0;) {
-        const Remembered mode = remembered_[i]; // reaching may remember more
-        if (!mode.switched && !mode.touched)
-            continue;
-        try {
-            reach(*mode.feature);
-            settle(*mode.feature, mode.before);
-        } catch (...) {
-            failures.push_back(mode.feature->name + " to " +
-                               quantityText(*mode.feature, mode.before));
-            if (failures.size() == 1)
-                reason = reasonInFlight();
-        }
-    }
-    return failures;
+void Switches::tellSwitched() const {
+    if (!switched_.empty())
+        tell("switched for a moment, and put back: " + joined(switched_, ", ") + ".");
 }
 
 // The range of a feature may depend on another that is put back after it, so what has failed is
 // tried again as long as that helps: with all others, since reaching it may switch them once more.
 std::string Switches::putBack() {
+    automationStops_ = false;
     for (Remembered &remembered : remembered_)
         remembered.after.reset();
-    std::string reason;
-    Words failures = putBackOnce(reason);
-    for (size_t before = remembered_.size() + 1; !failures.empty() && failures.size() < before;) {
-        before = failures.size();
-        failures = putBackOnce(reason);
-    }
+    std::string reason; // of the first
+    Words failures;
+    size_t before = 0;
+    do {
+        before = std::exchange(failures, {}).size();
+        for (size_t i = remembered_.size(); i-- > 0;) {
+            const Remembered mode = remembered_[i]; // reaching may remember more
+            if (!mode.switched && !mode.touched)
+                continue;
+            try {
+                reach(*mode.feature);
+                settle(*mode.feature, mode.before);
+            } catch (...) {
+                if (failures.empty())
+                    reason = reasonInFlight();
+                failures.push_back(mode.feature->name + " to " +
+                                   quantityText(*mode.feature, mode.before));
+            }
+        }
+    } while (!failures.empty() && (before == 0 || failures.size() < before));
     remembered_.clear();
     return failures.empty()
                ? ""

@@ -20,11 +20,8 @@ class Switches {
 public:
     explicit Switches(const Camera &camera) : camera_(camera) {}
 
-    /** What becomes of the automatic functions while a feature is reached. */
-    enum class Automation {
-        Kept,
-        Off ///< what they set can be set then
-    };
+    /** From here on the automatic functions are off while what they set is reached: it can be set then. */
+    void stopAutomation() { automationStops_ = true; }
 
     /**
      * Switches what the feature needs and the camera has, and remembers what it was. Automatic
@@ -32,16 +29,17 @@ public:
      * on, a camera may not let exposure time and gain be set. What cannot be reached because the
      * camera lacks a mode is not told here: the feature itself will not be available.
      */
-    void reach(const Feature &feature, Automation automation = Automation::Kept);
+    void reach(const Feature &feature);
 
     /** Remembers a feature's value, so that it is put back. No harm when it cannot be read. */
-    void remember(const Feature &feature, Automation automation = Automation::Kept);
+    void remember(const Feature &feature);
 
-    /** The value that the feature has, or will have when all is put back. */
-    Value read(const Feature &feature);
-
-    /** The same, but as the camera has it now unless it is switched; none: it lacks the feature. */
-    Value readAnew(const Feature &feature);
+    /**
+     * The value that the feature has, or will have when all is put back; none: the camera lacks it.
+     *
+     * \param cache  ignored: as the camera has it now, unless it is switched
+     */
+    Value read(const Feature &feature, Cache cache = Cache::Used);
 
     /** Sets a selector, or a mode, for the moment; nothing happens when it cannot be read. */
     void select(const Feature &feature, const Value &value);
@@ -57,8 +55,7 @@ public:
                     const std::function<void(const std::vector<Need> &needs)> &work);
 
     /** Remembers a feature and writes it for good. */
-    void write(const Feature &feature, const Value &value,
-               Automation automation = Automation::Kept);
+    void write(const Feature &feature, const Value &value);
 
     /** What has been written for good stays. \throws Error when the user has asked to stop */
     void keepChanges();
@@ -66,8 +63,8 @@ public:
     /** Features that are to stay changed, separated by commas. */
     std::string changes() const;
 
-    /** What has been switched for the moment, separated by commas. */
-    std::string switched() const;
+    /** Tells what has been switched for the moment, if anything. */
+    void tellSwitched() const;
 
     /**
      * Puts everything back, the latest first, and goes on when one cannot be.
@@ -82,15 +79,11 @@ private:
         Value before;
         std::optional<Value> after; ///< what it is meant to stay
         bool switched = false;      ///< at the moment, to reach another feature
-        bool everSwitched = false;  ///< for that at any time
         bool touched = false;       ///< something else than reach() may have changed it
 
         const Value &settled() const { return after ? *after : before; }
     };
 
-    /** \return what could not be put back, with its value. \param reason  of the first */
-    Words putBackOnce(std::string &reason);
-    std::string named(bool (*which)(const Remembered &remembered)) const;
     Remembered *find(const Feature &feature);
     void settle(const Feature &feature, const Value &value) const;
     void keep(const Feature &feature);
@@ -102,6 +95,8 @@ private:
     void switchToManual();
     const Camera &camera_;
     std::vector<Remembered> remembered_;
+    Words switched_; // at any time, for the moment
+    bool automationStops_ = false;
 };
 
 } // namespace kxinfo

@@ -24,32 +24,25 @@ struct Selection {
 
 struct Entry {
     Words categories; ///< where it stands, from the outermost
-    const Feature *feature;
+    Words selectors;
     Reading reading;
-    Words selectors = {};
     std::vector<Selection> selections = {};
 };
 
-// Whom each feature is selected by, and, where that is wanted, its values with each choice.
-void addSelections(const Camera &camera, Switches *switches, std::vector<Entry> &tree) {
-    auto selectors = camera.selectors();
-    for (Entry &entry : tree) {
-        entry.selectors = selectors[entry.feature->name];
-        if (!switches || entry.selectors.empty())
-            continue;
-        const std::string why = whyNotDone([&] {
-            switches->eachChoice(entry.selectors, true, [&](const auto &needs) {
-                Selection &selection = entry.selections.emplace_back();
-                for (const Need &need : needs)
-                    selection.choices.push_back(need.entry);
-                selection.reading = readFeature(camera, *entry.feature, nullptr);
-            });
+// The values that a feature has with each choice of its selectors.
+void addSelections(const Camera &camera, Switches &switches, Entry &entry) {
+    const std::string why = whyNotDone([&] {
+        switches.eachChoice(entry.selectors, true, [&](const auto &needs) {
+            Selection &selection = entry.selections.emplace_back();
+            for (const Need &need : needs)
+                selection.choices.push_back(need.entry);
+            selection.reading = readFeature(camera, *entry.reading.feature, nullptr);
         });
-        if (why.empty() || !entry.reading.problem.empty())
-            continue;
-        entry.reading.problem = why;
-        tell(entry.feature->name + ": " + why + ".");
-    }
+    });
+    if (why.empty() || !entry.reading.problem.empty())
+        return;
+    entry.reading.problem = why;
+    tell(entry.reading.feature->name + ": " + why + ".");
 }
 
 std::string asTable(const Camera &camera, const std::vector<Entry> &tree) {
@@ -73,7 +66,7 @@ std::string asTable(const Camera &camera, const std::vector<Entry> &tree) {
         add(entry.reading, "");
         for (const Selection &selection : entry.selections)
             add(selection.reading, "[" + joined(selection.choices, ",", ",") + "]");
-        toolTip = camera.node(entry.feature->name).toolTip();
+        toolTip = camera.node(entry.reading.feature->name).toolTip();
     }
     const bool alone = tree.size() == 1 && !toolTip.empty();
     return camera.heading() + "\n" + tableText(rows) + (alone ? "\n" + toolTip + "\n" : "");
@@ -82,7 +75,7 @@ std::string asTable(const Camera &camera, const std::vector<Entry> &tree) {
 std::string asJson(const Camera &camera, const std::vector<Entry> &tree) {
     Json features = Json::array();
     for (const Entry &entry : tree) {
-        const Node node = camera.node(entry.feature->name);
+        const Node node = camera.node(entry.reading.feature->name);
         const std::string toolTip = node.toolTip();
         Json feature = {{"categories", entry.categories}};
         feature.update(asMembers(entry.reading));
@@ -112,15 +105,16 @@ int tree(const Request &request) {
                             "\"." + (names.empty() ? " Name another." : nearestFeatures(name)));
         if (node.isCategory())
             camera.readAhead();
+        auto selectors = camera.selectors();
         std::vector<Entry> tree;
         for (const Leaf &leaf : camera.leaves(name)) {
             stopIfAsked();
-            const Feature &feature = ownFeature(leaf.name);
-            tree.push_back({leaf.categories, &feature, readFeature(camera, feature, nullptr)});
+            tree.push_back({leaf.categories, selectors[leaf.name],
+                            readFeature(camera, ownFeature(leaf.name), nullptr)});
+            if (request.switches && !tree.back().selectors.empty())
+                addSelections(camera, switches, tree.back());
         }
-        addSelections(camera, request.switches ? &switches : nullptr, tree);
-        if (const std::string switched = switches.switched(); !switched.empty())
-            tell("switched for a moment, and put back: " + switched + ".");
+        switches.tellSwitched();
         result = request.json ? asJson(camera, tree) : asTable(camera, tree);
         return kDone;
     };

@@ -14,9 +14,6 @@ using GenApi_3_0::EAccessMode;
 
 namespace {
 
-// Of a number of steps: single precision holds no more digits.
-constexpr double kStepTolerance = 1e-6;
-
 // A camera's level of brightness: this is white.
 constexpr double kWhite = 255;
 
@@ -126,77 +123,59 @@ Number stepOf(const Reading &reading) {
     return hasValue(reading.limits.inc) ? std::max<Number>(0, wide(reading.limits.inc)) : 0;
 }
 
-Value narrow(const Reading &reading, Number number) {
-    return reading.kind == Kind::Integer ? Value(static_cast<int64_t>(number))
-                                         : Value(static_cast<double>(number));
-}
-
-// The steps on both sides of a number.
-std::string nearestSteps(const Reading &reading, Number number) {
-    const auto shown = [&](Number step) {
-        return valueText(*reading.feature, narrow(reading, step));
-    };
-    const Number step = stepOf(reading);
-    const Number below = number - std::fmod(number - wide(reading.limits.min), step);
-    const bool both = below + step <= wide(reading.limits.max);
-    return "its step is " + shown(step) + "; the nearest " + (both ? "are " : "is ") +
-           shown(below) + (both ? " and " + shown(below + step) : "") + ".";
-}
-
 // The camera's own number, whole or not. Without a unit it is in the one that is shown.
-struct Typed {
-    Number number;
-    bool exact; ///< not made by a conversion that hardly ever meets a step
-};
-Typed typedNumber(const Reading &reading, const std::string &text) {
+Number typedNumber(const Reading &reading, const std::string &text) {
     const Feature &feature = *reading.feature;
     const char *const end = text.data() + text.size();
     int64_t whole = 0;
     if (const auto [stop, error] = std::from_chars(text.data(), end, whole);
         error == std::errc() && stop == end && reading.kind == Kind::Integer)
-        return {static_cast<Number>(whole), true};
+        return static_cast<Number>(whole);
     double number = 0;
     const auto [stop, error] = std::from_chars(text.data(), end, number);
-    if (error != std::errc() || std::isnan(number))
-        throw refusal(reading, text);
-    if (stop == end) {
-        const Unit unit = unitOf(feature, reading.kind);
-        return {ownNumber(unit, number), unit != Unit::Decibels};
-    }
     const char *const unit = std::find_if(stop, end, [](char c) { return c != ' '; });
-    const auto own = ownNumber(feature, number, {unit, static_cast<size_t>(end - unit)});
-    if (!own)
+    const auto own = stop == end
+                         ? ownNumber(unitOf(feature, reading.kind), number)
+                         : ownNumber(feature, number, {unit, static_cast<size_t>(end - unit)});
+    if (error != std::errc() || std::isnan(number) || !own)
         throw refusal(reading, text);
-    return {*own, feature.unit != Unit::Decibels && feature.unit != Unit::Level};
+    return *own;
 }
 
 Value checkedNumber(const Camera &camera, const Reading &reading, const std::string &text) {
+    const Feature &feature = *reading.feature;
     const bool isWhole = reading.kind == Kind::Integer;
+    // A conversion hardly ever meets a step.
+    const bool isConverted = feature.unit == Unit::Decibels || feature.unit == Unit::Level;
     const Number min = wide(reading.limits.min);
     const Number max = wide(reading.limits.max);
-    const Number step = stepOf(reading);
-    auto [number, exact] = typedNumber(reading, text);
-    if (isWhole && !exact)
+    Number number = typedNumber(reading, text);
+    if (isWhole && isConverted)
         number = std::round(number);
     if (isWhole && number != std::round(number))
         throw refusal(reading, text);
     // What is shown as 18.0618 is 18.06179973: whoever types what was shown means that.
     if (!isWhole)
         for (const Value &limit : {reading.limits.min, reading.limits.max})
-            if (valueText(*reading.feature, static_cast<double>(number)) ==
-                valueText(*reading.feature, limit))
+            if (valueText(feature, static_cast<double>(number)) == valueText(feature, limit))
                 number = wide(limit);
     if (!(number >= min && number <= max))
         throw refusal(reading, text, inTheWay(camera, reading, number > max));
-    const Number beyond = step > 0 && (isWhole || !exact) ? std::fmod(number - min, step) : 0;
-    if (beyond == 0)
-        return narrow(reading, number);
-    if (exact)
-        throw Error(kWrongUsage, reading.feature->name + "=" + text +
-                                     " is not possible: " + nearestSteps(reading, number));
+    const Number step = isWhole || isConverted ? stepOf(reading) : 0;
+    const Number beyond = step > 0 ? std::fmod(number - min, step) : 0;
     const Number below = number - beyond;
-    const bool up = 2 * beyond >= step && below + step <= max;
-    return narrow(reading, up ? below + step : below);
+    const bool hasNext = beyond > 0 && below + step <= max;
+    const auto narrow = [&](Number own) {
+        return isWhole ? Value(static_cast<int64_t>(own)) : Value(static_cast<double>(own));
+    };
+    if (beyond == 0 || isConverted)
+        return narrow(hasNext && 2 * beyond >= step ? below + step : below);
+    const auto shown = [&](Number own) { return valueText(feature, narrow(own)); };
+    throw Error(kWrongUsage, feature.name + "=" + text + " is not possible: its step is " +
+                                 shown(step) + "; the nearest " +
+                                 (hasNext ? "are " + shown(below) + " and " + shown(below + step)
+                                          : "is " + shown(below)) +
+                                 ".");
 }
 
 // In decibels the value that the first step leads to: steps of the camera's factor are not equally
@@ -209,11 +188,6 @@ Value shownStep(const Reading &reading) {
         return {};
     const bool decibels = unitOf(*reading.feature, reading.kind) == Unit::Decibels;
     return decibels ? numberOf(reading.limits.min) + *inc : *inc;
-}
-
-std::string unitText(const Reading &reading) {
-    const char *unit = nameOf(unitOf(*reading.feature, reading.kind));
-    return unit ? unit : reading.unit;
 }
 
 Value checkedBoolean(const Reading &reading, const std::string &text) {
@@ -249,17 +223,14 @@ Reading readFeature(const Camera &camera, const Feature &feature, Switches *swit
     const std::string error = whyNotDone([&] {
         if (switches)
             switches->reach(feature);
-        else
-            reading.problem = unmetNeed(camera, feature, true);
         reading.access = node.access();
-        if (!reading.problem.empty())
-            return;
         const bool exists = reading.access != GenApi_3_0::NI && reading.access != GenApi_3_0::NA;
-        if (!exists) // it has no range either
-            reading.problem = unmetNeed(camera, feature, false);
+        // What exists may have its modes as they are, but other selectors mean another value.
+        reading.problem = unmetNeed(camera, feature, exists);
+        const bool hasRange = exists && reading.problem.empty();
         if (reading.problem.empty() && (!exists || reading.access == GenApi_3_0::WO))
             reading.problem = modeOf(reading.access).whyNot;
-        if (!exists)
+        if (!hasRange)
             return;
         if (reading.problem.empty())
             reading.value = switches ? switches->read(feature) : node.read();
@@ -355,12 +326,15 @@ Json shownValue(const Feature &feature, const Value &value) {
     return std::visit(shown, value);
 }
 
+std::string textOf(const Json &value) {
+    return value.is_null()           ? kNone
+           : value.is_string()       ? value.get<std::string>()
+           : value.is_number_float() ? numberText(value)
+                                     : value.dump();
+}
+
 std::string valueText(const Feature &feature, const Value &value) {
-    if (const auto *number = std::get_if<double>(&value))
-        return numberText(shownNumber(feature.unit, *number));
-    if (const auto *text = std::get_if<std::string>(&value))
-        return cleaned(*text);
-    return hasValue(value) ? shownValue(feature, value).dump() : kNone;
+    return textOf(shownValue(feature, value));
 }
 
 std::string quantityText(const Feature &feature, const Value &value) {
@@ -371,33 +345,42 @@ std::string quantityText(const Feature &feature, const Value &value) {
     return valueText(feature, value) + (unit ? " " + std::string(unit) : "");
 }
 
+std::string readingText(const Reading &reading) {
+    return quantityText(*reading.feature, reading.value) +
+           (reading.unit.empty() || !hasValue(reading.value) ? "" : " " + reading.unit) +
+           (reading.problem.empty() ? "" : " (" + reading.problem + ")");
+}
+
+std::string tableOf(const Camera &camera, const std::vector<Reading> &readings) {
+    std::vector<Row> rows{{columnsOfReadings()}};
+    for (const Reading &reading : readings)
+        rows.push_back({cellsOf(reading)});
+    return camera.heading() + "\n" + tableText(rows);
+}
+
 Words columnsOfReadings() {
     return {"Feature", "Value", "Minimum", "Maximum", "Step", "Unit", "Access", "Kind"};
 }
 
 Words cellsOf(const Reading &reading) {
-    const Feature &feature = *reading.feature;
-    const Value step = shownStep(reading);
-    const bool leads = hasValue(step) && unitOf(feature, reading.kind) == Unit::Decibels;
-    const std::string unit = unitText(reading);
-    std::string kind = nameOf(reading.kind);
+    const Json is = asMembers(reading);
+    Words cells;
+    for (const char *name :
+         {"name", "value", "minimum", "maximum", "increment", "unit", "access", "kind"})
+        cells.push_back(textOf(is.at(name)));
+    if (!is.at("increment").is_null() && is.at("unit") == nameOf(Unit::Decibels))
+        cells[4].insert(0, "to ");
     if (!hasValue(reading.value) && !reading.problem.empty())
-        kind += "; " + reading.problem;
+        cells[7] += "; " + reading.problem;
     else if (!reading.entries.empty())
-        kind += ": " + joined(reading.entries, ", ");
-    return {feature.name,
-            valueText(feature, reading.value),
-            valueText(feature, reading.limits.min),
-            valueText(feature, reading.limits.max),
-            (leads ? "to " : "") + valueText(feature, step),
-            unit.empty() ? kNone : unit,
-            nameOf(reading.access),
-            kind};
+        cells[7] += ": " + joined(reading.entries, ", ");
+    return cells;
 }
 
 Json asMembers(const Reading &reading) {
     const Feature &feature = *reading.feature;
-    const std::string unit = unitText(reading);
+    const char *known = nameOf(unitOf(feature, reading.kind));
+    const std::string unit = known ? known : reading.unit;
     Json members = {{"name", feature.name},
                     {"kind", nameOf(reading.kind)},
                     {"access", nameOf(reading.access)},
@@ -419,9 +402,7 @@ Json asMembers(const CameraName &name) {
 
 std::string lineOf(const Camera &camera, const char *name) {
     const Feature &feature = featureNamed(name);
-    const Reading reading = readFeature(camera, feature, nullptr);
-    return feature.name + ": " + quantityText(feature, reading.value) +
-           (reading.problem.empty() ? "" : " (" + reading.problem + ")") + "\n";
+    return feature.name + ": " + readingText(readFeature(camera, feature, nullptr)) + "\n";
 }
 
 std::string changeText(const std::string &name, const std::string &before,
@@ -444,11 +425,12 @@ std::string rangeText(const Reading &reading) {
 
 Value checkedValue(const Camera &camera, const Reading &reading, const std::string &text) {
     const std::string &name = reading.feature->name;
-    if (reading.kind == Kind::Missing && reading.feature->kind == Kind::Missing)
-        throw Error(kWrongUsage, "\"" + shortened(name) + "\" cannot be set: " + reading.problem +
-                                     "." + nearestFeatures(name));
-    if (reading.kind == Kind::Missing || reading.failed)
-        throw Error(kFailed, name + " cannot be set: " + reading.problem + ".");
+    const bool isMissing = reading.kind == Kind::Missing;
+    const bool isUnknown = isMissing && reading.feature->kind == Kind::Missing;
+    if (isMissing || reading.failed)
+        throw Error(isUnknown ? kWrongUsage : kFailed,
+                    (isUnknown ? '"' + shortened(name) + '"' : name) + " cannot be set: " +
+                        reading.problem + "." + (isUnknown ? nearestFeatures(name) : ""));
     if (reading.access != GenApi_3_0::RW && reading.access != GenApi_3_0::WO)
         throw Error(kWrongUsage, name + " cannot be set: " + modeOf(reading.access).whyNot +
                                      lockedText(reading) + ".");
@@ -463,17 +445,6 @@ Value checkedValue(const Camera &camera, const Reading &reading, const std::stri
     default:
         return text;
     }
-}
-
-std::string offStepNote(const Reading &reading, const Value &value) {
-    const Number step = stepOf(reading);
-    if (reading.kind != Kind::Float || step == 0 || reading.feature->unit == Unit::Decibels)
-        return "";
-    const Number steps = (wide(value) - wide(reading.limits.min)) / step;
-    if (std::fabs(steps - std::round(steps)) <= kStepTolerance * std::max<Number>(1, steps))
-        return "";
-    return reading.feature->name + "=" + valueText(*reading.feature, value) +
-           " is on no step: " + nearestSteps(reading, wide(value));
 }
 
 void checkLimits(const Feature &changed, const std::function<Value(const Feature &)> &valueOf) {

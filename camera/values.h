@@ -74,13 +74,20 @@ std::optional<double> ownNumber(const Feature &feature, double typed, std::strin
 /** A value in the unit that users see; null for none. */
 nlohmann::ordered_json shownValue(const Feature &feature, const Value &value);
 
+/** Such a value for people, rounded; "-" for none. */
+std::string textOf(const nlohmann::ordered_json &value);
+
 /** A value for people: in its unit, rounded, without the unit's name; "-" for none. */
 std::string valueText(const Feature &feature, const Value &value);
 
 /** The same with the unit's name. */
 std::string quantityText(const Feature &feature, const Value &value);
 
-/** A row of a table of readings, and what stands above it. */
+/** The same with the camera's own unit, and with what stands in the way of it. */
+std::string readingText(const Reading &reading);
+
+/** A table of readings, with the camera above it; one of its rows, and what stands above that. */
+std::string tableOf(const Camera &camera, const std::vector<Reading> &readings);
 Words columnsOfReadings();
 Words cellsOf(const Reading &reading);
 
@@ -101,18 +108,12 @@ std::string rangeText(const Reading &reading);
 /**
  * What a user typed as a value of the feature, if it may be set to that now: with a unit that fits
  * or without one, entries and switches in any capitals. A number that is shown like an end of the
- * range counts as that end; decibels go to the nearest step.
+ * range counts as that end; decibels and levels of brightness go to the nearest step.
  *
  * \throws Error (kWrongUsage) when it is none, outside the range or, a whole number, off its steps,
  *         or the feature cannot be written; (kFailed) when the camera does not have it
  */
 Value checkedValue(const Camera &camera, const Reading &reading, const std::string &text);
-
-/**
- * What to say of a float that is beside its steps, with the nearest ones; empty: it is on one.
- * Cameras take such a value: it is for them to say what becomes of it.
- */
-std::string offStepNote(const Reading &reading, const Value &value);
 
 /** \throws Error (kWrongUsage) when the feature is a limit, and the lower is above the upper */
 void checkLimits(const Feature &changed, const std::function<Value(const Feature &)> &valueOf);

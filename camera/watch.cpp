@@ -46,12 +46,6 @@ std::string timeText(Clock::time_point time, bool forPrograms) {
     return text;
 }
 
-std::string textOf(const Reading &reading) {
-    return quantityText(*reading.feature, reading.value) +
-           (reading.unit.empty() || !hasValue(reading.value) ? "" : " " + reading.unit) +
-           (reading.problem.empty() ? "" : " (" + reading.problem + ")");
-}
-
 std::string dumped(const Json &document) {
     return document.dump(-1, ' ', false, Json::error_handler_t::replace);
 }
@@ -90,14 +84,6 @@ std::string metricsOf(const Camera &camera, const std::vector<Reading> &readings
     return text + "# EOF\n";
 }
 
-std::string tableOf(const Camera &camera, const std::vector<Reading> &readings) {
-    std::vector<Row> rows{{columnsOfReadings()}};
-    for (const Reading &reading : readings)
-        rows.push_back({cellsOf(reading)});
-    const char *const fromTop = isatty(STDOUT_FILENO) ? "\x1b[H\x1b[2J" : "";
-    return fromTop + camera.heading() + "\n" + tableText(rows);
-}
-
 void wait(Seconds interval) {
     const auto start = std::chrono::steady_clock::now();
     for (auto left = interval; !stopSignal() && left.count() > 0;
@@ -107,16 +93,12 @@ void wait(Seconds interval) {
 
 int watch(const Request &request) {
     const auto work = [&](Camera &camera, Switches &, const Words &names) {
-        std::vector<const Feature *> features;
-        for (const std::string &name : names.empty() ? Words{"DeviceTemperature"} : names)
-            for (const Feature *feature : featuresMeant(name)) {
-                if (camera.node(feature->node).kind() == Kind::Missing)
-                    throw Error(kWrongUsage,
-                                whyMissing(camera, *feature, '"' + shortened(name) + '"') + "." +
-                                    nearestFeatures(name));
-                if (std::find(features.begin(), features.end(), feature) == features.end())
-                    features.push_back(feature);
-            }
+        const auto features = featuresMeant(names.empty() ? Words{"DeviceTemperature"} : names);
+        for (const Feature *feature : features)
+            if (camera.node(feature->node).kind() == Kind::Missing)
+                throw Error(kWrongUsage,
+                            whyMissing(camera, *feature, '"' + shortened(feature->name) + '"') +
+                                "." + nearestFeatures(feature->name));
         std::vector<std::optional<std::string>> shown(features.size());
         for (unsigned look = 0; !brokenPipe(); wait(Seconds(request.interval))) {
             stopIfAsked();
@@ -125,7 +107,8 @@ int watch(const Request &request) {
             for (const Feature *feature : features)
                 readings.push_back(readFeature(camera, *feature, nullptr));
             for (size_t i = 0; i < features.size() && !request.table && !request.metrics; ++i) {
-                const std::string now = request.json ? jsonOf(readings[i]) : textOf(readings[i]);
+                const std::string now =
+                    request.json ? jsonOf(readings[i]) : readingText(readings[i]);
                 if (shown[i] == now)
                     continue;
                 const std::string time = timeText(Clock::now(), request.json);
@@ -136,7 +119,8 @@ int watch(const Request &request) {
                 shown[i] = now;
             }
             if (request.table)
-                writeOut(tableOf(camera, readings));
+                writeOut((isatty(STDOUT_FILENO) ? "\x1b[H\x1b[2J" : "") + // from its top
+                         tableOf(camera, readings));
             if (request.metrics)
                 writeOut(metricsOf(camera, readings));
             if (request.metrics || ++look == request.count)

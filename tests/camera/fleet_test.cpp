@@ -23,8 +23,8 @@ class FleetOfThree : public FleetOfTwo {
 protected:
     const Simcam silent{{"--silent-after", "2", "--camera", "S2@127.0.0.3"}};
     const std::string why =
-        "kxinfo: camera S2 cannot be opened: it does not answer. Check its power and "
-        "cable, and that no firewall keeps its answers away; then try again.\n";
+        "kxinfo: camera S2 cannot be opened: it does not answer. 'kxinfo doctor' tells what "
+        "helps.\n";
 };
 
 TEST_F(FleetOfThree, ShowsValuesSideBySideAndHidesNone) {

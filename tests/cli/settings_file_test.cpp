@@ -59,13 +59,17 @@ TEST(SettingsFile, IsRefusedWithThePlaceAndWhatIsExpectedThere) {
     const struct {
         std::string text, why;
     } cases[] = {
-        {"Width=640\n", "is no JSON document: parse error at line 1, column 1: syntax error while "
+        {"Width=640\n", "is no JSON document: [json.exception.parse_error.101] parse error at line "
+                        "1, column 1: syntax error while "
                         "parsing value - invalid literal; last read: 'W'."},
         {"{\"version\": 1,\n \"camera\" 5}",
-         "is no JSON document: parse error at line 2, column 11: syntax error while parsing object "
+         "is no JSON document: [json.exception.parse_error.101] parse error at line 2, column 11: "
+         "syntax error while parsing object "
          "separator - unexpected number literal; expected ':'."},
-        {R"({"version": 1e999})", "holds a number beyond all that JSON readers take."},
-        {R"({"version": 2})", "is of version 2; this kxinfo reads version 1."},
+        {R"({"version": 1e999})",
+         "is no JSON document: [json.exception.out_of_range.406] number overflow parsing '1e999'."},
+        {R"({"version": 2, )" + kCamera + R"(, "settings": []})",
+         form + "version is 2; expected is 1."},
         {"[]", form + "the document is a list; expected is an object."},
         {R"({"version": 1, "settings": []})",
          form + "in the document: Missing required property 'camera'."},
@@ -121,8 +125,9 @@ TEST(SettingsFile, IsReadInNoTimeHoweverMuchIsInIt) {
         {withTables(R"({"channel": null, "entries": [)" + times(60000, "\"\",") + "1]}"),
          "is no file of settings: lookupTables[0].entries[0] is \"\"; expected is a whole number "
          "from -2147483648 to 2147483647."},
-        {R"({"version": ")" + std::string(16000000, 'x') + "\"}",
-         "is of version \"" + times(39, "x") + "...; this kxinfo reads version 1."},
+        {R"({"version": ")" + std::string(16000000, 'x') + "\", " + kCamera +
+             R"(, "settings": []})",
+         "is no file of settings: version is \"" + times(39, "x") + "...; expected is 1."},
     };
     for (const auto &wrong : cases) {
         const std::clock_t start = std::clock();
