@@ -38,6 +38,8 @@ Example:
                     const auto read = [&](Camera &camera, Switches &switches) {
                         sides[i] =
                             readSaved(camera, request->switching ? &switches : nullptr, true);
+                        if (!sides[1 - i].lines.empty())
+                            readLines(camera, switches, request->switching, sides[i]);
                         return kDone;
                     };
                     const Purpose purpose = request->switching ? Purpose::Change : Purpose::Look;

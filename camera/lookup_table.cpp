@@ -1,8 +1,10 @@
 #include "camera/lookup_table.h"
 
+#include <unistd.h>
+
 #include <algorithm>
 #include <charconv>
-#include <climits>
+#include <chrono>
 #include <sstream>
 #include <string_view>
 #include <utility>
@@ -15,6 +17,33 @@ namespace {
 
 // Far more than the 4096 of 12 bits; what a description names beyond is no table.
 constexpr int64_t kMostEntries = 1 << 20;
+
+// Shown on a terminal, every so many entries, with the time that is left.
+class Progress {
+public:
+    Progress(const char *what, size_t total) : what_(what), total_(total) {}
+    ~Progress() {
+        if (shown_)
+            (void)fputs("\r\033[K", stderr);
+    }
+
+    void step() {
+        constexpr size_t kShownEvery = 16;
+        if (shown_ && done_ > 0 && done_ % kShownEvery == 0) {
+            const std::chrono::duration<double> past = std::chrono::steady_clock::now() - start_;
+            (void)fprintf(
+                stderr, "\r\033[K%zu of %zu entries %s, about %.0f s left", done_, total_, what_,
+                past.count() * static_cast<double>(total_ - done_) / static_cast<double>(done_));
+        }
+        ++done_;
+    }
+
+private:
+    const char *what_;
+    size_t total_, done_ = 0;
+    bool shown_ = isatty(STDERR_FILENO) == 1;
+    std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
+};
 
 // What an enumeration is on; empty: there is none, or it cannot be read.
 std::string entryOf(const Camera &camera, const char *name) {
@@ -92,11 +121,11 @@ LookupTable::LookupTable(const Camera &camera, Switches &switches)
         channels_.emplace_back();
     const int64_t first = index_->GetMin();
     const int64_t last = index_->GetMax();
-    if (first != 0 || last < 0 || last >= kMostEntries || value_->GetMin() < INT_MIN ||
-        value_->GetMax() > INT_MAX)
-        throw Error(kFailed, "the lookup table cannot be used: expected is one from 0 on, of at "
-                             "most " +
-                                 std::to_string(kMostEntries) + " entries of 32 bits with a sign.");
+    if (first != 0 || last < 0 || last >= kMostEntries)
+        throw Error(kFailed, "the lookup table cannot be used: \"LUTIndex\" goes from " +
+                                 std::to_string(first) + " to " + std::to_string(last) +
+                                 "; expected is a table from 0 on, of at most " +
+                                 std::to_string(kMostEntries) + " entries.");
     size_ = static_cast<size_t>(last) + 1;
 }
 
@@ -126,16 +155,22 @@ std::string LookupTable::problemOf(const TableEntry &entry) const {
 
 int LookupTable::read(int index) {
     index_->SetValue(index, true);
-    return static_cast<int>(value_->GetValue(false, false));
+    const int64_t value = value_->GetValue(false, false);
+    if (value != static_cast<int>(value))
+        throw Error(kFailed, "entry " + std::to_string(index) + " of the lookup table holds " +
+                                 std::to_string(value) + ", which is more than kxinfo can keep.");
+    return static_cast<int>(value);
 }
 
 std::vector<SavedTable> LookupTable::read(const Words &channels) {
+    Progress progress("read", channels.size() * size_);
     std::vector<SavedTable> tables;
     for (const std::string &channel : channels) {
         select(channel);
         SavedTable table{channel, {}};
         while (table.entries.size() < size_) {
             stopIfAsked();
+            progress.step();
             table.entries.push_back(read(static_cast<int>(table.entries.size())));
         }
         tables.push_back(std::move(table));
@@ -144,9 +179,11 @@ std::vector<SavedTable> LookupTable::read(const Words &channels) {
 }
 
 void LookupTable::write(const Words &channels, const std::vector<TableEntry> &entries) {
+    Progress progress("written", channels.size() * entries.size());
     for (const std::string &channel : channels) {
         select(channel);
         for (const TableEntry &entry : entries) {
+            progress.step();
             stopIfAsked();
             if (const int before = read(entry.index); before != entry.value) {
                 if (written_.empty())

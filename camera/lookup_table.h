@@ -40,7 +40,7 @@ public:
      * Switches to the user's table of 12 bits with \p switches, which must outlive it. Pixels do not
      * go through the table meanwhile, unless it is this one already and no entry of it is written.
      *
-     * \throws Error (kFailed) when the camera has none, or one that is no table of ints from 0 on
+     * \throws Error (kFailed) when the camera has none, or one that is no table from 0 on
      */
     LookupTable(const Camera &camera, Switches &switches);
 
@@ -53,6 +53,7 @@ public:
     /** Why this cannot be an entry, as a clause; empty: it can. */
     std::string problemOf(const TableEntry &entry) const;
 
+    /** \throws Error (kFailed) when an entry is beyond what an int holds */
     std::vector<SavedTable> read(const Words &channels);
 
     /** Writes entries that have no problem to the table of each channel, where they differ. */

@@ -115,7 +115,8 @@ std::optional<gvcp::Found> choose(std::string &name) {
             throw;
         if (!name.empty())
             (void)unsetenv("KXGIGE_SERIAL"); // kxinfo-host sets it
-        for (const gvcp::Found &camera : gvcp::discover(gvcp::searchFromEnvironment())) {
+        const auto answered = gvcp::discover(gvcp::searchFromEnvironment());
+        for (const gvcp::Found &camera : answered) {
             if (!isDalsa(camera.identity) || camera.identity.serial.rfind(name, 0) != 0)
                 continue;
             if (!name.empty())
@@ -123,6 +124,8 @@ std::optional<gvcp::Found> choose(std::string &name) {
             askAlone(camera);
             return camera;
         }
+        if (const std::string why = noDalsaCamera(answered); !answered.empty() && !why.empty())
+            tell(why);
         return std::nullopt; // the plug-in may see it otherwise
     }
 }

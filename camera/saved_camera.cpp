@@ -110,6 +110,12 @@ std::string differences(const SavedCamera &a, const SavedCamera &b) {
     for (const char *channel : {"", "Red", "Green", "Blue"})
         if (unread.count(kLookupTable) == 0)
             lines += difference(channel, a, b);
+    const auto ofA = otherLines(a), ofB = otherLines(b);
+    const auto number = [](const std::string &text) { return Json::parse(text, nullptr, false); };
+    for (const auto &[name, text] : ofA)
+        if (const auto other = ofB.find(name);
+            other != ofB.end() && text != other->second && !(number(text) == number(other->second)))
+            lines += changeText(name, text, other->second);
     return lines;
 }
 

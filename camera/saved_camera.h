@@ -5,6 +5,7 @@
 #ifndef KXINFO_CAMERA_SAVED_CAMERA_H
 #define KXINFO_CAMERA_SAVED_CAMERA_H
 
+#include <map>
 #include <optional>
 #include <string>
 #include <utility>
@@ -86,8 +87,8 @@ std::string genApiText(const SavedCamera &camera);
 constexpr const char *kNoTable = "a GenApi file has no place for it";
 
 /**
- * Reads lines of what is not saved otherwise and can be read and written: actions, selectors and what
- * belongs to one camera in its network are none.
+ * Reads lines of what is not saved otherwise and can be read and written: actions, selectors and
+ * what belongs to one camera in its network are none.
  *
  * \param switching  with every choice of its selectors; otherwise nothing is written to the camera
  * \return how many they are, apart from the selectors in between
@@ -96,6 +97,9 @@ size_t readLines(const Camera &camera, Switches &switches, bool switching, Saved
 
 /** Makes settings of the lines, if any. \param camera  null: of those that savedFeatures() has */
 void placeLines(SavedCamera &saved, const Camera *camera);
+
+/** Values of the lines that are no settings, by names that have the latest selector's choice. */
+std::map<std::string, std::string> otherLines(const SavedCamera &saved);
 
 /** Whether a word that may name a camera or a file names a file. */
 bool isFile(const std::string &word);

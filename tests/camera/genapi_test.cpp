@@ -99,6 +99,26 @@ TEST_F(GenApi, IsTheSameAsAJsonFileOfTheCamera) {
     }
 }
 
+TEST_F(GenApi, ComparesFeaturesOfTheCamerasOwn) {
+    WatchedCamera camera({smallTables()});
+    camera.write({{reg::kBalanceWhiteAuto, 2}});
+    const std::string before = saved(camera, "before", {"--format", "genapi", "--switch"});
+    const std::string own =
+        camera.folder().file("own", "Width\t640\nPixelFormat\tMono10\nBlackLevel\t9\n"
+                                    "BalanceRatioSelector\tGreen\nBalanceRatio\t2\n");
+    ASSERT_EQ(0, kxinfo({"restore", "S1234", own}).status);
+    const std::string after = saved(camera, "after", {"--format", "genapi", "--switch"});
+    (void)camera.changes();
+    const std::string differ = "Width: 1936 px -> 640 px\n"
+                               "BalanceRatio[Green]: 1.0 -> 2.0\n"
+                               "BlackLevel: 0.0 -> 9.0\n"
+                               "PixelFormat: Mono8 -> Mono10\n";
+    EXPECT_EQ((Result{1, differ, kNotCompared}), kxinfo({"diff", before, after}));
+    EXPECT_EQ((Result{1, differ, kNotCompared}), kxinfo({"diff", before, "S1234", "--switch"}));
+    EXPECT_EQ((Result{0, "", kNotCompared}), kxinfo({"diff", "S1234", after, "--switch"}));
+    EXPECT_THAT(camera.changes(), IsEmpty());
+}
+
 TEST_F(GenApi, TakesSelectorsInLinesInFrontOrInBraces) {
     for (const char *name : {"lines-in-front.txt", "braces.txt"}) {
         WatchedCamera camera({smallTables()});

@@ -5,6 +5,12 @@
 
 #include <chrono>
 #include <csignal>
+#include <cstdlib>
+#include <numeric>
+
+#include <fcntl.h>
+#include <poll.h>
+#include <unistd.h>
 
 namespace {
 
@@ -157,34 +163,76 @@ TEST_F(Lut, IsLoadedForTheOnlyColourAlsoWhenThatIsNotSelected) {
                                               "lutMode: Off -> Active", "lutSize: Bpp8 -> Bpp12"));
 }
 
-TEST_F(Lut, IsRefusedWhenItIsNoTableOfNumbersThatAFileMayHold) {
-    for (const Replacement &other :
-         {limits("LUTIndex", "1", "16"), limits("LUTIndex", "0", "1048576"),
-          limits("LUTIndex", "0", "4294967295"), limits("LUTValue", "0", "2147483648"),
-          limits("LUTValue", "-2147483649", "0")}) {
-        SCOPED_TRACE(other.by);
-        WatchedCamera camera({other});
+TEST_F(Lut, IsRefusedWhenItsIndexesAreThoseOfNoTable) {
+    const struct {
+        std::string min;
+        std::string max;
+    } cases[] = {{"1", "16"}, {"0", "1048576"}, {"0", "2147483647"}, {"0", "4294967295"}};
+    for (const auto &[min, max] : cases) {
+        SCOPED_TRACE(max);
+        WatchedCamera camera({limits("LUTIndex", min, max)});
         const std::string file = camera.folder().file("curve.csv", "1,5\n");
         camera.write(gammaOn);
 
         EXPECT_EQ((Result{3, "",
-                          "kxinfo: the lookup table cannot be used: expected is one from 0 on, of "
-                          "at most 1048576 entries of 32 bits with a sign.\n"}),
+                          "kxinfo: the lookup table cannot be used: \"LUTIndex\" goes from " + min +
+                              " to " + max +
+                              "; expected is a table from 0 on, of at most 1048576 entries.\n"}),
                   kxinfo({"lut", "S1234", "load", file}));
         EXPECT_THAT(camera.changes(), IsEmpty());
     }
 }
 
-TEST_F(Lut, TakesValuesUpToWhatAFileMayHold) {
-    WatchedCamera camera({smallTables(), limits("LUTValue", "0", "2147483647")});
+TEST_F(Lut, TakesValuesUpToWhatAFileMayHoldWhereTheCameraTakesMore) {
+    WatchedCamera camera({smallTables(), limits("LUTValue", "0", "4294967295")});
     const std::string file = camera.folder().file("curve.csv", "1,2147483647\n");
 
     EXPECT_EQ(done("off -> the user's table, 1 entries of Red"),
               kxinfo({"lut", "S1234", "load", file, "--channel", "red"}));
     EXPECT_THAT(camera.changes(), testing::Contains("LUTValue[Red][1]: (none) -> 2147483647"));
     EXPECT_EQ(
-        (Result{2, "", "kxinfo: " + file + ", line 1: value -1 is outside 0 to 2147483647.\n"}),
+        (Result{2, "", "kxinfo: " + file + ", line 1: value -1 is outside 0 to 4294967295.\n"}),
         kxinfo({"lut", "S1234", "load", camera.folder().file("curve.csv", "1,-1\n")}));
+
+    camera.write({{reg::kLutValues + 8, 0x80000000}});
+    EXPECT_EQ((Result{3, "",
+                      "kxinfo: entry 2 of the lookup table holds 2147483648, which is more than "
+                      "kxinfo can keep.\n"}),
+              kxinfo({"lut", "S1234", "load", camera.folder().file("curve.csv", "2,1\n")}));
+    EXPECT_THAT(camera.changes(), IsEmpty());
+}
+
+TEST_F(Lut, ShowsOnATerminalHowFarLoadingHasCome) {
+    const int terminal = posix_openpt(O_RDWR | O_NOCTTY);
+    ASSERT_GE(terminal, 0);
+    ASSERT_EQ(0, grantpt(terminal));
+    ASSERT_EQ(0, unlockpt(terminal));
+    const int held = open(ptsname(terminal), O_RDWR | O_NOCTTY); // keeps what has been written
+    WatchedCamera camera({smallTables()});
+    const std::string file = camera.folder().file("curve", valuesUpTo(16));
+
+    EXPECT_EQ(done("off -> the user's table, 16 entries of Red, Green, Blue"),
+              kxinfo({"lut", "S1234", "load", file}, {}, Stream::to(ptsname(terminal))));
+    std::string shown;
+    // It comes in pieces, as a terminal likes to pass it on.
+    pollfd arrival = {terminal, POLLIN, 0};
+    const auto isWhole = [&] {
+        const size_t last = shown.find("32 of 48");
+        return last != shown.npos && shown.find("\033[K", last) != shown.npos;
+    };
+    while (!isWhole() && poll(&arrival, 1, 10000) > 0) {
+        char piece[256];
+        const ssize_t count = read(terminal, piece, sizeof piece);
+        ASSERT_GT(count, 0);
+        shown.append(piece, static_cast<size_t>(count));
+    }
+    const std::string part = "\r\033\\[K.. of 48 entries written, about [0-9]+ s left";
+    EXPECT_THAT(shown, testing::MatchesRegex(part + part + "\r\033\\[K"));
+    (void)close(held);
+    (void)close(terminal);
+
+    EXPECT_EQ(done("the user's table -> the user's table, 16 entries of Red, Green, Blue"),
+              kxinfo({"lut", "S1234", "load", file}));
 }
 
 TEST_F(Lut, IsOffWhileItsEntriesAreWritten) {
