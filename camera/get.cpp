@@ -113,10 +113,9 @@ int getAll(const Request &request) {
         columns.push_back(feature->name);
     return showFleet(results, columns, [](const FleetResult &result) {
         Words cells;
-        const Json document = Json::parse(result.out, nullptr, false);
-        if (!document.is_object()) // why is told
+        if (result.document.is_null()) // why is told
             return cells;
-        for (const Json &property : document.at("properties")) {
+        for (const Json &property : result.document.at("properties")) {
             const Json &value = property.at("value");
             const Json &unit = property.at("unit");
             cells.push_back(textOf(value) +
