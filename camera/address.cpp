@@ -2,7 +2,9 @@
 // needs no description, and works on a camera that cannot be reached.
 
 #include <algorithm>
+#include <chrono>
 #include <memory>
+#include <thread>
 
 #include "camera/command.h"
 #include "camera/find.h"
@@ -18,8 +20,9 @@ using namespace gvcp::bootstrap;
 using gvcp::Found;
 using gvcp::Reach;
 
-// A camera that was given an address is looked for so often.
+// A camera that was given an address is waited for as long as so many searches take.
 constexpr int kMostLooks = 10;
+constexpr std::chrono::milliseconds kBetweenLooks{100};
 
 struct Request {
     CameraArgument camera;
@@ -70,11 +73,14 @@ std::vector<uint32_t> registersOf(const Found &camera, gvcp::Channel &channel) {
 
 Error failure(const Found &camera, const gvcp::Error &error) {
     stopIfAsked();
-    const bool held = error.cause() == gvcp::Cause::Controlled;
-    return {held || error.cause() == gvcp::Cause::Unreachable ? kNoCamera : kFailed,
+    const gvcp::Cause cause = error.cause();
+    const bool held = cause == gvcp::Cause::Controlled, far = cause == gvcp::Cause::Unreachable;
+    return {held || far ? kNoCamera : kFailed,
             nameFor(camera) + " cannot be worked on: " + error.what() +
                 (held ? ". End that program, or wait some seconds if it crashed, and try again."
-                      : ". With '--force ADDRESS' it gets an address where it can be reached.")};
+                 : far || cause == gvcp::Cause::Silent
+                     ? ". With '--force ADDRESS' it gets an address where it can be reached."
+                     : ".")};
 }
 
 int show(const Found &camera, bool asJson) {
@@ -189,6 +195,13 @@ void keep(const Found &camera, const Request &request) {
                 write(i, before);
             } catch (const gvcp::Error &) { // the others may still be put back
             }
+        bool isBack = false;
+        try {
+            isBack = registersOf(camera, channel) == before;
+        } catch (const gvcp::Error &) { // nobody knows
+        }
+        if (!isBack)
+            tell(nameFor(camera) + ": what had been set cannot be put back.");
         throw;
     }
 }
@@ -210,10 +223,13 @@ Found force(Found camera, const Request &request) {
         throw gvcp::Error(gvcp::Cause::Refused, gvcp::statusText(status));
     gvcp::Search search = searchFor(to.address);
     search.mac = macOf(camera.identity);
-    for (int look = 0; look < kMostLooks; ++look)
+    const auto end = std::chrono::steady_clock::now() + kMostLooks * search.window;
+    while (std::chrono::steady_clock::now() < end) {
         for (const Found &found : gvcp::discover(search))
             if (found.identity.address == to.address && macOf(found.identity) == search.mac)
                 return found;
+        std::this_thread::sleep_for(kBetweenLooks);
+    }
     throw Error(kFailed, nameFor(camera) + " has not come back at " + gvcp::dotted(to.address) +
                              ". 'kxinfo list' shows whether it does later, or has stayed where it "
                              "was. If it is not there, switch it off and on: this address is then "

@@ -108,8 +108,8 @@ void addSwitch(CLI::App &command, bool &switching) {
                      "otherwise; the lookup table, for example");
 }
 
-void addAll(CLI::App &command, bool &all) {
-    command.add_flag("--all", all, "Every Dalsa camera that answers, a line for each");
+CLI::Option *addAll(CLI::App &command, bool &all) {
+    return command.add_flag("--all", all, "Every Dalsa camera that answers, a line for each");
 }
 
 int changeAll(const Words &arguments) {

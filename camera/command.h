@@ -42,7 +42,7 @@ void addCamera(CLI::App &command, CameraArgument &camera);
 void addSwitch(CLI::App &command, bool &switching);
 
 /** Declares --all, of every camera; what is read into must outlive the parsing. */
-void addAll(CLI::App &command, bool &all);
+CLI::Option *addAll(CLI::App &command, bool &all);
 
 /** What 'kxinfo doctor' writes; \p each: of all cameras. \return the status that it ends with */
 int diagnose(const CameraArgument &camera, bool each, bool json, std::string &result);

@@ -243,17 +243,17 @@ void judgeSettings(Examination &all, bool missing) {
 bool judgeState(Examination &all, const gvcp::Found &camera, const State &state) {
     const uint32_t address = camera.identity.address;
     const std::string name = labelOf(camera), dev = " dev " + cardOf(all, camera).name;
+    if (state.name == "controlled")
+        all.note(kHeld, name + " is " + state.text,
+                 "end that program; if it crashed, wait some seconds");
+    if (state.name == "controlled" || state.name == "free")
+        return true;
     if (const std::string outside = gvcp::whyOutside(address); !outside.empty()) {
         all.note(address >> 16 == 0xa9fe ? kLinkLocal : kWrongNetwork, name + ": " + outside,
                  say("kxinfo address ", macText(macOf(camera.identity)),
                      " --force ADDRESS/BITS, a free one of this computer's network"));
         return false;
     }
-    if (state.name == "controlled")
-        all.note(kHeld, name + " is " + state.text,
-                 "end that program; if it crashed, wait some seconds");
-    if (state.name == "controlled" || state.name == "free")
-        return true;
     if (hostTowards(address) != camera.host)
         all.note(kWrongRoute, name + " is not asked by" + dev,
                  "sudo ip route add " + dotted(address) + dev);
@@ -352,7 +352,7 @@ int examine(Examination &all, const CameraArgument &name, bool each) {
     stopIfAsked();
     std::vector<gvcp::Found> meant = all.answered;
     const char *variable = getenv(kCameraVariable);
-    if (!name.value_or("").empty() || (variable && *variable)) {
+    if (!name.value_or("").empty() || (!each && variable && *variable)) {
         try {
             meant = {chosenCamera(name)};
         } catch (...) {

@@ -178,21 +178,15 @@ void placeLines(SavedCamera &saved, const Camera *camera) {
         saved.settings.push_back(value);
 }
 
-std::map<std::string, std::string> otherLines(const SavedCamera &saved) {
-    std::map<std::string, int> count;
-    for (const SavedValue &value : saved.settings)
-        ++count[value.feature->node];
-    for (const auto &[name, text] : saved.lines)
-        ++count[name];
-    State state;
-    std::map<std::string, std::string> others;
-    std::string choice; // of the latest selector
+std::map<std::string, std::vector<OtherLine>> otherLines(const SavedCamera &saved) {
+    std::map<std::string, std::vector<OtherLine>> others;
+    State state, choices;
     for (const auto &[name, text] : saved.lines) {
         state[name] = text;
         if (name.find("Selector") != name.npos)
-            choice = '[' + text + ']';
+            choices[name] = text;
         else if (!rowFor(name, state))
-            others[name + (count[name] > 1 ? choice : "")] = text;
+            others[name].push_back({choices, text});
     }
     return others;
 }

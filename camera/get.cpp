@@ -135,12 +135,13 @@ Run declareGet(CLI::App &command) {
         ->type_name("");
     CLI::Option *const json =
         command.add_flag("--json", request->json, "Write a JSON document in place of the table");
-    command.add_flag("--value", request->value, "Write the bare value of one feature")
-        ->excludes(json);
+    CLI::Option *const value =
+        command.add_flag("--value", request->value, "Write the bare value of one feature")
+            ->excludes(json);
     command.add_flag("--names", request->list,
                      "Write the names and kinds of the features that kxinfo knows, and end");
     addSwitch(command, request->switches);
-    addAll(command, request->all);
+    addAll(command, request->all)->excludes(value);
     command.footer(
         R"(Names are those of the camera's features, in capitals or not. Gain, the balance ratios and the
 limits of automatic gain are in decibels. Nothing is written to the camera without --switch.

@@ -191,7 +191,7 @@ void judge(std::vector<FleetResult> &results, const HostOptions &options) {
                        kNoCamera,
                        {"the plug-in opens another camera in its place, \"" +
                         inFront->found.identity.serial + "\"."}};
-        else if (result->status == kDone && !options.json &&
+        else if (result->status == kDone && !options.json && !serial.empty() &&
                  result->out.find(kProbeHeading) == std::string::npos) {
             result->status = kFailed;
             result->messages.push_back(kNoResult);

@@ -87,7 +87,8 @@ void readFromFile(Side &side) {
         Reading &reading = side.readings.emplace_back(Reading{feature, feature->kind});
         for (const SavedValue &saved : side.saved.settings)
             if (saved.feature == feature)
-                reading.value = saved.value;
+                reading.value =
+                    feature->kind == Kind::Float ? Value(numberOf(saved.value)) : saved.value;
         reading.problem = hasValue(reading.value) ? "" : "the file does not hold it";
     }
 }

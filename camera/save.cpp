@@ -1,5 +1,6 @@
 // kxinfo save: what can be read is saved, and what is left out is told.
 
+#include <algorithm>
 #include <memory>
 
 #include "camera/command.h"
@@ -47,7 +48,9 @@ int save(const CameraArgument &name, const std::string &fileName, const Request 
                      " settings and " + std::to_string(entries) +
                      " entries of the lookup table saved to " + cleaned(fileName) + "\n");
         tellUnread(saved, "left out, since ");
-        if (!request.switching && !saved.unread.empty())
+        if (!request.switching &&
+            std::any_of(saved.unread.begin(), saved.unread.end(),
+                        [&](const auto &one) { return isJson || one.name != kLookupTable; }))
             tell("with --switch kxinfo switches the camera for a moment, and reads such settings "
                  "too.");
         return kDone;

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <map>
 #include <set>
+#include <utility>
 
 #include "camera/values.h"
 #include "cli/json.h"
@@ -58,6 +59,36 @@ std::string difference(const std::string &channel, const SavedCamera &a, const S
     return count ? name + ": " + std::to_string(count) + " of " + size(ofA) + " differ\n" : "";
 }
 
+// Of a feature that is selected, what both sides have with the same choices of what both selected.
+std::string difference(const std::string &name, const std::vector<OtherLine> &a,
+                       const std::vector<OtherLine> &b, std::vector<SavedCamera::Unread> &unread) {
+    const auto number = [](const std::string &text) { return Json::parse(text, nullptr, false); };
+    std::string lines;
+    for (const auto &[choices, text] : a) {
+        const auto isOtherwise = [](const OtherLine &line, const auto &choice) {
+            const auto there = line.choices.find(choice.first);
+            return there != line.choices.end() && there->second != choice.second;
+        };
+        const auto other = std::find_if(b.begin(), b.end(), [&](const OtherLine &line) {
+            return std::none_of(choices.begin(), choices.end(), [&](const auto &choice) {
+                return (a.size() > 1 || b.size() > 1) && isOtherwise(line, choice);
+            });
+        });
+        Words chosen; // what tells this one from the others
+        for (const auto &choice : choices)
+            if (std::any_of(a.begin(), a.end(),
+                            [&](const OtherLine &line) { return isOtherwise(line, choice); }))
+                chosen.push_back(choice.second);
+        const std::string full =
+            name + (chosen.empty() ? "" : '[' + joined(chosen, ",", ",") + ']');
+        if (other == b.end() && !b.empty())
+            unread.push_back({full, "it is there with other choices of selectors", true});
+        else if (other != b.end() && text != other->text && !(number(text) == number(other->text)))
+            lines += changeText(full, text, other->text);
+    }
+    return lines;
+}
+
 } // namespace
 
 SavedCamera readSaved(const Camera &camera, Switches *switches, bool table) {
@@ -98,9 +129,9 @@ void tellUnread(const SavedCamera &camera, const std::string &what, const std::s
         tell(what + reason + ": " + joined(names[reason], ", ") + ".");
 }
 
-std::string differences(const SavedCamera &a, const SavedCamera &b) {
+std::string differences(SavedCamera &a, const SavedCamera &b) {
     std::set<std::string> unread;
-    for (const SavedCamera *camera : {&a, &b})
+    for (const SavedCamera *camera : {&std::as_const(a), &b})
         for (const SavedCamera::Unread &one : camera->unread)
             unread.insert(one.name);
     std::string lines;
@@ -110,12 +141,9 @@ std::string differences(const SavedCamera &a, const SavedCamera &b) {
     for (const char *channel : {"", "Red", "Green", "Blue"})
         if (unread.count(kLookupTable) == 0)
             lines += difference(channel, a, b);
-    const auto ofA = otherLines(a), ofB = otherLines(b);
-    const auto number = [](const std::string &text) { return Json::parse(text, nullptr, false); };
-    for (const auto &[name, text] : ofA)
-        if (const auto other = ofB.find(name);
-            other != ofB.end() && text != other->second && !(number(text) == number(other->second)))
-            lines += changeText(name, text, other->second);
+    auto others = otherLines(b);
+    for (const auto &[name, ofA] : otherLines(a))
+        lines += difference(name, ofA, others[name], a.unread);
     return lines;
 }
 

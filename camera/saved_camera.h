@@ -59,8 +59,8 @@ SavedCamera readSaved(const Camera &camera, Switches *switches, bool table);
  */
 void tellUnread(const SavedCamera &camera, const std::string &what, const std::string &state = "");
 
-/** Lines "NAME: A -> B" for what differs; what one of them could not read is left out. */
-std::string differences(const SavedCamera &a, const SavedCamera &b);
+/** Lines "NAME: A -> B" for what differs; what cannot be compared is among what \p a could not read. */
+std::string differences(SavedCamera &a, const SavedCamera &b);
 
 /** The text of a file, a JSON document. */
 std::string settingsText(const SavedCamera &camera);
@@ -98,8 +98,14 @@ size_t readLines(const Camera &camera, Switches &switches, bool switching, Saved
 /** Makes settings of the lines, if any. \param camera  null: of those that savedFeatures() has */
 void placeLines(SavedCamera &saved, const Camera *camera);
 
-/** Values of the lines that are no settings, by names that have the latest selector's choice. */
-std::map<std::string, std::string> otherLines(const SavedCamera &saved);
+/** A line that is no setting. */
+struct OtherLine {
+    std::map<std::string, std::string> choices; ///< what selectors were on, as far as that is known
+    std::string text;
+};
+
+/** Those of each name, in their order. */
+std::map<std::string, std::vector<OtherLine>> otherLines(const SavedCamera &saved);
 
 /** Whether a word that may name a camera or a file names a file. */
 bool isFile(const std::string &word);

@@ -119,11 +119,28 @@ TEST_F(Address, IsAsItWasWhenSettingItFailsHalfWay) {
             EXPECT_EQ(3, result.status);
             EXPECT_THAT(result.err, HasSubstr(lies ? "it says that it takes this, and does not"
                                                    : "the register cannot be written (0x8004)"));
+            EXPECT_THAT(result.err, Not(HasSubstr("put back")));
             for (const auto &[at, value] : before)
                 EXPECT_EQ(value, camera.get(at)) << std::hex << at << " when " << refused;
             EXPECT_FALSE(camera.isControlled());
         }
     }
+}
+
+TEST_F(Address, IsToldWhenWhatWasSetCannotBePutBack) {
+    Device camera("127.0.0.2", Device::Identity{});
+    camera.set(0x10, 7);
+    bool silent = false;
+    camera.behave([=](const Received &command, const Good &good) mutable {
+        silent = silent || command.writes(0x66c);
+        return silent ? Replies() : Replies{{good()}};
+    });
+
+    const Result result = address({"S1", "--set", "127.0.0.8/8", "--gateway", "127.0.0.9"});
+
+    EXPECT_EQ(3, result.status);
+    EXPECT_THAT(result.err, HasSubstr("what had been set cannot be put back"));
+    EXPECT_THAT(result.err, HasSubstr("it does not answer"));
 }
 
 TEST_F(Address, IsRefusedWhereItWouldCutTheCameraOffUnlessToldTwice) {

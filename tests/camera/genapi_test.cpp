@@ -119,6 +119,24 @@ TEST_F(GenApi, ComparesFeaturesOfTheCamerasOwn) {
     EXPECT_THAT(camera.changes(), IsEmpty());
 }
 
+TEST_F(GenApi, ComparesWhatSelectorsChooseAndTellsWhatHasOtherChoices) {
+    const TemporaryFolder folder;
+    const std::string first = "ASelector\t0\nBSelector\t0\nF\t1\nBSelector\t1\nF\t2\n";
+    const std::string a = folder.file("a", first),
+                      same = folder.file("same", "CSelector\tX\n" + first);
+    const std::string b =
+        folder.file("b", "ASelector\t0\nBSelector\t0\nF\t5\nBSelector\t1\nF\t2.0\n");
+    const std::string other = folder.file("other", "ASelector\t1\nBSelector\t1\nF\t3\n");
+
+    EXPECT_EQ((Result{0, "", kNotCompared}), kxinfo({"diff", a, same}));
+    EXPECT_EQ((Result{1, "F[0]: 1 -> 5\n", kNotCompared}), kxinfo({"diff", a, b}));
+    EXPECT_EQ(
+        (Result{0, "",
+                kNotCompared + "kxinfo: not compared, since it is there with other choices of "
+                               "selectors: F[0], F[1].\n"}),
+        kxinfo({"diff", a, other}));
+}
+
 TEST_F(GenApi, TakesSelectorsInLinesInFrontOrInBraces) {
     for (const char *name : {"lines-in-front.txt", "braces.txt"}) {
         WatchedCamera camera({smallTables()});
