@@ -17,7 +17,7 @@
 
 #include "GenApi/GenApi.h"
 #include "camera/features.h"
-#include "cli/error.h"
+#include "cli/text.h"
 #include "gevapi.h"
 #include "gvcp/discovery.h"
 

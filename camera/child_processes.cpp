@@ -18,8 +18,8 @@
 #include <cstring>
 #include <new>
 
-#include "cli/error.h"
 #include "cli/process.h"
+#include "cli/text.h"
 #include "gvcp/descriptor.h"
 
 namespace kxinfo {

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "cli/error.h"
+#include "cli/text.h"
 #include "gvcp/channel.h"
 #include "gvcp/discovery.h"
 

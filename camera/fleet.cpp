@@ -7,8 +7,8 @@
 #include "camera/camera.h"
 #include "camera/child_processes.h"
 #include "camera/find.h"
-#include "cli/error.h"
 #include "cli/process.h"
+#include "cli/text.h"
 #include "gvcp/environment.h"
 #include "gvcp/network.h"
 

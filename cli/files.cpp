@@ -10,8 +10,8 @@
 #include <system_error>
 #include <utility>
 
-#include "cli/error.h"
 #include "cli/process.h"
+#include "cli/text.h"
 
 namespace kxinfo {
 
@@ -29,9 +29,8 @@ std::string errorText(int error) {
 const char *nameOfType(mode_t mode) {
     return S_ISDIR(mode)    ? "a folder"
            : S_ISFIFO(mode) ? "a pipe"
-           : S_ISBLK(mode)  ? "a disk"
-           : S_ISCHR(mode)  ? "a device"
-                            : "a socket";
+           : S_ISSOCK(mode) ? "a socket"
+                            : "a device";
 }
 
 // Somebody else's pipe or link has been put there for a purpose that is not the user's.
@@ -41,11 +40,6 @@ bool isTrusted(const struct stat &file) {
 
 bool isSame(const struct stat &a, const struct stat &b) {
     return a.st_dev == b.st_dev && a.st_ino == b.st_ino;
-}
-
-std::string randomName() {
-    std::random_device random;
-    return ".kxinfo-" + std::to_string(random()) + '-' + std::to_string(random());
 }
 
 } // namespace
@@ -80,10 +74,10 @@ std::string readFile(const std::string &name, const std::string &expected) {
         if (got > 0)
             text.append(part, static_cast<size_t>(got));
     }
-    if (text.size() > kLargestFile)
-        throw Error(kWrongUsage, quoted + " is longer than 16 MiB. " + expected);
-    if (text.empty())
-        throw Error(kWrongUsage, quoted + " is empty. " + expected);
+    if (text.empty() || text.size() > kLargestFile)
+        throw Error(kWrongUsage, quoted +
+                                     (text.empty() ? " is empty. " : " is longer than 16 MiB. ") +
+                                     expected);
     return text;
 }
 
@@ -134,7 +128,7 @@ void NewFile::write(const std::string &text) {
     if (target_)
         return writeThrough(target_.get(), text);
     // Made under the name that it ends with or under none: what fails in between is removed.
-    const std::string temporary = randomName();
+    const std::string temporary = ".kxinfo-" + std::to_string(std::random_device()());
     const Descriptor file(openat(folder_.get(), temporary.c_str(),
                                  O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC,
                                  keptMode_ < 0 ? 0666 : 0600));

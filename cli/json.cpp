@@ -2,6 +2,7 @@
 
 #include <charconv>
 #include <cmath>
+#include <cstring>
 #include <iterator>
 #include <limits>
 
@@ -38,7 +39,7 @@ using nlohmann::json;
 // What is made of parts may be of any size.
 std::string brief(const json &value) {
     if (value.is_structured())
-        return value.is_array() ? "a list" : "an object";
+        return std::string("an ") + value.type_name();
     return shortened(value.dump(-1, ' ', false, json::error_handler_t::replace));
 }
 
@@ -51,13 +52,8 @@ std::string expectation(const json &schema) {
         return (words.size() > 1 ? "one of " : "") + joined(words);
     }
     const json type = schema.value("type", json::array());
-    for (const json &kind : type.is_array() ? type : json::array({type}))
-        words.push_back(kind == "boolean"   ? "true or false"
-                        : kind == "integer" ? "a whole number"
-                        : kind == "object"  ? "an object"
-                        : kind == "array"   ? "a list"
-                        : kind == "string"  ? "a text"
-                                            : "a " + kind.get<std::string>());
+    for (const std::string kind : type.is_array() ? type : json::array({type}))
+        words.push_back((strchr("aio", kind[0]) ? "an " : "a ") + kind);
     std::string text = joined(words);
     for (const auto &[word, meaning] :
          {std::pair("minimum", " from "), std::pair("maximum", " to "),

@@ -97,11 +97,10 @@ int stopSignal() {
 
 void dieOf(int signal) {
     std::signal(signal, SIG_DFL);
-    sigset_t just{};
-    (void)sigemptyset(&just);
-    (void)sigaddset(&just, signal);
+    sigset_t none{};
+    (void)sigemptyset(&none);
+    (void)sigprocmask(SIG_SETMASK, &none, nullptr);
     (void)raise(signal);
-    (void)sigprocmask(SIG_UNBLOCK, &just, nullptr);
     _exit(128 + signal);
 }
 

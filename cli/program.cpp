@@ -144,13 +144,13 @@ int runProgram(const Program &program, int argc, char **argv) {
 CLI::Validator oneOf(const Words &names, const std::string &wrong) {
     return CLI::Validator(
         [=](std::string &given) -> std::string {
-            for (const std::string &name : names)
-                if (sameWord(name, given)) {
-                    given = name;
-                    return {};
-                }
-            throw Error(kWrongUsage, wrong + " \"" + shortened(given) + "\"; expected is " +
-                                         joined(names) + ".");
+            const auto name = std::find_if(names.begin(), names.end(),
+                                           [&](const auto &each) { return sameWord(each, given); });
+            if (name == names.end())
+                throw Error(kWrongUsage, wrong + " \"" + shortened(given) + "\"; expected is " +
+                                             joined(names) + ".");
+            given = *name;
+            return {};
         },
         "{" + joined(names, ",", ",") + "}");
 }

@@ -8,7 +8,6 @@
 
 #include <CLI/CLI.hpp>
 
-#include "cli/error.h"
 #include "cli/process.h"
 #include "cli/text.h"
 

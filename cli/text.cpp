@@ -121,7 +121,7 @@ std::string cleaned(std::string_view text) {
 std::string shortened(const std::string &text, size_t end) {
     if (text.size() <= end)
         return text;
-    while (end > 0 && (static_cast<unsigned char>(text[end]) & 0xC0U) == 0x80)
+    while (end > 0 && !startsCharacter(text[end]))
         --end; // inside a character
     return text.substr(0, end) + "...";
 }
@@ -191,11 +191,8 @@ std::string numberText(double value) {
     const double magnitude = std::fabs(value);
     const bool manyDigits = magnitude >= 999999.5 && magnitude < 1e9;
     char text[64];
-    const auto end =
-        manyDigits
-            ? std::to_chars(std::begin(text), std::end(text), value, std::chars_format::fixed, 0)
-            : std::to_chars(std::begin(text), std::end(text), value, std::chars_format::general, 6);
-    return std::string(text, end.ptr);
+    const auto form = manyDigits ? std::chars_format::fixed : std::chars_format::general;
+    return {text, std::to_chars(text, std::end(text), value, form, manyDigits ? 0 : 6).ptr};
 }
 
 std::string tableText(const std::vector<Row> &rows) {

@@ -1,4 +1,3 @@
-#include "gvcp/archive.h"
 
 #include <strings.h>
 #define ZLIB_CONST // it does not write to its input
@@ -9,8 +8,8 @@
 #include <memory>
 #include <new>
 
+#include "gvcp/document.h"
 #include "gvcp/error.h"
-#include "gvcp/url.h"
 
 // The end record, which is the last, says where the directory is, and that where the files are.
 // Every part is taken by partOf(), which lets nothing lie outside. Sizes of the file are not

@@ -8,6 +8,7 @@
 #include <cerrno>
 #include <csignal>
 #include <cstring>
+#include <memory>
 #include <random>
 #include <system_error>
 
@@ -29,38 +30,22 @@ using namespace std::chrono_literals;
 constexpr size_t kModestBlock = 512;
 constexpr size_t kRegister = 4;
 
-Error unreachable(uint32_t camera, int error) {
-    const std::string outside = whyOutside(camera);
-    return Error(Cause::Unreachable, outside.empty()
-                                         ? "this computer has no way to " + dotted(camera) + " (" +
-                                               std::generic_category().message(error) + ")"
-                                         : outside);
-}
-
-bool isDenial(const Error &error) {
-    return error.cause() == Cause::Refused && error.status() == kAccessDenied;
+// Tells why the kernel does not let anything to the camera, or from it.
+[[noreturn]] void fail(uint32_t camera, int error) {
+    std::string why = "nobody listens at " + dotted(camera) + ", port " + std::to_string(kPort);
+    if (error != ECONNREFUSED)
+        why = whyOutside(camera);
+    if (why.empty())
+        why = "this computer has no way to " + dotted(camera) + " (" +
+              std::generic_category().message(error) + ")";
+    throw Error(Cause::Unreachable, why);
 }
 
 // Whether the camera refuses a register since it has none. One that is busy may have it.
 bool isLack(const Error &error) {
-    return error.cause() == Cause::Refused && !isDenial(error) && error.status() != kBusy;
+    return error.cause() == Cause::Refused && error.status() != kAccessDenied &&
+           error.status() != kBusy;
 }
-
-// While it lives, threads started here get no signals: they are the caller's business.
-class NoSignals {
-public:
-    NoSignals() {
-        sigset_t all;
-        sigfillset(&all);
-        pthread_sigmask(SIG_SETMASK, &all, &before_);
-    }
-    ~NoSignals() { pthread_sigmask(SIG_SETMASK, &before_, nullptr); }
-    NoSignals(const NoSignals &) = delete;
-    NoSignals &operator=(const NoSignals &) = delete;
-
-private:
-    sigset_t before_;
-};
 
 void checkEnd(uint32_t address, size_t size) {
     if (size > 0 && size - 1 > UINT32_MAX - address)
@@ -77,7 +62,7 @@ Descriptor openSocket(const Place &place) {
     if ((place.onLink && setsockopt(socket.get(), SOL_SOCKET, SO_DONTROUTE, &on, sizeof on) != 0) ||
         bind(socket.get(), reinterpret_cast<const sockaddr *>(&from), sizeof from) != 0 ||
         connect(socket.get(), reinterpret_cast<const sockaddr *>(&to), sizeof to) != 0)
-        throw unreachable(place.camera, errno);
+        fail(place.camera, errno);
     return socket;
 }
 
@@ -103,7 +88,7 @@ Channel::Channel(const Place &place, Access access, const Waits &waits)
     } catch (const Error &error) {
         giveControlBack();
         // All that a camera under exclusive control tells others is that.
-        if (isDenial(error))
+        if (error.status() == kAccessDenied)
             throw Controlled(Controller{});
         throw;
     } catch (...) {
@@ -146,7 +131,7 @@ void Channel::takeControl() {
     try {
         store(bootstrap::kControlPrivilege, wanted);
     } catch (const Error &error) {
-        if (!isDenial(error))
+        if (error.status() != kAccessDenied)
             throw; // given back: some cameras say no and mean yes
         self_.reset();
         throw Controlled(readController());
@@ -158,7 +143,12 @@ void Channel::takeControl() {
     if (access_ == Access::Exclusive && !(now.privilege & kExclusiveAccess))
         throw Error(Cause::Controlled, "it gives control, but does not keep other programs out");
     self_ = now;
-    const NoSignals quiet;
+    // A thread gets no signals that are blocked when it starts: they are the caller's business.
+    sigset_t all, before;
+    sigfillset(&all);
+    pthread_sigmask(SIG_SETMASK, &all, &before);
+    const auto restore = [](const sigset_t *mask) { pthread_sigmask(SIG_SETMASK, mask, nullptr); };
+    const std::unique_ptr<const sigset_t, decltype(restore)> restored(&before, restore);
     heart_ = std::thread(&Channel::beat, this);
 }
 
@@ -185,7 +175,7 @@ void Channel::noticeLoss() {
             return;
         why = now.privilege ? textOf(now) : "it has not heard from this program in time";
     } catch (const Error &error) {
-        if (!isDenial(error))
+        if (error.status() != kAccessDenied)
             throw;
         why = textOf(Controller{}); // which keeps others out
     }
@@ -291,7 +281,7 @@ void Channel::change(Do write) {
     try {
         write();
     } catch (const Error &error) {
-        if (!isDenial(error))
+        if (error.status() != kAccessDenied)
             throw;
         noticeLoss();
         if (lost_)
@@ -361,30 +351,25 @@ Answer Channel::transact(const Request &request) {
     if (lost_)
         throw Error(*lost_);
     const auto start = Clock::now();
-    const Answer answer = [&] {
-        try {
-            return tryWhileBusy(request);
-        } catch (const Error &error) {
-            if (error.cause() == Cause::Silent)
-                lost_.emplace(Cause::Silent, "it stopped answering earlier");
-            else if (error.cause() == Cause::Unreachable)
-                lost_ = error;
-            throw;
-        }
-    }();
-    spend(Clock::now() - start);
-    if (answer.status != kSuccess)
-        throw Error(Cause::Refused, statusText(answer.status), answer.status);
-    return answer;
-}
-
-void Channel::spend(Clock::duration time) {
-    if (time <= waits_.prompt)
-        patience_ = std::min<Clock::duration>(patience_ + waits_.patienceGain, waits_.patience);
-    else
-        patience_ -= time;
-    if (patience_ < Clock::duration::zero())
-        lost_.emplace(Cause::Silent, "it answers too slowly");
+    try {
+        const Answer answer = tryWhileBusy(request);
+        const auto time = Clock::now() - start;
+        if (time <= waits_.prompt)
+            patience_ = std::min<Clock::duration>(patience_ + waits_.patienceGain, waits_.patience);
+        else
+            patience_ -= time;
+        if (patience_ < Clock::duration::zero())
+            lost_.emplace(Cause::Silent, "it answers too slowly");
+        if (answer.status != kSuccess)
+            throw Error(Cause::Refused, statusText(answer.status), answer.status);
+        return answer;
+    } catch (const Error &error) {
+        if (error.cause() == Cause::Silent)
+            lost_.emplace(Cause::Silent, "it stopped answering earlier");
+        else if (error.cause() == Cause::Unreachable)
+            lost_ = error;
+        throw;
+    }
 }
 
 Answer Channel::tryWhileBusy(const Request &request) {
@@ -476,7 +461,7 @@ std::optional<Answer> Channel::receive() {
     if (size >= 0)
         return parseAnswer(buffer_.data(), static_cast<size_t>(size));
     if (errno != EAGAIN && errno != EINTR)
-        failed(errno);
+        fail(place_.camera, errno);
     return std::nullopt;
 }
 
@@ -484,14 +469,7 @@ void Channel::send(const Packet &packet) {
     const ssize_t sent = ::send(socket_.get(), packet.bytes.data(), packet.size, MSG_NOSIGNAL);
     // What could not be sent for want of room is lost, as on the network.
     if (sent < 0 && errno != EAGAIN && errno != ENOBUFS && errno != EINTR)
-        failed(errno);
-}
-
-void Channel::failed(int error) const {
-    if (error == ECONNREFUSED)
-        throw Error(Cause::Unreachable, "nobody listens at " + dotted(place_.camera) + ", port " +
-                                            std::to_string(kPort));
-    throw unreachable(place_.camera, error);
+        fail(place_.camera, errno);
 }
 
 } // namespace gvcp

@@ -14,9 +14,9 @@
 
 #include "gvcp/bounds.h"
 #include "gvcp/descriptor.h"
+#include "gvcp/document.h"
 #include "gvcp/error.h"
 #include "gvcp/packets.h"
-#include "gvcp/url.h"
 
 namespace gvcp {
 
@@ -82,9 +82,6 @@ public:
     /** Gives control back before it returns, if there is any and the camera answers. */
     ~Channel() override;
 
-    Channel(const Channel &) = delete;
-    Channel &operator=(const Channel &) = delete;
-
     /** What belongs to opening is done: from here on only each operation's own time is bounded. */
     void openingEnds();
 
@@ -138,9 +135,7 @@ private:
     uint16_t nextRequestId();
     std::optional<Answer> receive();
     void send(const Packet &packet);
-    [[noreturn]] void failed(int error) const;
     void pause(Clock::time_point end, short events);
-    void spend(Clock::duration time);
 
     std::vector<uint32_t> fetch(const std::vector<uint32_t> &addresses);
     std::vector<uint32_t> fetchUnlessLacking(const std::vector<uint32_t> &addresses);

@@ -3,7 +3,6 @@
 #include <optional>
 #include <utility>
 
-#include "gvcp/archive.h"
 #include "gvcp/document.h"
 #include "gvcp/error.h"
 
@@ -49,11 +48,6 @@ std::string loadFrom(Memory &camera, const LocalUrl &url, const DescriptionKey &
     return document;
 }
 
-// Whether another URL may help. Without an answer, or without control, no other would.
-bool concernsOneUrl(const Error &error) {
-    return error.cause() == Cause::Description || error.cause() == Cause::Refused;
-}
-
 Error both(const Error &first, const Error &second) {
     const std::string why = first.what();
     const std::string whyToo = second.what();
@@ -77,7 +71,8 @@ std::string loadDescription(Memory &camera, const DescriptionKey &key,
             firstUrl = url;
             return loadFrom(camera, parseUrl(url), key, cache);
         } catch (const Error &error) {
-            if (!concernsOneUrl(error))
+            // Without an answer, or without control, no other URL would help.
+            if (error.cause() != Cause::Description && error.cause() != Cause::Refused)
                 throw;
             if (first)
                 throw both(*first, error);

@@ -9,7 +9,7 @@
 #include <string_view>
 #include <vector>
 
-#include "gvcp/url.h"
+#include "gvcp/document.h"
 
 namespace gvcp {
 

@@ -14,9 +14,9 @@
 #include <tuple>
 #include <utility>
 
-#include "gvcp/archive.h"
 #include "gvcp/description.h"
 #include "gvcp/descriptor.h"
+#include "gvcp/document.h"
 #include "gvcp/error.h"
 #include "gvcp/packets.h"
 
@@ -41,26 +41,21 @@ constexpr size_t kHexDigits = 16;
 constexpr size_t kProof = kLargestBlock - 4;
 constexpr size_t kLargestDirectory = 2 * kLargestBlock - 4;
 
-struct Block {
-    size_t offset;
-    size_t size;
-};
-
 size_t between(size_t least, size_t most) {
     std::random_device random;
     return std::uniform_int_distribution<size_t>(least, most)(random);
 }
 
-// What of \p content the camera is asked for before it is believed to have all of it. Nothing:
-// such a description is not kept.
-std::vector<Block> proofsOf(std::string_view content) {
+// What of \p content is compared with the camera's before that is believed to have all of it.
+// Nothing: such a description is not kept.
+std::vector<std::string_view> proofsOf(std::string_view content) {
     static_assert(DescriptionCache::kNeverKeptText >= 3 * kProof);
     const size_t size = content.size();
     if (isArchive(content)) {
         try {
             const size_t directory = directoryOffset(content);
             if (size - directory <= kLargestDirectory)
-                return {{directory, size - directory}, {0, std::min(size, kProof)}};
+                return {content.substr(directory), content.substr(0, kProof)};
         } catch (const Error &) {
             // Kept by a version of this program that took it.
         }
@@ -69,16 +64,17 @@ std::vector<Block> proofsOf(std::string_view content) {
     if (size <= DescriptionCache::kNeverKeptText)
         return {};
     const size_t last = size - kProof;
-    return {{0, kProof}, {last, kProof}, {between(kProof, last - kProof), kProof}};
+    return {content.substr(0, kProof), content.substr(last),
+            content.substr(between(kProof, last - kProof), kProof)};
 }
 
 bool cameraHas(Memory &camera, const LocalUrl &url, std::string_view content) {
-    const std::vector<Block> proofs = proofsOf(content);
-    const auto equals = [&](const Block &block) {
-        std::string there(block.size, '\0');
-        camera.read(static_cast<uint32_t>(url.address + block.offset),
+    const std::vector<std::string_view> proofs = proofsOf(content);
+    const auto equals = [&](std::string_view part) {
+        std::string there(part.size(), '\0');
+        camera.read(url.address + static_cast<uint32_t>(part.data() - content.data()),
                     reinterpret_cast<uint8_t *>(there.data()), there.size());
-        return there == content.substr(block.offset, block.size);
+        return there == part;
     };
     return !proofs.empty() && std::all_of(proofs.begin(), proofs.end(), equals);
 }

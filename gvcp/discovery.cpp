@@ -28,7 +28,6 @@ namespace gvcp {
 namespace {
 
 using Clock = std::chrono::steady_clock;
-using namespace std::chrono_literals;
 
 // Room for the answers of some hundred cameras that come at once; the kernel may give less.
 constexpr int kReceiveBuffer = 1 << 20;

@@ -8,6 +8,7 @@
 #include <cstring>
 #include <memory>
 #include <new>
+#include <numeric>
 #include <string>
 
 #include "gvcp/error.h"
@@ -17,7 +18,7 @@
 namespace gvcp {
 namespace {
 
-constexpr const char *kEncodings = "UTF-8, US-ASCII, ISO-8859-1 or Windows-1252";
+using namespace std::string_view_literals;
 
 /** Unicode numbers of the bytes 0x80 to 0x9f; -1: there is no such character. */
 constexpr int kWindows1252[] = {0x20ac, -1,     0x201a, 0x0192, 0x201e, 0x2026, 0x2020, 0x2021,
@@ -90,12 +91,9 @@ void onEnd(void *data, const XML_Char *) {
 int onEncoding(void *, const XML_Char *name, XML_Encoding *encoding) {
     if (strcasecmp(name, "Windows-1252") != 0)
         return XML_STATUS_ERROR;
-    for (int byte = 0; byte < 256; ++byte)
-        encoding->map[byte] = byte;
+    *encoding = {};
+    std::iota(std::begin(encoding->map), std::end(encoding->map), 0);
     std::copy(std::begin(kWindows1252), std::end(kWindows1252), encoding->map + 0x80);
-    encoding->data = nullptr;
-    encoding->convert = nullptr;
-    encoding->release = nullptr;
     return XML_STATUS_OK;
 }
 
@@ -109,13 +107,8 @@ int onEncoding(void *, const XML_Char *name, XML_Encoding *encoding) {
 } // namespace
 
 std::string_view withoutPadding(std::string_view text) {
-    const auto isBlank = [](char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r'; };
-    size_t end = text.size();
-    while (end > 0 && (isBlank(text[end - 1]) || text[end - 1] == '\0'))
-        --end;
-    while (end < text.size() && isBlank(text[end]))
-        ++end;
-    return text.substr(0, end);
+    const size_t end = text.find_last_not_of(" \t\n\r\0"sv) + 1; // 0: there is nothing else
+    return text.substr(0, text.find_first_not_of(" \t\n\r", end));
 }
 
 void checkDocument(std::string_view text) {
@@ -148,7 +141,7 @@ void checkDocument(std::string_view text) {
     const bool isEncoding =
         error == XML_ERROR_UNKNOWN_ENCODING || error == XML_ERROR_INCORRECT_ENCODING;
     fail(check, std::string(XML_ErrorString(error)) +
-                    (isEncoding ? std::string(", expected ") + kEncodings : ""));
+                    (isEncoding ? ", expected UTF-8, US-ASCII, ISO-8859-1 or Windows-1252" : ""));
 }
 
 } // namespace gvcp

@@ -4,6 +4,7 @@
 #include <charconv>
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
 #include <sstream>
 
 namespace gvcp {
@@ -105,10 +106,6 @@ std::vector<Interface> interfaces(const std::vector<std::string> &wanted) {
     return chosen;
 }
 
-bool isAbsolute(const std::string &path) {
-    return path.compare(0, 1, "/") == 0;
-}
-
 } // namespace
 
 Search searchFromEnvironment() {
@@ -128,24 +125,22 @@ Search searchFromEnvironment() {
 }
 
 std::optional<CachePlace> cachePlace() {
-    std::string wanted = variable("KXGIGE_CACHE");
+    using std::filesystem::path;
+    path wanted = variable("KXGIGE_CACHE");
     if (wanted == "off")
         return std::nullopt;
-    if (isAbsolute(wanted)) {
-        // Of "/" the last part is empty, which opens nothing.
-        wanted.resize(std::max<size_t>(wanted.find_last_not_of('/') + 1, 1));
-        const size_t last = wanted.rfind('/') + 1;
-        return CachePlace{wanted.substr(0, last), false, {wanted.substr(last)}};
+    if (wanted.is_absolute()) {
+        if (!wanted.has_filename()) // of "/" nothing is left, which opens nothing
+            wanted = wanted.parent_path();
+        return CachePlace{wanted.parent_path(), false, {wanted.filename()}};
     }
     if (!wanted.empty())
-        report("KXGIGE_CACHE", "'" + wanted +
+        report("KXGIGE_CACHE", "'" + wanted.string() +
                                    "' is neither 'off' nor an absolute path; descriptions are kept "
                                    "where they are without it");
-    const std::string cacheHome = variable("XDG_CACHE_HOME");
-    if (isAbsolute(cacheHome))
+    if (const path cacheHome = variable("XDG_CACHE_HOME"); cacheHome.is_absolute())
         return CachePlace{cacheHome, true, {"kxinfo-dalsa", "descriptions"}};
-    const std::string home = variable("HOME");
-    if (isAbsolute(home))
+    if (const path home = variable("HOME"); home.is_absolute())
         return CachePlace{home, false, {".cache", "kxinfo-dalsa", "descriptions"}};
     return std::nullopt;
 }

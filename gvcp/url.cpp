@@ -1,10 +1,9 @@
-#include "gvcp/url.h"
+#include "gvcp/document.h"
 
 #include <strings.h>
 
 #include <algorithm>
 #include <charconv>
-#include <cstdio>
 #include <string_view>
 #include <system_error>
 #include <utility>
@@ -27,10 +26,8 @@ static_assert(kUrlRegisterSize <= kLargestBlock, "a URL is read by one command")
 
 std::string_view trimmed(std::string_view text) {
     constexpr char kBlanks[] = " \t\r\n";
-    const size_t first = text.find_first_not_of(kBlanks);
-    if (first == std::string_view::npos)
-        return {};
-    return text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
+    text = text.substr(0, text.find_last_not_of(kBlanks) + 1);
+    return text.substr(std::min(text.find_first_not_of(kBlanks), text.size()));
 }
 
 std::string quoted(std::string_view text) {
@@ -46,12 +43,6 @@ bool take(std::string_view &text, std::string_view prefix) {
     return true;
 }
 
-std::string hex(uint64_t number) {
-    char text[sizeof "0x" + 16];
-    snprintf(text, sizeof text, "0x%llx", static_cast<unsigned long long>(number));
-    return text;
-}
-
 uint64_t numberFrom(std::string_view text, const std::string &what) {
     std::string_view digits = trimmed(text);
     take(digits, "0x");
@@ -60,10 +51,8 @@ uint64_t numberFrom(std::string_view text, const std::string &what) {
     uint64_t number = 0;
     const char *end = digits.data() + digits.size();
     const auto [stop, error] = std::from_chars(digits.data(), end, number, 16);
-    if (stop != end)
-        refuse("its " + what + " " + quoted(digits) + " is no hexadecimal number");
-    if (error != std::errc())
-        refuse("its " + what + " " + quoted(digits) + " has more than 64 bits");
+    if (stop != end || error != std::errc())
+        refuse("its " + what + " " + quoted(digits) + " is no hexadecimal number of 64 bits");
     return number;
 }
 
@@ -80,12 +69,9 @@ LocalUrl parseUrl(std::string text) {
     std::string_view rest = trimmed(text);
     if (rest.empty())
         refuse("it is empty");
-    if (take(rest, "file:"))
-        refuse("it names a file, and files are never opened for a camera");
-    if (take(rest, "http:") || take(rest, "https:") || take(rest, "ftp:"))
-        refuse("it names a place on the network, and such places are never opened for a camera");
     if (!take(rest, "local:"))
-        refuse(quoted(rest) + " is not of a kind that is known; " + kExpected);
+        refuse(quoted(rest) + " does not lie in its own memory, and nothing else is ever opened; " +
+               kExpected);
 
     const size_t name = rest.find(';');
     const size_t addressEnd = rest.find(';', name + 1);
@@ -100,8 +86,7 @@ LocalUrl parseUrl(std::string text) {
                std::to_string(kLargestDescription));
     constexpr uint64_t kEnd = uint64_t{1} << 32;
     if (address > kEnd - size)
-        refuse("its address " + hex(address) + " and length " + hex(size) +
-               " lead beyond an address space of 32 bits");
+        refuse("its address and length lead beyond an address space of 32 bits");
     return {std::move(text), static_cast<uint32_t>(address), static_cast<uint32_t>(size)};
 }
 

@@ -10,7 +10,6 @@
 #include <cstdlib>
 #include <exception>
 #include <filesystem>
-#include <map>
 #include <memory>
 #include <new>
 #include <optional>
@@ -85,6 +84,8 @@ bool call(const Plugin &plugin, const char *serial, int logMode, int logLevel) {
     std::string failure;
     try {
         code = plugin.entry(serial, logMode, logLevel);
+    } catch (const std::bad_alloc &) {
+        throw;
     } catch (const std::exception &e) {
         failure = std::string(" with an exception: ") + e.what();
     } catch (...) {
@@ -93,14 +94,10 @@ bool call(const Plugin &plugin, const char *serial, int logMode, int logLevel) {
     if (stopSignal())
         throw Error(kFailed, "stopped, as asked for. What a probe has switched on the camera for "
                              "the moment may have stayed.");
-    if (code < 0)
+    if (code < 0 || code > 1)
         failure = ": it returned " + std::to_string(code);
     if (!failure.empty())
         throw Error(kFailed, "the plug-in failed" + failure + ". " + kHintOfLog);
-    if (code > 1)
-        throw Error(kNoCamera, "the plug-in returned " + std::to_string(code) +
-                                   ", expected was 0, 1 or a negative number; taken as: no camera. "
-                                   "Check that --plugin names a plug-in that fits this kxinfo.");
     return code == 0;
 }
 
@@ -110,12 +107,10 @@ int sinksOf(const HostOptions &options) {
 }
 
 int levelOf(const HostOptions &options) {
-    static const std::map<std::string, int> kLevels = {{"error", KX_LOG_LEVEL_ERROR},
-                                                       {"warning", KX_LOG_LEVEL_WARNING},
-                                                       {"info", KX_LOG_LEVEL_INFO},
-                                                       {"debug", KX_LOG_LEVEL_DEBUG},
-                                                       {"", KX_LOG_LEVEL_INFO}};
-    return kLevels.at(options.level);
+    return options.level == "error"     ? KX_LOG_LEVEL_ERROR
+           : options.level == "warning" ? KX_LOG_LEVEL_WARNING
+           : options.level == "debug"   ? KX_LOG_LEVEL_DEBUG
+                                        : KX_LOG_LEVEL_INFO; // also unless told otherwise
 }
 
 struct ProbeRun {
@@ -221,8 +216,6 @@ int probe(const Plugin &plugin, const HostOptions &options) {
 
     if (!run.done)
         throw Error(kNoCamera, whyNoCamera(run, options));
-    if (publication.outOfMemory)
-        throw std::bad_alloc();
     if (!publication.exported)
         throw Error(kFailed, "the plug-in reported success, but exported no settings; there is "
                              "nothing to show. Check that --plugin names a plug-in that fits this "

@@ -1,12 +1,11 @@
 // Publications are copied into a waiting list during each call, since their values live no longer;
 // the export turns the waiting list into the result, and without an export it is dropped. A parameter
-// that is published again keeps its place and takes the new values. The functions are called from
-// the plug-in's code, which an exception of ours must not enter.
+// that is published again keeps its place and takes the new values.
 
 #include "parameters.h"
 
 #include <algorithm>
-#include <string_view>
+#include <sstream>
 #include <utility>
 
 #include "cli/host_options.h"
@@ -35,15 +34,8 @@ const std::vector<Parameter> kParameters = {
 
 namespace {
 
-struct Service {
-    std::vector<Published> waiting;
-    Publication result;
-};
-
-Service &service() {
-    static Service instance;
-    return instance;
-}
+std::vector<Published> waiting;
+Publication result;
 
 Json valueAt(const void *from, ValueType type) {
     if (!from)
@@ -56,20 +48,17 @@ Json valueAt(const void *from, ValueType type) {
 }
 
 // Takes the names out of a list like "None", "Out1", "Out2": each stands in double quotes.
-Words quotedNames(std::string_view list) {
+Words quotedNames(const char *list) {
     Words names;
-    for (size_t end = 0;; ++end) {
-        const size_t begin = list.find('"', end);
-        end = begin == list.npos ? begin : list.find('"', begin + 1);
-        if (end == list.npos)
-            return names;
-        names.emplace_back(list.substr(begin + 1, end - begin - 1));
-    }
+    std::istringstream parts(list);
+    for (std::string between, name;
+         getline(parts, between, '"') && getline(parts, name, '"') && !parts.eof();)
+        names.push_back(name);
+    return names;
 }
 
 void publish(KxScParamId id, uint32_t index, const void *cur, const void *min, const void *max,
              const void *inc) {
-    auto &[waiting, result] = service();
     const auto known = std::find_if(kParameters.begin(), kParameters.end(),
                                     [id](const Parameter &p) { return p.id == id; });
     if (known == kParameters.end() || index != KX_SC_NO_INDEX) {
@@ -117,7 +106,8 @@ Published unpublished(const Parameter &parameter) {
 }
 
 Publication takePublication() {
-    return std::exchange(service(), Service{}).result;
+    waiting.clear();
+    return std::exchange(result, {});
 }
 
 std::string asTable(const std::string &serial, const std::vector<Published> &published) {
@@ -151,25 +141,16 @@ std::string asJson(const std::string &serial, const std::vector<Published> &publ
 extern "C" {
 
 KX_API void KxSc__InitStaticKeys(void) {
-    kxinfo::service().waiting.clear();
+    kxinfo::waiting.clear();
 }
 
 KX_API void KxSc__SetParamVal(KxScParamId id, uint32_t index, const void *cur, const void *min,
                               const void *max, const void *inc) {
-    try {
-        kxinfo::publish(id, index, cur, min, max, inc);
-    } catch (...) {
-        kxinfo::service().result.outOfMemory = true;
-    }
+    kxinfo::publish(id, index, cur, min, max, inc);
 }
 
 KX_API void KxSc__ProcExport(void) {
-    auto &[waiting, result] = kxinfo::service();
-    try {
-        result.exported = waiting;
-    } catch (...) {
-        result.outOfMemory = true;
-    }
+    kxinfo::result.exported = kxinfo::waiting;
 }
 
 } // extern "C"

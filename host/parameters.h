@@ -49,8 +49,6 @@ struct Publication {
     std::optional<std::vector<Published>> exported;
     /** Identifiers that kxinfo-host does not know, or knows without an index, and has left out. */
     std::set<KxScParamId> ignored;
-    /** A value could not be kept for lack of memory: the publication is not complete. */
-    bool outOfMemory = false;
 };
 
 /** Hands over what has been published since the last call, and starts anew. */

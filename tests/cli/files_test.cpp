@@ -16,7 +16,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "cli/error.h"
+#include "cli/text.h"
 
 namespace fs = std::filesystem;
 using kxinfo::Error;

@@ -70,21 +70,21 @@ TEST(SettingsFile, IsRefusedWithThePlaceAndWhatIsExpectedThere) {
          "is no JSON document: [json.exception.out_of_range.406] number overflow parsing '1e999'."},
         {R"({"version": 2, )" + kCamera + R"(, "settings": []})",
          form + "version is 2; expected is 1."},
-        {"[]", form + "the document is a list; expected is an object."},
+        {"[]", form + "the document is an array; expected is an object."},
         {R"({"version": 1, "settings": []})",
          form + "in the document: Missing required property 'camera'."},
         {with("7"), form + "settings[0] is 7; expected is an object."},
         {with(R"({"name": "Gain"})"), form + "in settings[0]: Missing required property 'value'."},
         {with(R"({"name": "Width", "value": 640}, {"name": "Gain", "value": null})"),
-         form + "settings[1].value is null; expected is a number, a text or true or false of "
+         form + "settings[1].value is null; expected is a number, a string or a boolean of "
                 "characters, at most 256."},
         {with(R"({"name": "Gain", "value": 6, "raw": "2"})"),
          form + "settings[0].raw is \"2\"; expected is a number."},
         {withTables(R"({"channel": null, "entries": [1, 2.5]})"),
-         form + "lookupTables[0].entries[1] is 2.5; expected is a whole number from -2147483648 to "
+         form + "lookupTables[0].entries[1] is 2.5; expected is an integer from -2147483648 to "
                 "2147483647."},
         {withTables(R"({"channel": null, "entries": [9999999999]})"),
-         form + "lookupTables[0].entries[0] is 9999999999; expected is a whole number from "
+         form + "lookupTables[0].entries[0] is 9999999999; expected is an integer from "
                 "-2147483648 to 2147483647."},
         {withTables(R"({"channel": "red", "entries": [1]})"),
          form + "lookupTables[0].channel is \"red\"; expected is one of \"Red\", \"Green\", "
@@ -123,7 +123,7 @@ TEST(SettingsFile, IsReadInNoTimeHoweverMuchIsInIt) {
         {with(times(130000, R"({"name": "lutMode", "value": "Off"},)") + "{}"),
          "holds more than 262144 values."},
         {withTables(R"({"channel": null, "entries": [)" + times(60000, "\"\",") + "1]}"),
-         "is no file of settings: lookupTables[0].entries[0] is \"\"; expected is a whole number "
+         "is no file of settings: lookupTables[0].entries[0] is \"\"; expected is an integer "
          "from -2147483648 to 2147483647."},
         {R"({"version": ")" + std::string(16000000, 'x') + "\", " + kCamera +
              R"(, "settings": []})",

@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-#include "cli/error.h"
+#include "cli/text.h"
 
 namespace {
 

@@ -4,9 +4,8 @@
 
 #include <vector>
 
-#include "gvcp/archive.h"
+#include "gvcp/document.h"
 #include "gvcp/error.h"
-#include "gvcp/url.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     // A block of exactly that size, so that reading beyond is noticed.

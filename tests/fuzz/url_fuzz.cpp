@@ -4,8 +4,8 @@
 
 #include <cctype>
 
+#include "gvcp/document.h"
 #include "gvcp/error.h"
-#include "gvcp/url.h"
 
 namespace {
 

@@ -2,8 +2,7 @@
 
 #include <gmock/gmock.h>
 
-#include "gvcp/archive.h"
-#include "gvcp/url.h"
+#include "gvcp/document.h"
 #include "problem.h"
 #include "zip_file.h"
 

@@ -7,9 +7,9 @@
 #include <optional>
 #include <string>
 
+#include "gvcp/document.h"
 #include "gvcp/error.h"
 #include "gvcp/packets.h"
-#include "gvcp/url.h"
 
 class CameraMemory : public gvcp::Memory {
 public:

@@ -472,7 +472,7 @@ TEST(DescriptionCachePlace, IsWhereTheEnvironmentSays) {
         {unset, unset, "", "nowhere"},
         {unset, unset, "relative", "nowhere"},
         {unset, unset, unset, "nowhere"},
-        {"/srv/descriptions", unset, "/home/user", "/srv/ / descriptions"},
+        {"/srv/descriptions", unset, "/home/user", "/srv / descriptions"},
         {"/descriptions//", unset, "/home/user", "/ / descriptions"},
         {"/", unset, "/home/user", "/ / "},
         {"off", unset, "/home/user", "nowhere"},

@@ -90,17 +90,19 @@ TEST_F(Description, SaysWhatIsWrongWithBothUrls) {
     camera.setUrl(gvcp::kFirstUrl, "File:/dev/zero");
     describeToo("<b>");
 
-    EXPECT_EQ("first URL: it names a file, and files are never opened for a camera; second URL: "
-              "the document, line 1, column 4: it ends within an element; expected its end tag",
-              refused());
+    EXPECT_EQ(
+        "first URL: 'File:/dev/zero' does not lie in its own memory, and nothing else is ever "
+        "opened; expected Local:NAME;ADDRESS;LENGTH with hexadecimal numbers; second URL: "
+        "the document, line 1, column 4: it ends within an element; expected its end tag",
+        refused());
 }
 
 TEST_F(Description, SaysOnceWhatIsWrongWithBothUrls) {
     EXPECT_EQ("both URLs: it is empty", refused());
 
-    camera.setUrl(gvcp::kFirstUrl, "File:a.xml");
-    camera.setUrl(gvcp::kSecondUrl, "File:b.xml");
-    EXPECT_EQ("both URLs: it names a file, and files are never opened for a camera", refused());
+    camera.setUrl(gvcp::kFirstUrl, "Local:a.xml;0;0");
+    camera.setUrl(gvcp::kSecondUrl, "Local:b.xml;0;0");
+    EXPECT_EQ("both URLs: its length is 0 bytes; expected 1 to 16777216", refused());
 }
 
 TEST_F(Description, IsNotReadAgainFromTheSameUrl) {

@@ -344,12 +344,7 @@ TEST(Probe, SaysWhyItShowsNothing) {
          {"--log", "syslog", "--level", "warning"},
          1,
          unsure + "the log says the reason at level info."},
-        {"returns_seven",
-         "S1",
-         {},
-         1,
-         "the plug-in returned 7, expected was 0, 1 or a negative number; taken as: no camera. "
-         "Check that --plugin names a plug-in that fits this kxinfo."},
+        {"returns_seven", "S1", {}, 3, "the plug-in failed: it returned 7." + hint},
         {"negative", "S1", {}, 3, "the plug-in failed: it returned -2." + hint},
         {"never_exports",
          "S1",

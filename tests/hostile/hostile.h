@@ -65,7 +65,7 @@ void sideBySide(int first, int last, const std::function<void(int number, Camera
 struct Deceit {
     const char *name;
     std::function<void(Camera &camera)> mislead;
-    const char *why;
+    std::string why;
 };
 
 /** Expects a refusal of each. */
