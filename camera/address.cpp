@@ -189,7 +189,7 @@ void keep(const Found &camera, const Request &request) {
         if (registersOf(camera, channel) != after)
             throw gvcp::Error(gvcp::Cause::Refused, "it says that it takes this, and does not");
     } catch (const gvcp::Error &) {
-        waitInSpiteOfAll();
+        stopWaitingWhen(nullptr);
         for (size_t i = std::size(kKept); i-- > 0;)
             try {
                 write(i, before);

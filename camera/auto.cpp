@@ -4,7 +4,6 @@
 #include <memory>
 
 #include "camera/command.h"
-#include "camera/set.h"
 
 namespace kxinfo {
 
@@ -16,7 +15,6 @@ struct Request {
     std::string target, gain, exposure;
 };
 
-const Words kStates = {"on", "off"};
 constexpr const char *kWhole = "autoBrightnessMode";
 constexpr const char *kFunctions[] = {"ExposureAuto", "GainAuto"};
 
@@ -119,7 +117,7 @@ Run declareAuto(CLI::App &command) {
     addCamera(command, request->camera);
     command.add_option("STATE", request->state, "on or off; without it, the state is shown")
         ->type_name("")
-        ->transform(oneOf(kStates, "'kxinfo auto' does not know the state"));
+        ->transform(oneOf({"on", "off"}, "'kxinfo auto' does not know the state"));
     const auto add = [&](const char *name, std::string &to, const char *type, const char *what) {
         command.add_option(name, to, what)->type_name(type);
     };
@@ -134,11 +132,11 @@ that.
 Example:
   kxinfo auto S1234567 on --target 0.5 --gain 0..12 --exposure 100us..20ms)");
     return [request] {
-        for (const std::string &state : kStates)
-            if (request->camera && request->state.empty() && sameWord(state, *request->camera)) {
-                request->state = state;
-                request->camera.reset();
-            }
+        const std::string first = lowered(request->camera.value_or(""));
+        if (request->state.empty() && (first == "on" || first == "off")) {
+            request->state = first;
+            request->camera.reset();
+        }
         const auto settings = settingsOf(*request); // refuses before a camera is opened
         if (!settings.empty() && request->state != "on")
             throw Error(kWrongUsage, "--target, --gain and --exposure belong to 'kxinfo auto on'. "

@@ -57,27 +57,19 @@ GEV_STATUS open(GEV_CAMERA_INFO &record, Purpose purpose, GEV_CAMERA_HANDLE &han
                          &handle);
 }
 
-#ifdef KXINFO_OPEN_PLATFORM
-
 std::string whyNotOpened(GEV_STATUS status) {
-    const std::string cause = KxGigeCause ? KxGigeCause() : "";
+    std::string cause;
+    const char *remedy = ". 'kxinfo doctor' tells what helps.";
+#ifdef KXINFO_OPEN_PLATFORM // the framework's statuses are its own
+    if (KxGigeCause)
+        cause = KxGigeCause();
+    if (status == GEVLIB_ERROR_ACCESS_DENIED)
+        remedy = ". End that program, or wait some seconds if it crashed, and try again.";
+#endif
     return " cannot be opened: " +
            (cause.empty() ? "the camera platform answers " + std::to_string(status) : cause) +
-           (status == GEVLIB_ERROR_ACCESS_DENIED
-                ? ". End that program, or wait some seconds if it crashed, and try again."
-                : ". 'kxinfo doctor' tells what helps.");
+           remedy;
 }
-
-#else
-
-// The framework's statuses are its own.
-std::string whyNotOpened(GEV_STATUS status) {
-    return " cannot be opened (status " + std::to_string(status) +
-           "). Probably another program controls it: end that program, or wait some seconds if it "
-           "crashed, and try again.";
-}
-
-#endif
 
 Words namesOf(const FeatureList_t &features) {
     Words names;

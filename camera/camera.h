@@ -139,7 +139,7 @@ private:
     GenApi_3_0::CNodeMapRef *nodeMap_ = nullptr;
 };
 
-/** While the flag is set, whatever waits for a camera gives up; null: nothing does. */
+/** While the flag is set, what waits for a camera gives up; null, to put back: nothing does. */
 void stopWaitingWhen(const volatile std::sig_atomic_t *flag);
 
 /**
@@ -170,14 +170,6 @@ std::string whyNotDone(const std::function<void()> &work);
 
 /** \throws Error (kFailed) when the user has asked to stop (SIGINT, SIGTERM, SIGHUP) */
 void stopIfAsked();
-
-/**
- * From here on the camera is waited for also when the user has asked to stop: what the command has
- * changed is being put back.
- */
-inline void waitInSpiteOfAll() {
-    stopWaitingWhen(nullptr);
-}
 
 } // namespace kxinfo
 

@@ -7,16 +7,14 @@
 #include "camera/child_processes.h"
 
 #include <fcntl.h>
-#include <poll.h>
 #include <sys/prctl.h>
-#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <csignal>
 #include <cstring>
-#include <new>
+#include <thread>
 
 #include "cli/process.h"
 #include "cli/text.h"
@@ -34,20 +32,9 @@ constexpr std::chrono::seconds kToEnd{2}; // what a child has that was asked to
 
 // How often a child is looked at: signals may ask this process to stop, and what a child writes
 // beyond its limit takes memory until it is seen.
-constexpr int kMillisecondsBetweenLooks = 20;
+constexpr std::chrono::milliseconds kBetweenLooks{10};
 
-// In the child; a stream that is -1 stays this process's own.
-[[noreturn]] void become(char *const *arguments, const int (&streams)[3], pid_t parent) {
-    prctl(PR_SET_PDEATHSIG, SIGTERM);
-    if (getppid() != parent) // it was faster
-        _exit(kCannotExecute);
-    for (int stream = 0; stream < 3; ++stream)
-        if (streams[stream] >= 0 && dup2(streams[stream], stream) < 0)
-            _exit(kCannotExecute);
-    execv(arguments[0], arguments);
-    _exit(kCannotExecute);
-}
-
+// A stream that is -1 stays this process's own.
 pid_t start(const Words &command, const int (&streams)[3]) {
     std::vector<char *> arguments;
     for (const std::string &word : command)
@@ -55,17 +42,15 @@ pid_t start(const Words &command, const int (&streams)[3]) {
     arguments.push_back(nullptr);
     const pid_t parent = getpid();
     const pid_t pid = fork();
-    if (pid == 0)
-        become(arguments.data(), streams, parent);
-    return pid;
-}
-
-ChildEnd notStarted(int error) {
-    return {-1,
-            "could not be started: " + std::generic_category().message(error) +
-                ". End other programs, and try again.",
-            {},
-            {}};
+    if (pid != 0)
+        return pid;
+    prctl(PR_SET_PDEATHSIG, SIGTERM);
+    bool fit = getppid() == parent; // or it was faster
+    for (int stream = 0; stream < 3; ++stream)
+        fit = fit && (streams[stream] < 0 || dup2(streams[stream], stream) >= 0);
+    if (fit)
+        execv(arguments[0], arguments.data());
+    _exit(kCannotExecute);
 }
 
 ChildEnd runChild(const Words &command, Collect collect, const ChildLimits &limits) {
@@ -77,7 +62,7 @@ ChildEnd runChild(const Words &command, Collect collect, const ChildLimits &limi
                              collect == Collect::Both ? err.descriptor() : -1})
            : -1;
     if (pid < 0)
-        return notStarted(errno);
+        throw std::system_error(errno, std::generic_category());
 
     auto deadline = Clock::now() + limits.time;
     std::string failure;
@@ -86,15 +71,9 @@ ChildEnd runChild(const Words &command, Collect collect, const ChildLimits &limi
             failure = why + ", and was ended.";
         kill(pid, signal);
     };
-    // The C library's own function cannot be called from C++ everywhere. It ends the wait early; a
-    // child that has no such descriptor is looked at as often as any.
-    const gvcp::Descriptor process(static_cast<int>(syscall(SYS_pidfd_open, pid, 0)));
-    pollfd ended = {process.get(), POLLIN, 0};
-    bool asked = false;
     int status = 0;
     while (waitpid(pid, &status, WNOHANG) == 0) {
-        if (stopSignal() && !asked) {
-            asked = true;
+        if (stopSignal() && failure.empty()) {
             end("was asked to", SIGTERM);
             deadline = Clock::now() + kToEnd;
         } else if (std::max(out.size(), err.size()) > limits.output) {
@@ -103,7 +82,7 @@ ChildEnd runChild(const Words &command, Collect collect, const ChildLimits &limi
             end("had not ended after " + std::to_string(limits.time.count() / 1000) + " s",
                 SIGKILL);
         }
-        (void)poll(&ended, 1, kMillisecondsBetweenLooks);
+        std::this_thread::sleep_for(kBetweenLooks);
     }
     const int number = WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
     if (failure.empty() && number < 0)
@@ -126,10 +105,8 @@ std::vector<ChildEnd> runChildren(const std::vector<Words> &commands, Collect co
         try {
             if (!stopSignal())
                 ends[i] = runChild(commands[i], collect, limits);
-        } catch (const std::system_error &error) {
-            ends[i] = notStarted(error.code().value());
-        } catch (const std::bad_alloc &) {
-            ends[i] = notStarted(ENOMEM);
+        } catch (const std::exception &) { // memory, processes or descriptors have run out
+            ends[i] = {-1, "could not be started. End other programs, and try again.", "", ""};
         }
     });
     return ends;

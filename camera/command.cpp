@@ -151,7 +151,6 @@ int onCamera(const CameraArgument &name, Purpose purpose,
     try {
         opened.emplace(chosenCamera(name), purpose);
     } catch (...) {
-        waitInSpiteOfAll();
         stopIfAsked();
         throw;
     }
@@ -164,7 +163,7 @@ int onCamera(const CameraArgument &name, Purpose purpose,
     } catch (...) {
         status = tellWhy(camera, std::current_exception());
     }
-    waitInSpiteOfAll();
+    stopWaitingWhen(nullptr);
     const std::string changes = switches.changes();
     if (stopSignal() && !changes.empty())
         tell("putting back " + changes + "; once more (Ctrl-C) ends at once.");
@@ -182,7 +181,7 @@ int onFeatures(CameraArgument camera, Words names, Purpose purpose,
                const std::function<int(Camera &, Switches &, const Words &)> &work) {
     const auto takeForFeature = [&] { names.insert(names.begin(), *std::exchange(camera, {})); };
     // A word that kxinfo knows as a feature is no camera's name.
-    if (camera && featuresMeant(*camera).front()->kind != Kind::Missing)
+    if (camera && featuresMeant({*camera}).front()->kind != Kind::Missing)
         takeForFeature();
     try {
         return onCamera(camera, purpose, [&](Camera &opened, Switches &switches) {

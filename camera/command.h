@@ -2,12 +2,12 @@
 #ifndef KXINFO_CAMERA_COMMAND_H
 #define KXINFO_CAMERA_COMMAND_H
 
-#include <functional>
 #include <optional>
 #include <string>
+#include <vector>
 
-#include "camera/camera.h"
 #include "camera/switches.h"
+#include "camera/values.h"
 #include "cli/program.h"
 
 namespace kxinfo {
@@ -35,14 +35,10 @@ Run declareDoctor(CLI::App &command);
 /** Which camera a command is for, as it was typed; none: see chosenCamera(). */
 using CameraArgument = std::optional<std::string>;
 
-/** Declares the argument CAMERA, which may be left out; what is read into must outlive the parsing. */
-void addCamera(CLI::App &command, CameraArgument &camera);
-
-/** Declares --switch of commands that look; what is read into must outlive the parsing. */
-void addSwitch(CLI::App &command, bool &switching);
-
-/** Declares --all, of every camera; what is read into must outlive the parsing. */
-CLI::Option *addAll(CLI::App &command, bool &all);
+/** What several commands declare; what is read into must outlive the parsing. */
+void addCamera(CLI::App &command, CameraArgument &camera); ///< CAMERA, which may be left out
+void addSwitch(CLI::App &command, bool &switching);        ///< --switch of commands that look
+CLI::Option *addAll(CLI::App &command, bool &all);         ///< --all, of every camera
 
 /** What 'kxinfo doctor' writes; \p each: of all cameras. \return the status that it ends with */
 int diagnose(const CameraArgument &camera, bool each, bool json, std::string &result);
@@ -84,6 +80,21 @@ int onCamera(const CameraArgument &camera, Purpose purpose,
 int onFeatures(
     CameraArgument camera, Words names, Purpose purpose,
     const std::function<int(Camera &camera, Switches &switches, const Words &names)> &work);
+
+/**
+ * Sets features in the order given, unless one can only be set after another: the range of each is
+ * that which it has then. What has that value already is not written. The caller keeps the changes
+ * (Switches::keepChanges()).
+ *
+ * \return lines of what each was and is, in the order given, as the camera has it
+ * \throws Error when one cannot be set in any order, or a lower limit would be above its upper one
+ */
+std::string assign(const Camera &camera, Switches &switches,
+                   const std::vector<Assignment> &assignments);
+
+/** The same, kept and shown: what is left of a command that sets features. \return kDone */
+int assignAndShow(const Camera &camera, Switches &switches,
+                  const std::vector<Assignment> &assignments);
 
 /**
  * The one argument of a command that takes [CAMERA] FILE is the file.

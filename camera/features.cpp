@@ -108,23 +108,23 @@ const Feature &featureNamed(const std::string &name) {
                          [&](const Feature &feature) { return sameWord(feature.name, name); });
 }
 
-std::vector<const Feature *> featuresMeant(const std::string &name) {
-    std::vector<const Feature *> meant;
-    for (const Feature &feature : allFeatures())
-        if (sameWord(feature.name, name) || sameWord(feature.node, name))
-            meant.push_back(&feature);
-    if (meant.empty())
-        meant.push_back(&ownFeature(name));
-    return meant;
-}
-
 std::vector<const Feature *> featuresMeant(const Words &names) {
-    std::vector<const Feature *> features;
-    for (const std::string &name : names)
-        for (const Feature *feature : featuresMeant(name))
-            if (std::find(features.begin(), features.end(), feature) == features.end())
-                features.push_back(feature);
-    return features;
+    std::vector<const Feature *> meant;
+    const auto add = [&](const Feature &feature) {
+        if (std::find(meant.begin(), meant.end(), &feature) == meant.end())
+            meant.push_back(&feature);
+    };
+    for (const std::string &name : names) {
+        bool isKnown = false;
+        for (const Feature &feature : allFeatures())
+            if (sameWord(feature.name, name) || sameWord(feature.node, name)) {
+                add(feature);
+                isKnown = true;
+            }
+        if (!isKnown)
+            add(ownFeature(name));
+    }
+    return meant;
 }
 
 const Feature &ownFeature(const std::string &name, const std::vector<Need> &needs) {

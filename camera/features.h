@@ -56,13 +56,10 @@ std::string nearestFeatures(const std::string &name);
 const Feature &featureNamed(const std::string &name);
 
 /**
- * The features that a user means, whatever the capitals: rows of the table, of which several may
- * share a node ("BalanceRatio"), or a feature of the camera's own with this very name. What comes
- * back lives as long as the process.
+ * The features that a user means, each once, whatever the capitals: rows of the table, of which
+ * several may share a node ("BalanceRatio"), or a feature of the camera's own with this very name.
+ * What comes back lives as long as the process.
  */
-std::vector<const Feature *> featuresMeant(const std::string &name);
-
-/** The same of several names, each feature once. */
 std::vector<const Feature *> featuresMeant(const Words &names);
 
 /**

@@ -36,8 +36,8 @@ Cameras those(const Cameras &cameras, const std::function<bool(const gvcp::Ident
 std::string listed(const Cameras &cameras) {
     Words words;
     for (const gvcp::Found &camera : cameras) {
-        const CameraName name = nameOf(camera.identity);
-        words.push_back(name.serial + " (" + name.manufacturer + " " + name.model + ", " +
+        const auto [maker, model, serial, userName] = nameOf(camera.identity);
+        words.push_back(serial + " (" + maker + " " + model + ", " +
                         gvcp::dotted(camera.identity.address) + ")");
     }
     return joinedBriefly(words);
@@ -87,14 +87,12 @@ gvcp::Found cameraAt(uint32_t address) {
     gvcp::Search search;
     search.window = gvcp::searchFromEnvironment().window;
     search.addresses = {address};
-    Cameras answered;
     try {
-        answered = gvcp::discover(search);
+        if (const Cameras answered = gvcp::discover(search); !answered.empty())
+            return answered.front();
     } catch (const std::system_error &) {
         // There is no way there.
     }
-    if (!answered.empty())
-        return answered.front();
     const std::string outside = gvcp::whyOutside(address);
     throw Error(kNoCamera, "no camera answers at " + gvcp::dotted(address) +
                                (outside.empty()
@@ -144,17 +142,8 @@ gvcp::Found cameraNamed(const std::string &name, const std::string &shown) {
     for (const auto &way : ways)
         if (const Cameras fitting = those(cameras, way); !fitting.empty())
             return only(fitting, "several cameras fit " + shown);
-
     throw NoneFits(kNoCamera,
                    "no camera fits " + shown + ". These answered: " + listed(cameras) + ".");
-}
-
-gvcp::Found onlyCamera() {
-    const Cameras cameras = gvcp::discover(gvcp::searchFromEnvironment());
-    const Cameras dalsa = those(cameras, isDalsa);
-    if (!dalsa.empty())
-        return only(dalsa, "several cameras answered");
-    throw Error(kNoCamera, noDalsaCamera(cameras));
 }
 
 } // namespace
@@ -174,8 +163,12 @@ gvcp::Found chosenCamera(const std::optional<std::string> &name) {
         meant = variable;
         source = std::string(" (") + kCameraVariable + ")";
     }
-    if (meant.empty())
-        return onlyCamera();
+    if (meant.empty()) {
+        const Cameras cameras = gvcp::discover(gvcp::searchFromEnvironment());
+        if (const std::string why = noDalsaCamera(cameras); !why.empty())
+            throw Error(kNoCamera, why);
+        return only(those(cameras, isDalsa), "several cameras answered");
+    }
     if (const auto address = gvcp::addressFrom(meant))
         return cameraAt(*address);
     return cameraNamed(meant, '"' + shortened(meant) + '"' + source);
@@ -229,11 +222,10 @@ bool isDalsa(const gvcp::Identity &identity) {
 
 std::string macText(uint64_t mac) {
     char text[18];
-    (void)snprintf(text, sizeof text, "%012llx", static_cast<unsigned long long>(mac));
-    std::string result(text);
-    for (size_t at = 10; at > 0; at -= 2)
-        result.insert(at, ":");
-    return result;
+    for (size_t i = 0; i < 6; ++i)
+        (void)snprintf(text + 3 * i, 4,
+                       "%02x:", static_cast<unsigned>(mac >> (40 - 8 * i)) & 0xFFU);
+    return {text, 17};
 }
 
 } // namespace kxinfo

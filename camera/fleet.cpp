@@ -22,9 +22,9 @@ constexpr ChildLimits kLimits = {std::chrono::minutes(10), size_t{16} << 20, 8};
 const std::string kMark = "kxinfo: "; // in front of what is told
 
 FleetResult resultOf(const gvcp::Found &camera, const ChildEnd &end, bool logs) {
-    FleetResult result{camera, end.status, {}, {}, end.out, Json::parse(end.out, nullptr, false)};
-    if (result.document.is_discarded())
-        result.document = nullptr;
+    FleetResult result{camera, end.status, {}, {}, end.out};
+    if (Json::accept(end.out))
+        result.document = Json::parse(end.out);
     std::istringstream lines(end.err);
     for (std::string line; std::getline(lines, line);) {
         // A log line without an end has the next message behind it.
@@ -86,15 +86,14 @@ void tellMessages(const std::vector<FleetResult> &results) {
 
 int showFleet(const std::vector<FleetResult> &results, const Words &columns,
               const std::function<Words(const FleetResult &result)> &cells) {
-    std::vector<Row> rows{{{"Serial", "Address"}}};
-    rows.front().cells.insert(rows.front().cells.end(), columns.begin(), columns.end());
+    std::vector<Row> rows{{columns}};
+    rows.front().cells.insert(rows.front().cells.begin(), {"Serial", "Address"});
     for (const FleetResult &result : results) {
         const gvcp::Identity &identity = result.found.identity;
-        Words row{nameOf(identity).serial, gvcp::dotted(identity.address)};
-        const Words own = cells(result);
-        row.insert(row.end(), own.begin(), own.end());
-        if (own.empty())
+        Words row = cells(result);
+        if (row.empty())
             row.emplace_back("failed");
+        row.insert(row.begin(), {nameOf(identity).serial, gvcp::dotted(identity.address)});
         rows.push_back({row});
     }
     if (!results.empty())

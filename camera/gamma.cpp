@@ -5,16 +5,10 @@
 
 #include "camera/command.h"
 #include "camera/lookup_table.h"
-#include "camera/set.h"
 
 namespace kxinfo {
 
 namespace {
-
-// No serial number is so short.
-bool isGamma(const std::string &word) {
-    return std::regex_match(word, std::regex(R"([0-9]{1,2}(\.[0-9]{0,9})?|\.[0-9]{1,9})"));
-}
 
 std::string gammaText(const Camera &camera, const Reading &gamma) {
     const TableState state = tableStateOf(camera);
@@ -60,7 +54,9 @@ Run declareGamma(CLI::App &command) {
 Example:
   kxinfo gamma S1234567 0.45)");
     return [request] {
-        if (!request->value && request->camera && isGamma(*request->camera))
+        // No serial number is so short.
+        const std::regex gamma(R"([0-9]{1,2}(\.[0-9]{0,9})?|\.[0-9]{1,9})");
+        if (!request->value && std::regex_match(request->camera.value_or(""), gamma))
             request->value.swap(request->camera);
         return onCamera(request->camera, request->value ? Purpose::Change : Purpose::Look,
                         [&](Camera &camera, Switches &switches) {

@@ -199,7 +199,7 @@ void LookupTable::write(const Words &channels, const std::vector<TableEntry> &en
 
 int LookupTable::giveUp() {
     const int status = tellWhy(camera_, std::current_exception());
-    waitInSpiteOfAll();
+    stopWaitingWhen(nullptr);
     const size_t count = written_.size();
     if (count == 0)
         return status;

@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
-#include "camera/set.h"
 #include "camera/switches.h"
+#include "camera/values.h"
 
 namespace kxinfo {
 

@@ -22,17 +22,6 @@ struct Request {
 
 const Words kActions = {"show", "off", "user", "gamma", "load", "save"};
 
-void requireFit(const LookupTable &camera, const TableFile &table, const std::string &file) {
-    if (table.whole && table.entries.size() != camera.size())
-        throw Error(kWrongUsage, "\"" + file + "\" holds " + std::to_string(table.entries.size()) +
-                                     " values, but the camera's table has " +
-                                     std::to_string(camera.size()) +
-                                     " entries. Lines of index,value may set some of them.");
-    for (const TableEntry &entry : table.entries)
-        if (const std::string why = camera.problemOf(entry); !why.empty())
-            throw wrongLine(file, entry.line, why + ".");
-}
-
 // The colours that are meant: all, or one.
 Words chosenOf(const LookupTable &camera, const std::string &colour) {
     if (colour.empty())
@@ -79,7 +68,14 @@ int change(const Camera &camera, Switches &switches, TableState state) {
 int load(const Camera &camera, Switches &switches, const Request &request, const TableFile &file) {
     const std::string before = stateText(camera);
     LookupTable table(camera, switches);
-    requireFit(table, file, request.file);
+    if (file.whole && file.entries.size() != table.size())
+        throw Error(kWrongUsage,
+                    "\"" + request.file + "\" holds " + std::to_string(file.entries.size()) +
+                        " values, but the camera's table has " + std::to_string(table.size()) +
+                        " entries. Lines of index,value may set some of them.");
+    for (const TableEntry &entry : file.entries)
+        if (const std::string why = table.problemOf(entry); !why.empty())
+            throw wrongLine(request.file, entry.line, why + ".");
     const Words chosen = chosenOf(table, request.channel);
     std::string after;
     try {
@@ -107,7 +103,7 @@ int save(const Camera &camera, Switches &switches, const Request &request, NewFi
     std::string text;
     for (const int entry : tables.front().entries)
         text += std::to_string(entry) + "\n";
-    waitInSpiteOfAll();
+    stopWaitingWhen(nullptr);
     if (const std::string left = switches.putBack(); !left.empty())
         throw Error(kFailed, left + " Nothing is saved.");
     file.write(text); // whose reader may take its time
@@ -174,22 +170,15 @@ left out. It is checked whole before the first value is written.
 Example:
   kxinfo lut S1234567 load curve.csv --channel red)");
     return [request] {
-        const auto isAction = [](const std::string &word) {
-            return std::find(kActions.begin(), kActions.end(), lowered(word)) != kActions.end();
-        };
         // A word that is an action is no camera's name.
-        if (request->camera && isAction(*request->camera)) {
+        const std::string first = lowered(request->camera.value_or(""));
+        if (std::find(kActions.begin(), kActions.end(), first) != kActions.end()) {
             if (request->action != kActions.front())
                 request->file = request->action;
-            request->action = *request->camera;
+            request->action = first;
             request->camera.reset();
         }
-        if (!isAction(request->action))
-            throw Error(kWrongUsage, "'kxinfo lut' does not know the action \"" +
-                                         shortened(request->action) + "\"; expected is " +
-                                         joined(kActions) + "." +
-                                         didYouMean(request->action, kActions));
-        request->action = lowered(request->action);
+        oneOf(kActions, "'kxinfo lut' does not know the action")(request->action);
         return lut(*request);
     };
 }

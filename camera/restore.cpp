@@ -77,25 +77,24 @@ public:
     }
 
     // Of what would be written: it remains to be seen what that does.
-    void leaveOpen(const std::string &name) {
-        open_ +=
-            (open_.empty() ? "What becomes of these shows when they are written: " : ", ") + name;
-    }
+    void leaveOpen(const std::string &name) { open_.push_back(name); }
 
     // Of the lookup table.
     void leaveOut(const std::string &what) { leftOut_.push_back("the lookup table" + what + "."); }
 
     int tellAll() const {
-        const bool refused = !refusals_.empty() || !leftOut_.empty();
-        const std::string lines = changes_ + tableChange_ + open_ + (open_.empty() ? "" : "\n");
-        writeOut(camera_.heading() +
-                 (lines.empty() && !refused
-                      ? "Nothing to restore: the camera is set as the file says.\n"
-                      : lines));
-        for (const Words *sentences : {&refusals_, &leftOut_})
-            for (const std::string &sentence : *sentences)
-                tell(sentence);
-        return refused ? kFailed : kDone;
+        Words refused = refusals_;
+        refused.insert(refused.end(), leftOut_.begin(), leftOut_.end());
+        std::string lines = changes_ + tableChange_;
+        if (!open_.empty())
+            lines +=
+                "What becomes of these shows when they are written: " + joined(open_, ", ") + "\n";
+        if (lines.empty() && refused.empty())
+            lines = "Nothing to restore: the camera is set as the file says.\n";
+        writeOut(camera_.heading() + lines);
+        for (const std::string &sentence : refused)
+            tell(sentence);
+        return refused.empty() ? kDone : kFailed;
     }
 
 private:
@@ -149,7 +148,7 @@ private:
     bool dry_; // nothing is written: what would be is found out as far as that goes
     std::map<const Feature *, Value> wanted_; // not refused; dry: and other than at present
     std::string changes_, tableChange_;       // lines
-    std::string open_;                        // a line without its end
+    Words open_;                              // names
     Words refusals_, leftOut_;                // sentences
 };
 
@@ -166,12 +165,12 @@ int restore(const Camera &camera, Switches &switches, const SavedCamera &saved, 
     Restoring restoring(camera, switches, dry);
     std::optional<LookupTable> table;
     try {
-        const auto openTable = [&] {
-            if (dry && LookupTable::isOn(camera))
-                return restoring.leaveOpen("the lookup table");
-            table.emplace(camera, switches);
-        };
-        const std::string why = saved.tables.empty() ? "" : whyNotDone(openTable);
+        const std::string why = whyNotDone([&] {
+            if (dry && !saved.tables.empty() && LookupTable::isOn(camera))
+                restoring.leaveOpen("the lookup table");
+            else if (!saved.tables.empty())
+                table.emplace(camera, switches);
+        });
         if (!why.empty())
             restoring.leaveOut(" is left out: " + why);
         if (table)

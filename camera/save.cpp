@@ -35,7 +35,7 @@ int save(const CameraArgument &name, const std::string &fileName, const Request 
                     {kLookupTable, kNoTable + std::string("; see 'kxinfo lut save'"), true});
         }
         stopIfAsked();
-        waitInSpiteOfAll();
+        stopWaitingWhen(nullptr);
         // A camera that is lost meanwhile looks like one that lacks the rest.
         if (const std::string left = switches.putBack(); !left.empty())
             throw Error(kFailed, left + " Nothing is saved.");

@@ -1,8 +1,5 @@
 // kxinfo set: all of what was asked for, or nothing.
 
-#include "camera/set.h"
-
-#include <exception>
 #include <memory>
 #include <utility>
 
@@ -19,47 +16,41 @@ Assignment assignmentFrom(const std::string &text) {
                                      "\" is no setting; expected is FEATURE=VALUE, for example "
                                      "Gain=6. Run 'kxinfo get' to see features and ranges.");
     const std::string name = text.substr(0, sign);
-    const auto meant = featuresMeant(name);
+    const auto meant = featuresMeant({name});
     if (meant.size() > 1)
         throw Error(kWrongUsage, "\"" + name + "\" names several features, such as " +
                                      meant.front()->name + "; write which.");
     return {meant.front(), text.substr(sign + 1)};
 }
 
-Change assignOne(const Camera &camera, Switches &switches, const Assignment &assignment,
-                 const std::vector<Change> &made) {
+// What comes back says what it was and is.
+std::string assignOne(const Camera &camera, Switches &switches, const Assignment &assignment) {
     const Feature &feature = *assignment.feature;
-    Reading before = readFeature(camera, feature, &switches);
-    for (const Change &other : made)
-        before.limitIsMeant |=
-            other.feature && feature.limitedBy && other.feature->name == feature.limitedBy;
+    const Reading before = readFeature(camera, feature, &switches);
     const Value value = checkedValue(camera, before, assignment.text);
     // What is switched for the moment has to be written, or it would be put back.
-    if (value == before.value && value == camera.node(feature.node).read())
-        return {&feature, before.value, before.value};
-    switches.write(feature, value);
-    Value after;
-    const std::string why = whyNotDone([&] { after = switches.read(feature); });
-    if (!why.empty())
-        throw Error(kFailed, feature.name + " was set, but cannot be read back: " + why + ".");
-    return {&feature, before.value, after};
+    const bool isSo = value == before.value && value == camera.node(feature.node).read();
+    if (!isSo)
+        switches.write(feature, value);
+    return changeText(feature.name, quantityText(feature, before.value),
+                      quantityText(feature, isSo ? value : switches.read(feature)));
 }
 
 } // namespace
 
-std::vector<Change> assign(const Camera &camera, Switches &switches,
-                           const std::vector<Assignment> &assignments) {
-    std::vector<Change> changes(assignments.size());
+std::string assign(const Camera &camera, Switches &switches,
+                   const std::vector<Assignment> &assignments) {
+    Words changes(assignments.size());
     std::exception_ptr first;
     for (bool goesOn = true; goesOn;) {
         goesOn = false;
         first = nullptr;
         for (size_t i = 0; i < assignments.size(); ++i) {
-            if (changes[i].feature)
+            if (!changes[i].empty())
                 continue;
             stopIfAsked();
             try {
-                changes[i] = assignOne(camera, switches, assignments[i], changes);
+                changes[i] = assignOne(camera, switches, assignments[i]);
                 goesOn = true;
             } catch (const Error &) { // its range may depend on one that is set later
                 if (!first)
@@ -72,17 +63,14 @@ std::vector<Change> assign(const Camera &camera, Switches &switches,
     for (const Assignment &assignment : assignments)
         checkLimits(*assignment.feature,
                     [&](const Feature &limit) { return switches.read(limit, Cache::Ignored); });
-    return changes;
+    return joined(changes, "", "");
 }
 
 int assignAndShow(const Camera &camera, Switches &switches,
                   const std::vector<Assignment> &assignments) {
-    std::string text = camera.heading();
-    for (const Change &change : assign(camera, switches, assignments))
-        text += changeText(change.feature->name, quantityText(*change.feature, change.before),
-                           quantityText(*change.feature, change.after));
+    const std::string changes = assign(camera, switches, assignments);
     switches.keepChanges();
-    writeOut(text);
+    writeOut(camera.heading() + changes);
     return kDone;
 }
 

@@ -101,14 +101,12 @@ SavedValue settingIn(const json &entry) {
         saved.value = value.get<int64_t>();
     else
         saved.value = value.get<double>();
-
     // Without a unit a number is in the one that save writes.
-    const char *usual = nameOf(feature.unit);
     const bool hasNone = entry.contains("unit") && entry.at("unit").is_null();
     const std::string unit = hasNone ? "" : entry.value("unit", "");
-    if (value.is_number() && !hasNone && (usual || !unit.empty())) {
+    if (value.is_number() && !hasNone) {
         const double number = numberOf(saved.value);
-        const auto own = ownNumber(feature, number, unit.empty() ? usual : unit);
+        const auto own = ownNumber(feature, number, unit);
         if (!own)
             complain("has \"" + shortened(unit) + "\" as unit of " + feature.name +
                      "; expected is " +

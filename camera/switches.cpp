@@ -46,16 +46,6 @@ std::vector<Value> choicesOf(const std::string &selector, const Node &node, bool
     return choices;
 }
 
-bool isAutomation(const Feature &feature) {
-    return std::find(std::begin(kAutomation), std::end(kAutomation), feature.name) !=
-           std::end(kAutomation);
-}
-
-bool needsAutomation(const Feature &feature) {
-    return std::any_of(feature.needs.begin(), feature.needs.end(),
-                       [](const Need &need) { return need.node == kWholeAutomation; });
-}
-
 } // namespace
 
 // BalanceRatio of red and of blue, for example, are two features.
@@ -147,7 +137,8 @@ void Switches::select(const Feature &feature, const Value &value) {
         return;
     if (node.read() == value)
         return keep(feature);
-    if (isAutomation(feature))
+    const auto end = std::end(kAutomation);
+    if (std::find(std::begin(kAutomation), end, feature.name) != end)
         keepWhatAutomationMoves();
     keep(feature);
     if (Remembered *const kept = find(feature)) { // what was switched may have made it unreadable
@@ -187,7 +178,7 @@ void Switches::eachChoice(const Words &selectors, bool all,
         } catch (...) {
             end = std::current_exception();
             if (stopSignal())
-                waitInSpiteOfAll();
+                stopWaitingWhen(nullptr);
         }
         select(selector, before); // with each choice of those above it may have another
         if (end)
@@ -199,7 +190,7 @@ void Switches::eachChoice(const Words &selectors, bool all,
 void Switches::switchFor(const Feature &feature) {
     for (const Need &need : feature.needs)
         if (const Value on = camera_.node(need.node).choice(need.entry); hasValue(on))
-            select(*featuresMeant(need.node).front(), on);
+            select(*featuresMeant({need.node}).front(), on);
 }
 
 void Switches::switchToManual() {
@@ -215,7 +206,10 @@ void Switches::reach(const Feature &feature) {
     const Remembered *mode = find(featureNamed(kWholeAutomation));
     const bool isManual =
         mode && mode->switched && camera_.node(kWholeAutomation).read() == Value("Off");
-    if (!needsAutomation(feature) && !(stops && isManual))
+    const bool needsAutomation =
+        std::any_of(feature.needs.begin(), feature.needs.end(),
+                    [](const Need &need) { return need.node == kWholeAutomation; });
+    if (!needsAutomation && !(stops && isManual))
         leaveAutomation();
     if (stops)
         switchToManual();

@@ -32,27 +32,17 @@ constexpr Suffix kSuffixes[] = {
     {Unit::PerSecond, "1/s", [](double n) { return n; }},
     {Unit::PerSecond, "fps", [](double n) { return n; }},
     {Unit::PerSecond, "Hz", [](double n) { return n; }},
-    {Unit::Decibels, "dB", [](double n) { return ownNumber(Unit::Decibels, n); }},
+    {Unit::Decibels, "dB", [](double n) { return std::pow(10, n / 20); }},
     {Unit::Decibels, "x", [](double n) { return n; }},
     {Unit::Level, "%", [](double n) { return n / 100 * kWhite; }},
 };
 
-struct Mode {
-    EAccessMode access;
-    const char *name;
-    const char *whyNot; ///< it cannot be read or written, as a clause
-};
-constexpr Mode kModes[] = {
-    {GenApi_3_0::RW, "RW", ""},
-    {GenApi_3_0::RO, "RO", "it can only be read"},
-    {GenApi_3_0::WO, "WO", "it can only be written"},
-    {GenApi_3_0::NA, "NA", "it is not available at present"},
-    {GenApi_3_0::NI, "NI", "the camera does not implement it"},
-};
-
-const Mode &modeOf(EAccessMode access) {
-    return *std::find_if(std::begin(kModes), std::end(kModes) - 1,
-                         [&](const Mode &mode) { return mode.access == access; });
+// Why a feature of that mode cannot be read or written, as a clause.
+const char *whyNot(EAccessMode access) {
+    return access == GenApi_3_0::RO   ? "it can only be read"
+           : access == GenApi_3_0::WO ? "it can only be written"
+           : access == GenApi_3_0::NA ? "it is not available at present"
+                                      : "the camera does not implement it";
 }
 
 // What the feature needs and the camera has otherwise, as a clause; empty: nothing. Where only
@@ -70,18 +60,11 @@ std::string unmetNeed(const Camera &camera, const Feature &feature, bool selecto
     return "";
 }
 
-// Cameras lock what their automatic functions set.
-std::string lockedText(const Reading &reading) {
-    if (!reading.feature->setBy || reading.access != GenApi_3_0::RO)
-        return "";
-    return ", probably because the camera sets it by itself; 'kxinfo auto off' ends that";
-}
-
 // Names the setting that has to be made first, if another one stands in the way of a value above the
 // range, or below it.
 std::string inTheWay(const Camera &camera, const Reading &refused, bool above) {
     const Feature &feature = *refused.feature;
-    if (!feature.limitedBy || refused.limitIsMeant)
+    if (!feature.limitedBy)
         return "";
     const Feature &other = featureNamed(feature.limitedBy);
     const bool isUpperLimit = other.upTo && other.upTo == feature.name;
@@ -113,31 +96,26 @@ Error refusal(const Reading &reading, const std::string &text, const std::string
 // Has room for all digits of both kinds of numbers.
 using Number = long double;
 
+// NaN: it is no number.
 Number wide(const Value &value) {
     const auto *whole = std::get_if<int64_t>(&value);
-    return whole ? static_cast<Number>(*whole) : std::get<double>(value);
-}
-
-// 0: there are no steps.
-Number stepOf(const Reading &reading) {
-    return hasValue(reading.limits.inc) ? std::max<Number>(0, wide(reading.limits.inc)) : 0;
+    const auto *number = std::get_if<double>(&value);
+    return whole ? static_cast<Number>(*whole) : number ? *number : NAN;
 }
 
 // The camera's own number, whole or not. Without a unit it is in the one that is shown.
 Number typedNumber(const Reading &reading, const std::string &text) {
     const Feature &feature = *reading.feature;
     const char *const end = text.data() + text.size();
-    int64_t whole = 0;
-    if (const auto [stop, error] = std::from_chars(text.data(), end, whole);
-        error == std::errc() && stop == end && reading.kind == Kind::Integer)
-        return static_cast<Number>(whole);
-    double number = 0;
+    Number number = 0;
     const auto [stop, error] = std::from_chars(text.data(), end, number);
-    const char *const unit = std::find_if(stop, end, [](char c) { return c != ' '; });
-    const auto own = stop == end
-                         ? ownNumber(unitOf(feature, reading.kind), number)
-                         : ownNumber(feature, number, {unit, static_cast<size_t>(end - unit)});
-    if (error != std::errc() || std::isnan(number) || !own)
+    if (error != std::errc() || std::isnan(number))
+        throw refusal(reading, text);
+    const std::string unit(std::find_if(stop, end, [](char c) { return c != ' '; }), end);
+    if (unit.empty() && (reading.kind == Kind::Integer || feature.unit == Unit::None))
+        return number;
+    const auto own = ownNumber(feature, static_cast<double>(number), unit);
+    if (!own)
         throw refusal(reading, text);
     return *own;
 }
@@ -161,7 +139,7 @@ Value checkedNumber(const Camera &camera, const Reading &reading, const std::str
                 number = wide(limit);
     if (!(number >= min && number <= max))
         throw refusal(reading, text, inTheWay(camera, reading, number > max));
-    const Number step = isWhole || isConverted ? stepOf(reading) : 0;
+    const Number step = isWhole || isConverted ? wide(reading.limits.inc) : 0;
     const Number beyond = step > 0 ? std::fmod(number - min, step) : 0;
     const Number below = number - beyond;
     const bool hasNext = beyond > 0 && below + step <= max;
@@ -191,12 +169,11 @@ Value shownStep(const Reading &reading) {
 }
 
 Value checkedBoolean(const Reading &reading, const std::string &text) {
-    for (const char *word : {"true", "on", "yes", "1"})
-        if (sameWord(word, text))
-            return true;
-    for (const char *word : {"false", "off", "no", "0"})
-        if (sameWord(word, text))
-            return false;
+    constexpr const char *kWords[][2] = {
+        {"false", "true"}, {"off", "on"}, {"no", "yes"}, {"0", "1"}};
+    for (const auto &[off, on] : kWords)
+        if (sameWord(off, text) || sameWord(on, text))
+            return sameWord(on, text);
     throw refusal(reading, text);
 }
 
@@ -210,10 +187,8 @@ Value checkedEntry(const Reading &reading, const std::string &text) {
 } // namespace
 
 Reading readFeature(const Camera &camera, const Feature &feature, Switches *switches) {
-    Reading reading{};
-    reading.feature = &feature;
     const Node node = camera.node(feature.node);
-    reading.kind = node.kind();
+    Reading reading{&feature, node.kind()};
     if (feature.kind == Kind::Missing)
         reading.unit = node.unit();
     if (reading.kind == Kind::Missing) {
@@ -227,13 +202,14 @@ Reading readFeature(const Camera &camera, const Feature &feature, Switches *swit
         const bool exists = reading.access != GenApi_3_0::NI && reading.access != GenApi_3_0::NA;
         // What exists may have its modes as they are, but other selectors mean another value.
         reading.problem = unmetNeed(camera, feature, exists);
-        const bool hasRange = exists && reading.problem.empty();
-        if (reading.problem.empty() && (!exists || reading.access == GenApi_3_0::WO))
-            reading.problem = modeOf(reading.access).whyNot;
-        if (!hasRange)
+        if (!reading.problem.empty())
             return;
-        if (reading.problem.empty())
+        if (reading.access == GenApi_3_0::RW || reading.access == GenApi_3_0::RO)
             reading.value = switches ? switches->read(feature) : node.read();
+        else
+            reading.problem = whyNot(reading.access);
+        if (!exists)
+            return;
         reading.limits = node.limits();
         reading.entries = node.entries();
     });
@@ -244,12 +220,11 @@ Reading readFeature(const Camera &camera, const Feature &feature, Switches *swit
 }
 
 std::string whyMissing(const Camera &camera, const Feature &feature, const std::string &what) {
-    const auto isThere = [&](const std::string &name) {
-        return camera.node(name).kind() != Kind::Missing;
-    };
-    const auto legacy = std::find_if(feature.legacy.begin(), feature.legacy.end(), isThere);
-    return "the camera has no " + what +
-           (legacy == feature.legacy.end() ? "" : "; it has " + *legacy + " instead");
+    const std::string why = "the camera has no " + what;
+    for (const std::string &legacy : feature.legacy)
+        if (camera.node(legacy).kind() != Kind::Missing)
+            return why + "; it has " + legacy + " instead";
+    return why;
 }
 
 std::vector<HostParameter> hostParameters(const Camera &camera) {
@@ -276,9 +251,7 @@ std::vector<HostParameter> hostParameters(const Camera &camera) {
 }
 
 double numberOf(const Value &value) {
-    const auto *integer = std::get_if<int64_t>(&value);
-    const auto *number = std::get_if<double>(&value);
-    return integer ? static_cast<double>(*integer) : number ? *number : NAN;
+    return static_cast<double>(wide(value));
 }
 
 Unit unitOf(const Feature &feature, Kind kind) {
@@ -286,14 +259,6 @@ Unit unitOf(const Feature &feature, Kind kind) {
     const bool bears =
         kind == Kind::Float || (kind == Kind::Integer && feature.unit != Unit::Decibels);
     return bears ? feature.unit : Unit::None;
-}
-
-double shownNumber(Unit unit, double own) {
-    return unit == Unit::Decibels ? 20 * std::log10(own) : own;
-}
-
-double ownNumber(Unit unit, double shown) {
-    return unit == Unit::Decibels ? std::pow(10, shown / 20) : shown;
 }
 
 Words unitsOf(const Feature &feature) {
@@ -305,8 +270,11 @@ Words unitsOf(const Feature &feature) {
 }
 
 std::optional<double> ownNumber(const Feature &feature, double typed, std::string_view unit) {
+    const char *const usual = nameOf(feature.unit);
+    if (unit.empty() && !usual)
+        return typed;
     for (const Suffix &suffix : kSuffixes)
-        if (suffix.unit == feature.unit && sameWord(suffix.text, unit))
+        if (suffix.unit == feature.unit && sameWord(suffix.text, unit.empty() ? usual : unit))
             return suffix.own(typed);
     return {};
 }
@@ -317,7 +285,7 @@ Json shownValue(const Feature &feature, const Value &value) {
         if constexpr (std::is_same_v<Own, std::monostate>)
             return nullptr;
         else if constexpr (std::is_same_v<Own, double>)
-            return jsonNumber(shownNumber(feature.unit, own));
+            return jsonNumber(feature.unit == Unit::Decibels ? 20 * std::log10(own) : own);
         else if constexpr (std::is_same_v<Own, std::string>)
             return cleaned(own);
         else
@@ -411,40 +379,35 @@ std::string changeText(const std::string &name, const std::string &before,
 }
 
 std::string rangeText(const Reading &reading) {
-    switch (reading.kind) {
-    case Kind::Boolean:
+    if (reading.kind == Kind::Boolean)
         return "true or false";
-    case Kind::Enumeration:
+    if (reading.kind == Kind::Enumeration)
         return choicesText(reading.entries);
-    default:
-        return (reading.kind == Kind::Integer ? "a whole number, " : "a number, ") +
-               valueText(*reading.feature, reading.limits.min) + " to " +
-               quantityText(*reading.feature, reading.limits.max);
-    }
+    return (reading.kind == Kind::Integer ? "a whole number, " : "a number, ") +
+           valueText(*reading.feature, reading.limits.min) + " to " +
+           quantityText(*reading.feature, reading.limits.max);
 }
 
 Value checkedValue(const Camera &camera, const Reading &reading, const std::string &text) {
     const std::string &name = reading.feature->name;
     const bool isMissing = reading.kind == Kind::Missing;
     const bool isUnknown = isMissing && reading.feature->kind == Kind::Missing;
+    // Cameras lock what their automatic functions set.
+    const bool isLocked = reading.feature->setBy && reading.access == GenApi_3_0::RO;
     if (isMissing || reading.failed)
         throw Error(isUnknown ? kWrongUsage : kFailed,
                     (isUnknown ? '"' + shortened(name) + '"' : name) + " cannot be set: " +
                         reading.problem + "." + (isUnknown ? nearestFeatures(name) : ""));
     if (reading.access != GenApi_3_0::RW && reading.access != GenApi_3_0::WO)
-        throw Error(kWrongUsage, name + " cannot be set: " + modeOf(reading.access).whyNot +
-                                     lockedText(reading) + ".");
-    switch (reading.kind) {
-    case Kind::Boolean:
-        return checkedBoolean(reading, text);
-    case Kind::Enumeration:
-        return checkedEntry(reading, text);
-    case Kind::Integer:
-    case Kind::Float:
+        throw Error(kWrongUsage, name + " cannot be set: " + whyNot(reading.access) +
+                                     (isLocked ? ", probably because the camera sets it by "
+                                                 "itself; 'kxinfo auto off' ends that."
+                                               : "."));
+    if (reading.kind == Kind::Integer || reading.kind == Kind::Float)
         return checkedNumber(camera, reading, text);
-    default:
-        return text;
-    }
+    if (reading.kind == Kind::Boolean)
+        return checkedBoolean(reading, text);
+    return reading.kind == Kind::Enumeration ? checkedEntry(reading, text) : text;
 }
 
 void checkLimits(const Feature &changed, const std::function<Value(const Feature &)> &valueOf) {
@@ -452,8 +415,7 @@ void checkLimits(const Feature &changed, const std::function<Value(const Feature
         if (!lower.upTo || (lower.name != changed.name && lower.upTo != changed.name))
             continue;
         const Feature &upper = featureNamed(lower.upTo);
-        const Value low = valueOf(lower);
-        const Value high = valueOf(upper);
+        const Value low = valueOf(lower), high = valueOf(upper);
         if (numberOf(low) > numberOf(high))
             throw Error(kWrongUsage, lower.name + " would be " + quantityText(lower, low) +
                                          ", above " + upper.name + ", " +
@@ -463,7 +425,11 @@ void checkLimits(const Feature &changed, const std::function<Value(const Feature
 }
 
 const char *nameOf(EAccessMode access) {
-    return modeOf(access).name;
+    return access == GenApi_3_0::RW   ? "RW"
+           : access == GenApi_3_0::RO ? "RO"
+           : access == GenApi_3_0::WO ? "WO"
+           : access == GenApi_3_0::NA ? "NA"
+                                      : "NI";
 }
 
 } // namespace kxinfo

@@ -23,11 +23,10 @@ struct Reading {
     GenApi_3_0::EAccessMode access = GenApi_3_0::NI;
     Value value = {}; ///< none: it cannot be read at present, see \ref problem
     Limits limits = {};
-    std::string unit = {};     ///< as the camera has it, of what is none of the table
-    Words entries = {};        ///< of an enumeration: what it may be set to
-    std::string problem = {};  ///< why there is no value, or no range, as a clause
-    bool failed = false;       ///< the problem is an error, not the camera's present state
-    bool limitIsMeant = false; ///< what its range depends on is as the user wants it
+    std::string unit = {};    ///< as the camera has it, of what is none of the table
+    Words entries = {};       ///< of an enumeration: what it may be set to
+    std::string problem = {}; ///< why there is no value, or no range, as a clause
+    bool failed = false;      ///< the problem is an error, not the camera's present state
 };
 
 /**
@@ -61,14 +60,10 @@ double numberOf(const Value &value);
 /** The unit of a feature's numbers: that of the table where the camera's kind bears it. */
 Unit unitOf(const Feature &feature, Kind kind);
 
-/** The camera's number in the unit that users see, and back. The one place for decibels. */
-double shownNumber(Unit unit, double own);
-double ownNumber(Unit unit, double shown);
-
 /** Units that may be typed behind a number of the feature, in any capitals. */
 Words unitsOf(const Feature &feature);
 
-/** The camera's own number for one with such a unit; none: it is a unit of something else. */
+/** The camera's own number; without a unit one as it is shown; none: the unit is not its. */
 std::optional<double> ownNumber(const Feature &feature, double typed, std::string_view unit);
 
 /** A value in the unit that users see; null for none. */
@@ -117,6 +112,12 @@ Value checkedValue(const Camera &camera, const Reading &reading, const std::stri
 
 /** \throws Error (kWrongUsage) when the feature is a limit, and the lower is above the upper */
 void checkLimits(const Feature &changed, const std::function<Value(const Feature &)> &valueOf);
+
+/** What is to be set. */
+struct Assignment {
+    const Feature *feature;
+    std::string text; ///< as a user types it
+};
 
 /** "NA", "RO", ... */
 const char *nameOf(GenApi_3_0::EAccessMode access);

@@ -158,7 +158,7 @@ TEST(SettingsFile, MeansItsValuesInTheirUnits) {
         {R"("Gain", "value": 6.0206003, "unit": "dB", "raw": 2.0000000001)", 2.0000000001,
          "6.0206003 dB", true},
         {R"("Gain", "value": 6.0207, "unit": "dB", "raw": 2)",
-         kxinfo::ownNumber(kxinfo::Unit::Decibels, 6.0207), "6.0207 dB", false},
+         *kxinfo::ownNumber(kxinfo::featureNamed("Gain"), 6.0207, "dB"), "6.0207 dB", false},
         {R"("Gain", "value": "-Infinity", "unit": "dB", "raw": 0)", 0.0, "-Infinity dB", true},
         {R"("ExposureTime", "value": 100.0, "unit": "ms", "raw": 100)", 100000.0, "100.0 ms",
          false},
