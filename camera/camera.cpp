@@ -182,8 +182,11 @@ Words Node::entries() const {
 Value Node::choice(const std::string &entry) const {
     int64_t number = 0;
     const char *const end = entry.data() + entry.size();
-    if (kind_ == Kind::Integer && std::from_chars(entry.data(), end, number).ptr == end)
+    const auto [stop, error] = std::from_chars(entry.data(), end, number);
+    if (kind_ == Kind::Integer && error == std::errc() && stop == end)
         return number;
+    if (kind_ == Kind::Boolean)
+        return entry == "true" || entry == "1";
     // A text is no integer: writing it is refused.
     return kind_ == Kind::Integer || kind_ == Kind::Enumeration ? entry : Value();
 }
@@ -226,7 +229,7 @@ std::vector<Leaf> Camera::leaves(const std::string &name) const {
             throw Error(kFailed, "the camera's description has more than " +
                                      std::to_string(kDeepestCategory) +
                                      " categories one within the other.");
-        categories.push_back(each);
+        categories.push_back(shortened(each)); // for each feature in it
         for (const std::string &feature : here.features())
             add(feature);
         categories.pop_back();

@@ -28,8 +28,6 @@ using Clock = std::chrono::steady_clock;
 
 constexpr int kCannotExecute = 127; // as shells have it
 
-constexpr std::chrono::seconds kToEnd{2}; // what a child has that was asked to
-
 // How often a child is looked at: signals may ask this process to stop, and what a child writes
 // beyond its limit takes memory until it is seen.
 constexpr std::chrono::milliseconds kBetweenLooks{10};
@@ -75,7 +73,7 @@ ChildEnd runChild(const Words &command, Collect collect, const ChildLimits &limi
     while (waitpid(pid, &status, WNOHANG) == 0) {
         if (stopSignal() && failure.empty()) {
             end("was asked to", SIGTERM);
-            deadline = Clock::now() + kToEnd;
+            deadline = Clock::now() + limits.toEnd;
         } else if (std::max(out.size(), err.size()) > limits.output) {
             end("wrote more than " + std::to_string(limits.output >> 20) + " MiB", SIGKILL);
         } else if (Clock::now() >= deadline) {
@@ -100,7 +98,8 @@ std::vector<ChildEnd> runChildren(const std::vector<Words> &commands, Collect co
                                   const ChildLimits &limits) {
     (void)stopOnSignals();
     std::signal(SIGCHLD, SIG_DFL); // who ignores it is not told how children end
-    std::vector<ChildEnd> ends(commands.size());
+    std::vector<ChildEnd> ends(commands.size(),
+                               {-1, "was not run: stopped, as asked for.", "", ""});
     sideBySide(commands.size(), limits.sideBySide, [&](size_t i) {
         try {
             if (!stopSignal())

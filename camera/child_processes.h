@@ -49,6 +49,7 @@ struct ChildLimits {
     std::chrono::milliseconds time; ///< of each one, from its start
     size_t output;                  ///< bytes that each may write to either stream
     size_t sideBySide;              ///< how many run at once
+    std::chrono::seconds toEnd{2};  ///< that is asked to end, and may have to put things back
 };
 
 /** The streams of children that are collected. Any other is this process's own. */
@@ -57,7 +58,7 @@ enum class Collect { Nothing, Output, Both };
 /**
  * Runs programs to their ends, at most a certain number at once. Standard input is empty. They are
  * asked to end with this process, whatever ends it (SIGTERM). When signals ask this one to stop (see
- * cli/process.h), children are, too; two seconds later they are killed.
+ * cli/process.h), children are, too; after ChildLimits::toEnd they are killed.
  *
  * What a child leaves running does not hold up the result: a child's output ends with the child.
  *

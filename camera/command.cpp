@@ -193,16 +193,17 @@ int onFeatures(CameraArgument camera, Words names, Purpose purpose,
         const std::string noneFits = error.what();
         takeForFeature();
         try {
-            return onCamera(camera, purpose, [&](Camera &opened, Switches &switches) {
-                const Node node = opened.node(names.front());
-                if (node.kind() == Kind::Missing && !node.isCategory())
-                    throw Error(kNoCamera, noneFits + " Nor has camera " + opened.name().serial +
-                                               " such a feature." + nearestFeatures(names.front()));
-                return work(opened, switches, names);
-            });
-        } catch (const Error &other) {
-            throw other.status() != kNoCamera ? other : Error(kNoCamera, noneFits);
+            camera = gvcp::dotted(chosenCamera(camera).identity.address);
+        } catch (const Error &) {
+            throw Error(kNoCamera, noneFits);
         }
+        return onCamera(camera, purpose, [&](Camera &opened, Switches &switches) {
+            const Node node = opened.node(names.front());
+            if (node.kind() == Kind::Missing && !node.isCategory())
+                throw Error(kNoCamera, noneFits + " Nor has camera " + opened.name().serial +
+                                           " such a feature." + nearestFeatures(names.front()));
+            return work(opened, switches, names);
+        });
     }
 }
 

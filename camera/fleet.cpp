@@ -17,14 +17,17 @@ namespace kxinfo {
 namespace {
 
 // Ten minutes: a lookup table is written entry by entry.
-constexpr ChildLimits kLimits = {std::chrono::minutes(10), size_t{16} << 20, 8};
+constexpr ChildLimits kLimits = {std::chrono::minutes(10), size_t{16} << 20, 8,
+                                 std::chrono::seconds(15)};
 
 const std::string kMark = "kxinfo: "; // in front of what is told
 
 FleetResult resultOf(const gvcp::Found &camera, const ChildEnd &end, bool logs) {
     FleetResult result{camera, end.status, {}, {}, end.out};
-    if (Json::accept(end.out))
+    if (Json::accept(end.out)) {
         result.document = Json::parse(end.out);
+        result.out.clear(); // it may be large
+    }
     std::istringstream lines(end.err);
     for (std::string line; std::getline(lines, line);) {
         // A log line without an end has the next message behind it.
@@ -38,7 +41,8 @@ FleetResult resultOf(const gvcp::Found &camera, const ChildEnd &end, bool logs) 
     }
     if (!end.failure.empty()) {
         result.status = kFailed;
-        result.messages.push_back("kxinfo " + end.failure);
+        if (!stopSignal() || result.messages.empty())
+            result.messages.push_back("kxinfo " + end.failure);
     }
     return result;
 }
@@ -53,16 +57,21 @@ onAllCameras(const std::function<Words(const gvcp::Found &camera)> &arguments, b
     cameras.erase(std::remove_if(cameras.begin(), cameras.end(),
                                  [](const auto &camera) { return !isDalsa(camera.identity); }),
                   cameras.end());
+    std::vector<FleetResult> results;
+    std::vector<size_t> asked; // of the results
     std::vector<Words> commands;
     for (const gvcp::Found &camera : cameras) {
-        commands.push_back(arguments(camera));
-        commands.back().insert(commands.back().begin(), "/proc/self/exe");
+        results.push_back({camera, kNoCamera});
+        Words command = arguments(camera);
+        if (command.empty())
+            continue;
+        command.insert(command.begin(), "/proc/self/exe");
+        commands.push_back(std::move(command));
+        asked.push_back(results.size() - 1);
     }
     const std::vector<ChildEnd> ends = runChildren(commands, Collect::Both, kLimits);
-    stopIfAsked();
-    std::vector<FleetResult> results;
     for (size_t i = 0; i < ends.size(); ++i)
-        results.push_back(resultOf(cameras[i], ends[i], logs));
+        results[asked[i]] = resultOf(cameras[asked[i]], ends[i], logs);
     return results;
 }
 

@@ -15,9 +15,9 @@ namespace kxinfo {
 /** What the command came to on one camera. */
 struct FleetResult {
     gvcp::Found found;
-    int status;     ///< an ExitStatus
-    Words messages; ///< of its standard error
-    Words log = {}; ///< what is no message there, of commands that log
+    int status;          ///< an ExitStatus
+    Words messages = {}; ///< of its standard error
+    Words log = {};      ///< what is no message there, of commands that log
     std::string out = {};
     Json document = nullptr; ///< which the output is; null when it is none
 };
@@ -26,9 +26,10 @@ struct FleetResult {
  * Runs kxinfo for every Dalsa camera that answers, each in a process of its own, eight at a time, so
  * that none that fails or is slow hides another. Tells when there is none.
  *
- * \param arguments  for a camera: kxinfo's command, the camera's address, the rest
+ * \param arguments  for a camera: kxinfo's command, the camera's address, the rest; none: nothing is
+ *                   run for it, and its result has status kNoCamera and no message
  * \param logs       whether a log goes to standard error
- * \return by address. \throws Error when the user has asked to stop
+ * \return by address; also when the user has asked to stop: what each was at, or that it was not run
  */
 std::vector<FleetResult>
 onAllCameras(const std::function<Words(const gvcp::Found &camera)> &arguments, bool logs = false);

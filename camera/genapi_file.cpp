@@ -181,12 +181,13 @@ void placeLines(SavedCamera &saved, const Camera *camera) {
 std::map<std::string, std::vector<OtherLine>> otherLines(const SavedCamera &saved) {
     std::map<std::string, std::vector<OtherLine>> others;
     State state, choices;
+    std::string latest;
     for (const auto &[name, text] : saved.lines) {
         state[name] = text;
         if (name.find("Selector") != name.npos)
-            choices[name] = text;
-        else if (!rowFor(name, state))
-            others[name].push_back({choices, text});
+            choices[name] = latest = text;
+        else
+            others[name].push_back({choices, latest, text, rowFor(name, state) != nullptr});
     }
     return others;
 }

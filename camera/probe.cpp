@@ -37,7 +37,8 @@ constexpr const char *kPlaces[] = {
 };
 
 // A probe takes a second or two; a camera that falls silent again and again makes it longer.
-constexpr ChildLimits kLimits = {std::chrono::seconds(60), size_t{16} << 20, 1};
+constexpr ChildLimits kLimits = {std::chrono::seconds(60), size_t{16} << 20, 1,
+                                 std::chrono::seconds(2)};
 
 // Whether a plug-in built for this platform opens the camera of an address, whatever its serial number.
 #if __has_include("kxgige.h")
@@ -178,35 +179,29 @@ void showJson(const std::vector<FleetResult> &results) {
     writeOut(jsonText({{"version", 2}, {"cameras", cameras}}));
 }
 
-// Nothing is shown of a camera that the plug-in does not open: elsewhere than on the open platform it
-// takes the first whose serial number begins like that.
-void judge(std::vector<FleetResult> &results, const HostOptions &options) {
-    for (auto result = results.begin(); result != results.end(); ++result) {
-        const std::string &serial = result->found.identity.serial;
-        const auto inFront = std::find_if(results.begin(), result, [&](const auto &other) {
-            return other.found.identity.serial.rfind(serial, 0) == 0;
+int probeAll(HostOptions options) {
+    Words before; // serial numbers
+    // Elsewhere than on the open platform the plug-in takes the first whose serial number begins so:
+    // no other camera is shown in the place of one.
+    const auto arguments = [&](const gvcp::Found &camera) {
+        const std::string &serial = before.emplace_back(camera.identity.serial);
+        const bool isFirst = std::none_of(before.begin(), before.end() - 1, [&](const auto &other) {
+            return other.rfind(serial, 0) == 0;
         });
-        if (inFront != result && (!kOpensAddresses || options.plugin))
-            *result = {result->found,
-                       kNoCamera,
-                       {"the plug-in opens another camera in its place, \"" +
-                        inFront->found.identity.serial + "\"."}};
-        else if (result->status == kDone && !options.json && !serial.empty() &&
-                 result->out.find(kProbeHeading) == std::string::npos) {
-            result->status = kFailed;
-            result->messages.push_back(kNoResult);
+        options.serial = gvcp::dotted(camera.identity.address);
+        return isFirst || (kOpensAddresses && !options.plugin) ? options.command("probe") : Words();
+    };
+    auto results = onAllCameras(arguments, options.json && options.showsLog());
+    for (FleetResult &result : results) {
+        const bool hasHeading = result.out.find(kProbeHeading) != std::string::npos;
+        if (result.status == kNoCamera && result.messages.empty()) {
+            result.messages = {"the plug-in opens another camera whose serial number begins so."};
+        } else if (result.status == kDone && !options.json && !hasHeading &&
+                   !result.found.identity.serial.empty()) {
+            result.status = kFailed;
+            result.messages.push_back(kNoResult);
         }
     }
-}
-
-int probeAll(HostOptions options) {
-    auto results = onAllCameras(
-        [&](const gvcp::Found &camera) {
-            options.serial = gvcp::dotted(camera.identity.address);
-            return options.command("probe");
-        },
-        options.json && options.showsLog());
-    judge(results, options);
     if (options.json)
         showJson(results);
     else

@@ -374,13 +374,15 @@ Example:
         NewFile file(name); // before the camera is asked
         Sides sides;
         for (const std::string &word :
-             compares ? request->compared : Words{request->camera.value_or("")}) {
-            Side &side = sides.emplace_back(Side{word});
-            if (compares && isFile(word))
+             compares ? request->compared : Words{request->camera.value_or("")})
+            sides.push_back({word});
+        for (Side &side : sides) // before a camera is opened
+            if (compares && isFile(side.label))
                 readFromFile(side);
-            else if (const int status = readFromCamera(side, request->switching))
-                return status;
-        }
+        for (Side &side : sides)
+            if (!compares || !isFile(side.label))
+                if (const int status = readFromCamera(side, request->switching))
+                    return status;
         file.write(pageOf(sides));
         if (!file.isStandardOutput())
             writeOut("Camera " + sides.front().label + "\nreport saved to " + cleaned(name) + "\n");

@@ -64,24 +64,19 @@ std::string difference(const std::string &name, const std::vector<OtherLine> &a,
                        const std::vector<OtherLine> &b, std::vector<SavedCamera::Unread> &unread) {
     const auto number = [](const std::string &text) { return Json::parse(text, nullptr, false); };
     std::string lines;
-    for (const auto &[choices, text] : a) {
-        const auto isOtherwise = [](const OtherLine &line, const auto &choice) {
-            const auto there = line.choices.find(choice.first);
-            return there != line.choices.end() && there->second != choice.second;
+    const bool isSelected = a.size() > 1 || b.size() > 1;
+    for (const auto &[choices, latest, text, isSetting] : a) {
+        const auto isOtherwise = [&](const OtherLine &line) {
+            return std::any_of(choices.begin(), choices.end(), [&](const auto &choice) {
+                const auto there = line.choices.find(choice.first);
+                return there != line.choices.end() && there->second != choice.second;
+            });
         };
         const auto other = std::find_if(b.begin(), b.end(), [&](const OtherLine &line) {
-            return std::none_of(choices.begin(), choices.end(), [&](const auto &choice) {
-                return (a.size() > 1 || b.size() > 1) && isOtherwise(line, choice);
-            });
+            return !isSetting && !line.isSetting && !(isSelected && isOtherwise(line));
         });
-        Words chosen; // what tells this one from the others
-        for (const auto &choice : choices)
-            if (std::any_of(a.begin(), a.end(),
-                            [&](const OtherLine &line) { return isOtherwise(line, choice); }))
-                chosen.push_back(choice.second);
-        const std::string full =
-            name + (chosen.empty() ? "" : '[' + joined(chosen, ",", ",") + ']');
-        if (other == b.end() && !b.empty())
+        const std::string full = name + (isSelected ? '[' + latest + ']' : "");
+        if (other == b.end() && !b.empty() && !isSetting)
             unread.push_back({full, "it is there with other choices of selectors", true});
         else if (other != b.end() && text != other->text && !(number(text) == number(other->text)))
             lines += changeText(full, text, other->text);

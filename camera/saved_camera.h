@@ -98,10 +98,12 @@ size_t readLines(const Camera &camera, Switches &switches, bool switching, Saved
 /** Makes settings of the lines, if any. \param camera  null: of those that savedFeatures() has */
 void placeLines(SavedCamera &saved, const Camera *camera);
 
-/** A line that is no setting. */
+/** A line that is no selector. */
 struct OtherLine {
     std::map<std::string, std::string> choices; ///< what selectors were on, as far as that is known
+    std::string latest;                         ///< of them
     std::string text;
+    bool isSetting; ///< of savedFeatures()
 };
 
 /** Those of each name, in their order. */

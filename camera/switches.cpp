@@ -43,6 +43,8 @@ std::vector<Value> choicesOf(const std::string &selector, const Node &node, bool
                     selector + ", which selects it, has " +
                         (choices.empty() ? "no" : "more than " + std::to_string(kMostSelections)) +
                         " values.");
+    if (std::find(choices.begin(), choices.end(), node.read()) == choices.end())
+        throw Error(kFailed, selector + ", which selects it, could not be put back.");
     return choices;
 }
 
@@ -153,6 +155,7 @@ void Switches::eachChoice(const Words &selectors, bool all,
                           const std::function<void(const std::vector<Need> &needs)> &work) {
     std::vector<Need> needs; // of the selectors that are set
     size_t count = 0;
+    std::string missed; // why some choices could not be walked
     const std::function<void()> choose = [&] {
         stopIfAsked();
         if (selectors.size() > kMostSelectors || count == kMostSelections)
@@ -165,7 +168,13 @@ void Switches::eachChoice(const Words &selectors, bool all,
         }
         const Feature &selector = ownFeature(selectors[needs.size()]);
         const Node node = camera_.node(selector.name);
-        const std::vector<Value> choices = choicesOf(selector.name, node, all);
+        std::vector<Value> choices;
+        if (const std::string why =
+                whyNotDone([&] { choices = choicesOf(selector.name, node, all); });
+            !why.empty()) {
+            missed = why; // with another choice of those above it may be there
+            return;
+        }
         const Value before = node.read();
         std::exception_ptr end;
         try {
@@ -185,6 +194,8 @@ void Switches::eachChoice(const Words &selectors, bool all,
             std::rethrow_exception(end);
     };
     choose();
+    if (!missed.empty())
+        throw Error(kFailed, missed + ".");
 }
 
 void Switches::switchFor(const Feature &feature) {

@@ -49,7 +49,8 @@ public:
      *
      * \param all   otherwise what they are on is the one choice, and nothing is written
      * \param work  is told what each of them is on
-     * \throws Error (kFailed) when there are more choices than are read
+     * \throws Error (kFailed) when there are more choices than are read, or, once the others have been
+     *         worked on, when a selector has none
      */
     void eachChoice(const Words &selectors, bool all,
                     const std::function<void(const std::vector<Need> &needs)> &work);

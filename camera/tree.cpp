@@ -37,6 +37,8 @@ void addSelections(const Camera &camera, Switches &switches, Entry &entry) {
             for (const Need &need : needs)
                 selection.choices.push_back(need.entry);
             selection.reading = readFeature(camera, *entry.reading.feature, nullptr);
+            if (selection.reading.entries == entry.reading.entries)
+                selection.reading.entries.clear();
         });
     });
     if (why.empty() || !entry.reading.problem.empty())

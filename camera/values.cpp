@@ -103,8 +103,9 @@ Number wide(const Value &value) {
     return whole ? static_cast<Number>(*whole) : number ? *number : NAN;
 }
 
-// The camera's own number, whole or not. Without a unit it is in the one that is shown.
-Number typedNumber(const Reading &reading, const std::string &text) {
+// The camera's own number, whole or not, and whether it comes from a conversion, which hardly ever
+// meets a step. Without a unit it is in the one that is shown.
+std::pair<Number, bool> typedNumber(const Reading &reading, const std::string &text) {
     const Feature &feature = *reading.feature;
     const char *const end = text.data() + text.size();
     Number number = 0;
@@ -113,21 +114,19 @@ Number typedNumber(const Reading &reading, const std::string &text) {
         throw refusal(reading, text);
     const std::string unit(std::find_if(stop, end, [](char c) { return c != ' '; }), end);
     if (unit.empty() && (reading.kind == Kind::Integer || feature.unit == Unit::None))
-        return number;
+        return {number, false};
     const auto own = ownNumber(feature, static_cast<double>(number), unit);
     if (!own)
         throw refusal(reading, text);
-    return *own;
+    return {*own, feature.unit == Unit::Decibels || (feature.unit == Unit::Level && !unit.empty())};
 }
 
 Value checkedNumber(const Camera &camera, const Reading &reading, const std::string &text) {
     const Feature &feature = *reading.feature;
     const bool isWhole = reading.kind == Kind::Integer;
-    // A conversion hardly ever meets a step.
-    const bool isConverted = feature.unit == Unit::Decibels || feature.unit == Unit::Level;
     const Number min = wide(reading.limits.min);
     const Number max = wide(reading.limits.max);
-    Number number = typedNumber(reading, text);
+    auto [number, isConverted] = typedNumber(reading, text);
     if (isWhole && isConverted)
         number = std::round(number);
     if (isWhole && number != std::round(number))
@@ -336,7 +335,7 @@ Words cellsOf(const Reading &reading) {
     for (const char *name :
          {"name", "value", "minimum", "maximum", "increment", "unit", "access", "kind"})
         cells.push_back(textOf(is.at(name)));
-    if (!is.at("increment").is_null() && is.at("unit") == nameOf(Unit::Decibels))
+    if (!is.at("increment").is_null() && unitOf(*reading.feature, reading.kind) == Unit::Decibels)
         cells[4].insert(0, "to ");
     if (!hasValue(reading.value) && !reading.problem.empty())
         cells[7] += "; " + reading.problem;
@@ -394,6 +393,7 @@ Value checkedValue(const Camera &camera, const Reading &reading, const std::stri
     const bool isUnknown = isMissing && reading.feature->kind == Kind::Missing;
     // Cameras lock what their automatic functions set.
     const bool isLocked = reading.feature->setBy && reading.access == GenApi_3_0::RO;
+    const bool isNumber = reading.kind == Kind::Integer || reading.kind == Kind::Float;
     if (isMissing || reading.failed)
         throw Error(isUnknown ? kWrongUsage : kFailed,
                     (isUnknown ? '"' + shortened(name) + '"' : name) + " cannot be set: " +
@@ -403,7 +403,9 @@ Value checkedValue(const Camera &camera, const Reading &reading, const std::stri
                                      (isLocked ? ", probably because the camera sets it by "
                                                  "itself; 'kxinfo auto off' ends that."
                                                : "."));
-    if (reading.kind == Kind::Integer || reading.kind == Kind::Float)
+    if (isNumber && !hasValue(reading.limits.min)) // a selector has not taken its choice
+        throw Error(kFailed, name + " cannot be set: " + reading.problem + ".");
+    if (isNumber)
         return checkedNumber(camera, reading, text);
     if (reading.kind == Kind::Boolean)
         return checkedBoolean(reading, text);

@@ -53,11 +53,13 @@ std::string expectation(const json &schema) {
     }
     const json type = schema.value("type", json::array());
     for (const std::string kind : type.is_array() ? type : json::array({type}))
-        words.push_back((strchr("aio", kind[0]) ? "an " : "a ") + kind);
+        words.push_back((strchr("aio", kind[0]) ? "an " : "a ") + kind +
+                        (kind == "string" && schema.contains("maxLength")
+                             ? " of at most " + schema["maxLength"].dump() + " characters"
+                             : ""));
     std::string text = joined(words);
     for (const auto &[word, meaning] :
          {std::pair("minimum", " from "), std::pair("maximum", " to "),
-          std::pair("maxLength", " of characters, at most "),
           std::pair("minItems", " of at least "), std::pair("maxItems", " of at most ")})
         if (schema.contains(word))
             text += meaning + schema[word].dump();

@@ -92,6 +92,9 @@ std::string cutTo(size_t columns, const std::string &line) {
     return line.substr(0, end - 1) + "…";
 }
 
+// What is wider stands out of its column, so that one cell makes no others wide.
+constexpr size_t kWidestColumn = 120;
+
 constexpr size_t kLongestGuess = 64; // what is longer was not meant for a name
 constexpr size_t kMostGuesses = 3;
 
@@ -103,7 +106,14 @@ void tell(const std::string &sentences) {
 
 std::string cleaned(std::string_view text) {
     std::string result;
-    while (!text.empty()) {
+    const auto isPlain = [](char c) { return c >= ' ' && c <= '~'; };
+    for (;;) {
+        const size_t plain =
+            static_cast<size_t>(std::find_if_not(text.begin(), text.end(), isPlain) - text.begin());
+        result += text.substr(0, plain);
+        text.remove_prefix(plain);
+        if (text.empty())
+            return result;
         const auto [size, code] = firstOf(text);
         char escape[16] = "";
         if (size > 0 && actsUnseen(code))
@@ -115,7 +125,6 @@ std::string cleaned(std::string_view text) {
         result += *escape ? escape : text.substr(0, size);
         text.remove_prefix(std::max<size_t>(size, 1));
     }
-    return result;
 }
 
 std::string shortened(const std::string &text, size_t end) {
@@ -200,7 +209,8 @@ std::string tableText(const std::vector<Row> &rows) {
     for (const Row &row : rows) {
         widths.resize(std::max(widths.size(), row.cells.size()));
         for (size_t column = 0; column + 1 < row.cells.size(); ++column)
-            widths[column] = std::max(widths[column], widthOf(row.cells[column]));
+            if (const size_t width = widthOf(row.cells[column]); width <= kWidestColumn)
+                widths[column] = std::max(widths[column], width);
     }
 
     const size_t columns = columnsOfOutput();
@@ -209,7 +219,8 @@ std::string tableText(const std::vector<Row> &rows) {
         std::string line;
         for (size_t column = 0; column + 1 < row.cells.size(); ++column) {
             const std::string &cell = row.cells[column];
-            const std::string padding(widths[column] - widthOf(cell), ' ');
+            const size_t width = std::max(widths[column], widthOf(cell));
+            const std::string padding(width - widthOf(cell), ' ');
             line += (column > 0 && row.numbers ? padding + cell : cell + padding) + "  ";
         }
         text += cutTo(columns, line + row.cells.back()) + '\n';

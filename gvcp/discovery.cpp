@@ -286,6 +286,8 @@ std::optional<uint16_t> forceAddress(const Found &camera, const Reach &to) {
     if (!socket || setsockopt(socket.get(), SOL_SOCKET, SO_BINDTOIFINDEX, &on, sizeof on) != 0)
         throw std::system_error(errno, std::generic_category(), "open a socket");
     for (const auto wait : Waits().answer) {
+        if (stopAsked())
+            break;
         if (!send(socket, INADDR_BROADCAST, command))
             throw std::system_error(errno, std::generic_category(), "give a camera an address");
         for (const auto end = Clock::now() + wait; !stopAsked() && Clock::now() < end;) {

@@ -76,8 +76,8 @@ TEST(SettingsFile, IsRefusedWithThePlaceAndWhatIsExpectedThere) {
         {with("7"), form + "settings[0] is 7; expected is an object."},
         {with(R"({"name": "Gain"})"), form + "in settings[0]: Missing required property 'value'."},
         {with(R"({"name": "Width", "value": 640}, {"name": "Gain", "value": null})"),
-         form + "settings[1].value is null; expected is a number, a string or a boolean of "
-                "characters, at most 256."},
+         form + "settings[1].value is null; expected is a number, a string of "
+                "at most 256 characters or a boolean."},
         {with(R"({"name": "Gain", "value": 6, "raw": "2"})"),
          form + "settings[0].raw is \"2\"; expected is a number."},
         {withTables(R"({"channel": null, "entries": [1, 2.5]})"),

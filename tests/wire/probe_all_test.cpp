@@ -166,7 +166,7 @@ TEST_F(ProbeAll, TakesNoCameraForAnother) {
     EXPECT_THAT(result.out.substr(two.size()),
                 HasSubstr("\nWidth                            640 "));
     // Another plug-in may open another camera.
-    const std::string inFront = "the plug-in opens another camera in its place, \"S10\".";
+    const std::string inFront = "the plug-in opens another camera whose serial number begins so.";
     EXPECT_EQ((Result{1, "",
                       message("S10", "no camera has a serial number that begins with \"S10\". Run "
                                      "'kxinfo list' to see the cameras that answer.") +
@@ -197,7 +197,9 @@ TEST_F(ProbeAll, EndsItsChildrenWhenItIsStopped) {
     EXPECT_EQ("00000000", other.read(0x0A00));
     EXPECT_EQ(-1, end.status);
     EXPECT_EQ("", end.output);
-    EXPECT_EQ("kxinfo: stopped, as asked for.\n", end.errors);
+    EXPECT_EQ("kxinfo: cameras S1 and S2: stopped, as asked for. What a probe has switched on the "
+              "camera for the moment may have stayed.\n",
+              end.errors);
 }
 
 TEST_F(ProbeAll, TakesNoSerialNumber) {
