@@ -176,6 +176,8 @@ void Switches::eachChoice(const Words &selectors, bool all,
             return;
         }
         const Value before = node.read();
+        const Remembered *known = find(selector);
+        const bool wasSwitched = known && known->switched;
         std::exception_ptr end;
         try {
             for (const Value &choice : choices) {
@@ -190,6 +192,8 @@ void Switches::eachChoice(const Words &selectors, bool all,
                 stopWaitingWhen(nullptr);
         }
         select(selector, before); // with each choice of those above it may have another
+        if (Remembered *remembered = find(selector))
+            remembered->switched = wasSwitched; // without that choice it may not be there
         if (end)
             std::rethrow_exception(end);
     };

@@ -1,5 +1,8 @@
 // Commands on every camera at once.
 
+#include <chrono>
+#include <csignal>
+
 #include <nlohmann/json.hpp>
 
 #include "wire.h"
@@ -93,6 +96,25 @@ TEST_F(FleetOfTwo, TakesNoCameraBeside) {
                                                {"get", "--all"}})
         EXPECT_EQ(2, kxinfo(arguments).status) << arguments.front();
     EXPECT_EQ("1936\n", kxinfo({"get", "S1", "Width", "--value"}).out);
+}
+
+TEST_F(Fleet, PutsEveryCameraBackWhenItIsStoppedHoweverLongThatTakes) {
+    const TemporaryFolder folder;
+    const Simcam camera(
+        {"--delay", "85", "--snapshot", folder.path(), "--camera", "S1234@127.0.0.2"});
+    const std::string before = snapshotOf(camera, folder);
+    Process set(KXINFO_PROGRAM, {"set", "--all", "OffsetX=16", "Width=640", "Height=400", "Gain=6",
+                                 "ReverseX=true", "ReverseY=true"});
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+    while (changes(before, snapshotOf(camera, folder)).size() < 5 &&
+           std::chrono::steady_clock::now() < deadline) {
+    }
+    set.signal(SIGINT);
+    const Process::End end = set.wait();
+
+    EXPECT_EQ(-1, end.status);
+    EXPECT_THAT(end.errors, HasSubstr("camera S1234: what had been set is put back: "));
+    EXPECT_THAT(changes(before, snapshotOf(camera, folder)), testing::IsEmpty());
 }
 
 TEST_F(Fleet, MayHaveNobody) {

@@ -137,6 +137,41 @@ TEST_F(GenApi, ComparesWhatSelectorsChooseAndTellsWhatHasOtherChoices) {
         kxinfo({"diff", a, other}));
 }
 
+TEST_F(GenApi, BringsBackWhatABooleanSelects) {
+    const std::string reg =
+        "<Address>0x30000</Address><Length>4</Length><AccessMode>RW</AccessMode>"
+        "<pPort>Device</pPort><Sign>Unsigned</Sign><Endianess>BigEndian"
+        "</Endianess></IntReg>";
+    const std::string first = "<Category Name=\"lutControl\">";
+    WatchedCamera camera(
+        {smallTables(),
+         {first,
+          "<Boolean Name=\"Far\"><pValue>FarReg</pValue><pSelected>Focus</pSelected>"
+          "</Boolean><IntReg Name=\"FarReg\">" +
+              reg +
+              "<IntReg Name=\"Focus\"><Extension><Initial>0</Initial><Initial>0</Initial>"
+              "</Extension>" +
+              replaced(reg, {"<Address>0x30000</Address>",
+                             "<Address>0x30004</Address><pIndex Offset=\"4\">FarReg</pIndex>"}) +
+              "<Category Name=\"Own\"><pFeature>Far</pFeature><pFeature>Focus</pFeature>"
+              "</Category>" +
+              first},
+         {"<pFeature>lutControl</pFeature>",
+          "<pFeature>Own</pFeature><pFeature>lutControl</pFeature>"}});
+    camera.write({{0x30000, 0}, {0x30004, 10}, {0x30008, 20}});
+    const std::string file = saved(camera, "file", {"--format", "genapi", "--switch"});
+    camera.write({{0x30004, 50}, {0x30008, 60}});
+    (void)camera.changes();
+
+    EXPECT_EQ(
+        (Result{0, "Camera S1234 (C1936)\nFocus[false]: 50 -> 10\nFocus[true]: 60 -> 20\n", ""}),
+        kxinfo({"restore", "S1234", file}));
+    camera.write({{0x30004, 10}, {0x30008, 20}});
+    (void)camera.changes();
+    EXPECT_EQ((Result{0, kNothing, ""}), kxinfo({"restore", "S1234", file}));
+    EXPECT_THAT(camera.changes(), IsEmpty());
+}
+
 TEST_F(GenApi, TakesSelectorsInLinesInFrontOrInBraces) {
     for (const char *name : {"lines-in-front.txt", "braces.txt"}) {
         WatchedCamera camera({smallTables()});

@@ -210,6 +210,45 @@ TEST_F(Tree, PutsBackASelectorThatHasAValueForEachChoiceOfAnother) {
     EXPECT_THAT(camera.changes(), IsEmpty());
 }
 
+TEST_F(Tree, LeavesASelectorAloneThatCouldNotBePutBack) {
+    WatchedCamera camera({with(integer("Outside", "<Value>9</Value><Min>0</Min><Max>3</Max>"
+                                                  "<pSelected>Chosen</pSelected>") +
+                                   integer("Chosen", "<Value>5</Value>"),
+                               features({"Outside", "Chosen"})),
+                          kOwnInRoot});
+    const Result result = kxinfo({"tree", "S1234", "Chosen", "--switch"});
+
+    EXPECT_EQ(0, result.status);
+    EXPECT_EQ("kxinfo: Chosen: Outside, which selects it, could not be put back.\n", result.err);
+    EXPECT_THAT(camera.changes(), IsEmpty());
+}
+
+TEST_F(Tree, WalksTheOtherChoicesWhenASelectorIsNotThereWithOneOfThem) {
+    WatchedCamera camera(
+        {with("<Boolean Name=\"A\"><pValue>AReg</pValue><pSelected>B</pSelected></Boolean>"
+              "<IntReg Name=\"AReg\"><Address>0x30000</Address><Length>4</Length><AccessMode>RW"
+              "</AccessMode><pPort>Device</pPort><Sign>Unsigned</Sign><Endianess>BigEndian"
+              "</Endianess></IntReg>" +
+                  integer("B", "<pIsAvailable>AReg</pIsAvailable><pValue>BReg</pValue><Min>0</Min>"
+                               "<Max>1</Max><pSelected>C</pSelected>") +
+                  "<IntReg Name=\"BReg\"><Address>0x30004</Address><Length>4</Length><AccessMode>"
+                  "RW</AccessMode><pPort>Device</pPort><Sign>Unsigned</Sign><Endianess>BigEndian"
+                  "</Endianess></IntReg>" +
+                  integer("C", "<pValue>BReg</pValue>"),
+              features({"A", "B", "C"})),
+         kOwnInRoot,
+         {"<pSelected>B</pSelected>", "<pSelected>B</pSelected><pSelected>C</pSelected>"}});
+    const Result result = kxinfo({"tree", "S1234", "C", "--switch", "--json"});
+
+    EXPECT_EQ(0, result.status);
+    EXPECT_EQ("kxinfo: C: B, which selects it, cannot be read at present.\n"
+              "kxinfo: switched for a moment, and put back: A, B.\n",
+              result.err);
+    EXPECT_THAT(selectionsOf(json::parse(result.out)["features"][0]),
+                testing::ElementsAre("true,0=0", "true,1=1"));
+    EXPECT_THAT(camera.changes(), IsEmpty());
+}
+
 TEST_F(Tree, PutsSelectorsBackWhenItIsStoppedAndDiesOfTheSignal) {
     WatchedCamera camera(kNested, {"--delay", "20"});
     Process kxinfo(KXINFO_PROGRAM, {"tree", "S1234", "C", "--switch"});
