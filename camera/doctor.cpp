@@ -59,14 +59,6 @@ constexpr Symptom
     kUnreadable{"unreadable-feature", TheCamera, "The camera has them and fails when they are read."};
 // clang-format on
 
-template <class... Parts>
-std::string say(const Parts &...parts) {
-    std::ostringstream text;
-    text.precision(3);
-    (text << ... << parts);
-    return text.str();
-}
-
 struct Card { ///< a network interface
     std::string name;
     uint32_t index = 0;

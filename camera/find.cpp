@@ -37,8 +37,8 @@ std::string listed(const Cameras &cameras) {
     Words words;
     for (const gvcp::Found &camera : cameras) {
         const auto [maker, model, serial, userName] = nameOf(camera.identity);
-        words.push_back(serial + " (" + maker + " " + model + ", " +
-                        gvcp::dotted(camera.identity.address) + ")");
+        words.push_back(
+            say(serial, " (", maker, " ", model, ", ", gvcp::dotted(camera.identity.address), ")"));
     }
     return joinedBriefly(words);
 }

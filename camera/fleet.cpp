@@ -89,7 +89,7 @@ void tellMessages(const std::vector<FleetResult> &results) {
             serials[message].push_back(nameOf(result.found.identity).serial);
     for (const auto &[message, all] : serials) {
         const std::string who = (all.size() > 1 ? "cameras " : "camera ") + joinedBriefly(all);
-        tell(message.rfind(who, 0) == 0 ? message : who + ": " + message);
+        tell(message.rfind(who, 0) == 0 ? message : say(who, ": ", message));
     }
 }
 

@@ -170,8 +170,9 @@ void placeLines(SavedCamera &saved, const Camera *camera) {
         if (!feature)
             feature = &ownFeature(name, needs);
         const size_t behind = savedFeatures().size() + 1 + places.size();
-        placed[feature->saved ? feature->saved : places.emplace(feature, behind).first->second] =
-            valueFrom(*feature, text);
+        const size_t place = feature->saved ? static_cast<size_t>(feature->saved)
+                                            : places.emplace(feature, behind).first->second;
+        placed[place] = valueFrom(*feature, text);
     }
     saved.settings.clear();
     for (const auto &[place, value] : placed)

@@ -67,8 +67,8 @@ int list(bool json) {
                        {"controller", controller},
                        {"problem", orNull(problem)}});
         if (state == "unreachable")
-            unreachable.push_back("camera " + serial + " is not reachable from here: " + problem +
-                                  "." + kGiveAddress);
+            unreachable.push_back(say("camera ", serial, " is not reachable from here: ", problem,
+                                      ".", kGiveAddress));
     }
     if (json)
         writeOut(jsonText({{"version", 2}, {"cameras", all}}));

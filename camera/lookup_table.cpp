@@ -255,8 +255,8 @@ TableFile readTable(const std::string &text, const std::string &name) {
         table.whole = single;
         const int index =
             single ? static_cast<int>(table.entries.size()) : wholeNumber(first, name, number);
-        const int value =
-            wholeNumber(single ? first : second + (third.empty() ? "" : ',' + third), name, number);
+        const std::string last = third.empty() ? second : say(second, ',', third);
+        const int value = wholeNumber(single ? first : last, name, number);
         if (index < 0 || index >= kMostTableEntries)
             throw wrong("index " + std::to_string(index) + " is outside 0 to " +
                         std::to_string(kMostTableEntries - 1) + "; no camera has a longer table.");

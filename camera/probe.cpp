@@ -84,7 +84,7 @@ void lookAtCamera(const gvcp::Found &found, Json &document) {
         for (const auto &[parameter, features, problem] : hostParameters(camera)) {
             if (problem.empty())
                 continue;
-            tell(parameter + ": " + problem + ".");
+            tell(say(parameter, ": ", problem, "."));
             for (Json &published : document["parameters"])
                 if (published.value("name", "") == parameter && !published.contains("problem"))
                     published["problem"] = problem;

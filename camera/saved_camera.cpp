@@ -65,21 +65,24 @@ std::string difference(const std::string &name, const std::vector<OtherLine> &a,
     const auto number = [](const std::string &text) { return Json::parse(text, nullptr, false); };
     std::string lines;
     const bool isSelected = a.size() > 1 || b.size() > 1;
-    for (const auto &[choices, latest, text, isSetting] : a) {
+    for (const OtherLine &own : a) {
+        if (own.isSetting)
+            continue;
         const auto isOtherwise = [&](const OtherLine &line) {
-            return std::any_of(choices.begin(), choices.end(), [&](const auto &choice) {
+            return std::any_of(own.choices.begin(), own.choices.end(), [&](const auto &choice) {
                 const auto there = line.choices.find(choice.first);
                 return there != line.choices.end() && there->second != choice.second;
             });
         };
         const auto other = std::find_if(b.begin(), b.end(), [&](const OtherLine &line) {
-            return !isSetting && !line.isSetting && !(isSelected && isOtherwise(line));
+            return !line.isSetting && !(isSelected && isOtherwise(line));
         });
-        const std::string full = name + (isSelected ? '[' + latest + ']' : "");
-        if (other == b.end() && !b.empty() && !isSetting)
+        const std::string full = isSelected ? say(name, '[', own.latest, ']') : name;
+        if (other == b.end() && !b.empty())
             unread.push_back({full, "it is there with other choices of selectors", true});
-        else if (other != b.end() && text != other->text && !(number(text) == number(other->text)))
-            lines += changeText(full, text, other->text);
+        else if (other != b.end() && own.text != other->text &&
+                 !(number(own.text) == number(other->text)))
+            lines += changeText(full, own.text, other->text);
     }
     return lines;
 }

@@ -23,8 +23,6 @@ constexpr size_t kMostSelectors = 8;
 
 // What a selector may be set to now.
 std::vector<Value> choicesOf(const std::string &selector, const Node &node, bool all) {
-    if (!node.isReadable())
-        throw Error(kFailed, selector + ", which selects it, cannot be read at present.");
     if (!all || node.access() == GenApi_3_0::RO)
         return {node.read()};
     if (node.kind() == Kind::Boolean)
@@ -168,13 +166,11 @@ void Switches::eachChoice(const Words &selectors, bool all,
         }
         const Feature &selector = ownFeature(selectors[needs.size()]);
         const Node node = camera_.node(selector.name);
-        std::vector<Value> choices;
-        if (const std::string why =
-                whyNotDone([&] { choices = choicesOf(selector.name, node, all); });
-            !why.empty()) {
-            missed = why; // with another choice of those above it may be there
+        if (!node.isReadable()) { // with another choice of those above it may be there
+            missed = selector.name + ", which selects it, cannot be read at present.";
             return;
         }
+        const std::vector<Value> choices = choicesOf(selector.name, node, all);
         const Value before = node.read();
         const Remembered *known = find(selector);
         const bool wasSwitched = known && known->switched;
@@ -199,7 +195,7 @@ void Switches::eachChoice(const Words &selectors, bool all,
     };
     choose();
     if (!missed.empty())
-        throw Error(kFailed, missed + ".");
+        throw Error(kFailed, missed);
 }
 
 void Switches::switchFor(const Feature &feature) {

@@ -219,10 +219,10 @@ Reading readFeature(const Camera &camera, const Feature &feature, Switches *swit
 }
 
 std::string whyMissing(const Camera &camera, const Feature &feature, const std::string &what) {
-    const std::string why = "the camera has no " + what;
+    std::string why = "the camera has no " + what;
     for (const std::string &legacy : feature.legacy)
         if (camera.node(legacy).kind() != Kind::Missing)
-            return why + "; it has " + legacy + " instead";
+            return say(why, "; it has ", legacy, " instead");
     return why;
 }
 

@@ -2,6 +2,7 @@
 #ifndef KXINFO_CLI_TEXT_H
 #define KXINFO_CLI_TEXT_H
 
+#include <sstream>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -33,6 +34,15 @@ using Words = std::vector<std::string>;
 
 /** Writes sentences to standard error, behind "kxinfo: ", in one line. */
 void tell(const std::string &sentences);
+
+/** All parts in one text; numbers with three digits. */
+template <class... Parts>
+std::string say(const Parts &...parts) {
+    std::ostringstream text;
+    text.precision(3);
+    (text << ... << parts);
+    return text.str();
+}
 
 /**
  * A text of whatever origin with nothing in it that acts on a terminal or a log: what is no
