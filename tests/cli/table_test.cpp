@@ -27,4 +27,11 @@ TEST(ChoicesText, NamesThemOrNone) {
     EXPECT_EQ("-", kxinfo::choicesText({}));
 }
 
+TEST(TableText, HasNoColumnThatOneCellMakesWiderThanABound) {
+    const std::string widest(120, 'w'), wider(121, 'w');
+    EXPECT_EQ("a" + std::string(119, ' ') + "  1\n" + widest + "  2\n",
+              kxinfo::tableText({{{"a", "1"}}, {{widest, "2"}}}));
+    EXPECT_EQ("a  1\n" + wider + "  2\n", kxinfo::tableText({{{"a", "1"}}, {{wider, "2"}}}));
+}
+
 } // namespace
