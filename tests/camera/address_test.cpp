@@ -71,7 +71,7 @@ TEST_F(Address, IsShownWithTheWaysToItWhoeverControlsTheCameraAndNothingIsWritte
 TEST_F(Address, IsSetForTheNextStartValuesFirstAndTheWayLast) {
     Simcam camera({"--watch", "--camera", "S1@127.0.0.2"});
     Client other;
-    for (const auto &[at, value] : {std::pair(0xA00, 2), {0x14, 6}, {0xA00, 0}})
+    for (const auto &[at, value] : {std::pair(0xA00U, 2U), {0x14U, 6U}, {0xA00U, 0U}})
         ASSERT_EQ("0000", other.write(at, value));
     EXPECT_THAT(address({"S1"}).out, HasSubstr("persistent  off     127.0.0.2  255.0.0.0  -\n"
                                                "dhcp        on "));

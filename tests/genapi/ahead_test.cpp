@@ -87,7 +87,7 @@ TEST(Ahead, FindsWhatTheCameraDoesNotHaveByHalves) {
 TEST(Ahead, GivesUpAfterSoManyRefusals) {
     // To find n that are missing among n or n + 1 takes 2n - 1 refusals or one more; and one of two
     // takes two.
-    for (const size_t present : {0, 1}) {
+    for (const size_t present : {size_t{0}, size_t{1}}) {
         constexpr size_t kMissing = (genapi::kMostRefusals - 2) / 2;
         const size_t count = kMissing + present;
         Ahead camera(registers(count) + registers(2, 1000, "little"));
