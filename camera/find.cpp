@@ -222,10 +222,11 @@ bool isDalsa(const gvcp::Identity &identity) {
 
 std::string macText(uint64_t mac) {
     char text[18];
-    for (size_t i = 0; i < 6; ++i)
-        (void)snprintf(text + 3 * i, 4,
-                       "%02x:", static_cast<unsigned>(mac >> (40 - 8 * i)) & 0xFFU);
-    return {text, 17};
+    (void)snprintf(text, sizeof text, "%012llx", static_cast<unsigned long long>(mac));
+    std::string result(text);
+    for (size_t at = 10; at > 0; at -= 2)
+        result.insert(at, ":");
+    return result;
 }
 
 } // namespace kxinfo
