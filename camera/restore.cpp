@@ -54,7 +54,6 @@ public:
 
     // Sets what differs, and looks afterwards whether it is still so: a setting may move another.
     void settings(const std::vector<SavedValue> &saved) {
-        switches_.stopAutomation(); // it would lock, or move, what it sets
         for (size_t before = saved.size() + 1; before != wanted_.size();) {
             before = wanted_.size();
             refusals_.clear();
@@ -106,7 +105,7 @@ private:
 
     void set(const SavedValue &saved) {
         const Feature &feature = *saved.feature;
-        const Reading reading = readFeature(camera_, feature, dry_ ? nullptr : &switches_);
+        Reading reading = readFeature(camera_, feature, dry_ ? nullptr : &switches_);
         const Value present = reading.value;
         if (!hasValue(present) && (!dry_ || reading.failed || reading.kind == Kind::Missing))
             throw Error(kFailed, reading.problem);
@@ -116,6 +115,10 @@ private:
         if (dry_ && isOpen && present != wanted) {
             leaveOpen(feature.name);
         } else if (!saved.isExact || present != wanted) {
+            if (feature.setBy && !dry_) { // automatic functions would lock it, or move it
+                switches_.stopAutomation();
+                reading = readFeature(camera_, feature, &switches_);
+            }
             wanted = checkedValue(camera_, reading, saved.typed);
             if (saved.isExact && reading.kind == Kind::Float)
                 wanted = std::clamp(std::get<double>(saved.value), numberOf(reading.limits.min),

@@ -188,8 +188,10 @@ void Switches::eachChoice(const Words &selectors, bool all,
                 stopWaitingWhen(nullptr);
         }
         select(selector, before); // with each choice of those above it may have another
-        if (Remembered *remembered = find(selector))
-            remembered->switched = wasSwitched; // without that choice it may not be there
+        // Without the present choice of those above it may not be there.
+        if (Remembered *remembered = find(selector);
+            remembered && node.isReadable() && node.read() == before)
+            remembered->switched = wasSwitched;
         if (end)
             std::rethrow_exception(end);
     };

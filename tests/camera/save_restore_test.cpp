@@ -119,6 +119,20 @@ TEST_F(SaveRestore, BringsEverySettingBackInWhateverStateTheCameraWas) {
     EXPECT_EQ("", violations(readFile(file), "settings.schema.json"));
 }
 
+TEST_F(SaveRestore, WritesNothingWhenTheCameraIsSetAsTheFileSays) {
+    for (const StartingState &state : startingStates()) {
+        SCOPED_TRACE(state.name);
+        WatchedCamera camera({smallTables()});
+        camera.write(state.writes);
+        EXPECT_EQ(0, kxinfo({"save", "S1234", fileIn(camera)}).status);
+        EXPECT_EQ(restored(kNothing), kxinfo({"restore", "S1234", fileIn(camera)}));
+
+        // Who writes a state takes control and gives it back, and so does restore.
+        const int ofState = state.writes.empty() ? 0 : static_cast<int>(state.writes.size()) + 2;
+        EXPECT_EQ(ofState + 2, camera.stopAndCount()["writereg"]);
+    }
+}
+
 TEST_F(SaveRestore, TellsWhatItRestoresAndBeforehandWhatItWould) {
     WatchedCamera camera({smallTables()});
     camera.write({{reg::kBalanceWhiteAuto, 2}});
