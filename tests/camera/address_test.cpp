@@ -1,10 +1,5 @@
 // kxinfo address: how a camera gets its address, and giving it another.
 
-#include <fcntl.h>
-#include <sched.h>
-#include <unistd.h>
-
-#include <fstream>
 #include <map>
 #include <memory>
 
@@ -229,29 +224,9 @@ TEST_F(Address, IsToldWhenTheCameraDoesNotComeBack) {
     EXPECT_THAT(camera.stop().errors, HasSubstr("stays at 127.0.0.2"));
 }
 
-// A cable to another network namespace with two cameras, in a network that this computer is not in,
-// and, where they are to go, the computer's.
 class AddressBehindACable : public Address {
 protected:
-    void SetUp() override {
-        const int here = open("/proc/thread-self/ns/net", O_RDONLY | O_CLOEXEC);
-        ASSERT_EQ(0, unshare(CLONE_NEWNET));
-        const std::string there =
-            "ip link set lo up && ip link add there type veth peer name eth0 netns " +
-            std::to_string(getppid()) +
-            " && ip address add 169.254.3.4/16 dev there && "
-            "ip address add 192.168.0.10/32 dev there && ip link set there up && "
-            "ip route add 192.168.0.0/24 dev there";
-        ASSERT_EQ(0, system(there.c_str()));
-        camera_ = std::make_unique<Simcam>(std::vector<std::string>{"--camera", "S1@169.254.3.4"});
-        ASSERT_EQ(0, setns(here, CLONE_NEWNET));
-        close(here);
-        ASSERT_EQ(0, system("ip address add 192.168.0.2/24 dev eth0 && ip link set eth0 up"));
-        for (const char *name : {"all", "eth0"})
-            std::ofstream("/proc/sys/net/ipv4/conf/" + std::string(name) + "/rp_filter") << 0;
-    }
-
-    std::unique_ptr<Simcam> camera_;
+    const std::unique_ptr<Simcam> camera_ = cameraBehindACable();
 };
 
 TEST_F(AddressBehindACable, IsShownAndForcedWhereTheCameraCannotBeReached) {

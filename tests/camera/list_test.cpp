@@ -1,11 +1,6 @@
 // kxinfo list: what it tells of each camera on the network.
 
-#include <fcntl.h>
-#include <sched.h>
-#include <unistd.h>
-
 #include <chrono>
-#include <fstream>
 #include <memory>
 
 #include <nlohmann/json.hpp>
@@ -152,31 +147,9 @@ TEST_F(List, IsHeldAgainstASchemaThatNoticesWhatIsWrong) {
     }
 }
 
-// A second network namespace, with a camera at 169.254.3.4 in it, and a cable from there to this
-// one, whose end here has 192.168.0.2/24.
 class ListBehindACable : public Wire {
 protected:
-    void SetUp() override {
-        const int here = open("/proc/thread-self/ns/net", O_RDONLY | O_CLOEXEC);
-        ASSERT_EQ(0, unshare(CLONE_NEWNET));
-        const std::string there = "ip link set lo up && ip link add there type veth peer name eth0 "
-                                  "netns " +
-                                  std::to_string(getppid()) +
-                                  " && ip address add 169.254.3.4/16 dev there && "
-                                  "ip link set there up && ip route add 192.168.0.0/24 dev there";
-        ASSERT_EQ(0, system(there.c_str()));
-        camera_ = std::make_unique<Simcam>(
-            std::vector<std::string>{"--watch", "--camera", "S1@169.254.3.4"});
-        ASSERT_EQ(0, setns(here, CLONE_NEWNET));
-        close(here);
-        ASSERT_EQ(0, system("ip address add 192.168.0.2/24 dev eth0 && ip link set eth0 up"));
-        // Some systems let nothing in that they would not know a way back to. Not all let that be
-        // changed here.
-        for (const char *name : {"all", "eth0"})
-            std::ofstream("/proc/sys/net/ipv4/conf/" + std::string(name) + "/rp_filter") << 0;
-    }
-
-    std::unique_ptr<Simcam> camera_;
+    const std::unique_ptr<Simcam> camera_ = cameraBehindACable({"--watch"});
 };
 
 TEST_F(ListBehindACable, TellsOfACameraOutOfReachAndWhatHelps) {

@@ -1,9 +1,14 @@
 #include "wire.h"
 
+#include <fcntl.h>
+#include <sched.h>
+#include <unistd.h>
+
 #include <chrono>
 #include <csignal>
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
 #include <map>
 #include <sstream>
 #include <thread>
@@ -78,6 +83,28 @@ std::string snapshotOf(const Simcam &camera, const TemporaryFolder &folder) {
         std::this_thread::sleep_for(std::chrono::milliseconds(5));
     }
     return readFile(file);
+}
+
+std::unique_ptr<Simcam> cameraBehindACable(std::vector<std::string> options) {
+    const auto run = [](const std::string &command) { EXPECT_EQ(0, system(command.c_str())); };
+    const int here = open("/proc/thread-self/ns/net", O_RDONLY | O_CLOEXEC);
+    EXPECT_EQ(0, unshare(CLONE_NEWNET));
+    // At 192.168.0.10 a camera may be once it is given that address.
+    run("ip link set lo up && ip link add there type veth peer name eth0 netns " +
+        std::to_string(getppid()) +
+        " && ip address add 169.254.3.4/16 dev there && ip address add 192.168.0.10/32 dev there "
+        "&& "
+        "ip link set there up && ip route add 192.168.0.0/24 dev there");
+    options.insert(options.end(), {"--camera", "S1@169.254.3.4"});
+    auto camera = std::make_unique<Simcam>(options);
+    EXPECT_EQ(0, setns(here, CLONE_NEWNET));
+    close(here);
+    run("ip address add 192.168.0.2/24 dev eth0 && ip link set eth0 up");
+    // Some systems let nothing in that they would not know a way back to. Not all let that be
+    // changed here.
+    for (const char *name : {"all", "eth0"})
+        std::ofstream("/proc/sys/net/ipv4/conf/" + std::string(name) + "/rp_filter") << 0;
+    return camera;
 }
 
 void Wire::SetUpTestSuite() {

@@ -3,6 +3,7 @@
 #define KXINFO_TESTS_WIRE_H
 
 #include <chrono>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -32,6 +33,14 @@ std::string violations(const std::string &document, const std::string &schema);
 
 /** What camera S1234 of a kxinfo-simcam that was given that folder for snapshots holds now. */
 std::string snapshotOf(const Simcam &camera, const TemporaryFolder &folder);
+
+/**
+ * A second network namespace with camera S1 at 169.254.3.4, and a cable from there to this one, whose
+ * end here, eth0, has 192.168.0.2/24.
+ *
+ * \param options  of kxinfo-simcam, besides the camera
+ */
+std::unique_ptr<Simcam> cameraBehindACable(std::vector<std::string> options = {});
 
 /** How long cameras are looked for in tests: they share a computer that may be busy. */
 constexpr std::chrono::milliseconds kSearchWindow{1000};
