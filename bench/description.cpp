@@ -20,7 +20,7 @@
 #include <string>
 
 #include "genapi/nodemap.h"
-#include "gvcp/document.h"
+#include "gvcp/description.h"
 
 namespace {
 

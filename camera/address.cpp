@@ -3,14 +3,12 @@
 
 #include <algorithm>
 #include <chrono>
-#include <memory>
 #include <thread>
 
 #include "camera/command.h"
 #include "camera/find.h"
 #include "cli/json.h"
 #include "gvcp/channel.h"
-#include "gvcp/environment.h"
 
 namespace kxinfo {
 
@@ -47,18 +45,17 @@ bool isHost(uint32_t address, uint32_t mask) {
 Reach reachFrom(const std::string &text, const std::string &gatewayText) {
     const auto gateway = gvcp::addressFrom(gatewayText.empty() ? "0.0.0.0" : gatewayText);
     if (!gateway)
-        throw Error(kWrongUsage,
-                    "\"" + shortened(gatewayText) + "\" is no gateway; expected is an address.");
+        throw Error(kWrongUsage, "\"", shortened(gatewayText),
+                    "\" is no gateway; expected is an address.");
     const size_t slash = text.find('/');
     const auto address = gvcp::addressFrom(text.substr(0, slash));
     for (int bits = 1; address && bits <= 30; ++bits)
         if (const uint32_t mask = UINT32_MAX << (32 - bits);
             text.substr(slash + 1) == std::to_string(bits) && isHost(*address, mask))
             return {*address, mask, *gateway};
-    throw Error(kWrongUsage,
-                "\"" + shortened(text) +
-                    "\" is no address for a camera; expected is that of one host, with "
-                    "the bits of its network, 1 to 30, for example 192.168.0.10/24.");
+    throw Error(kWrongUsage, "\"", shortened(text),
+                "\" is no address for a camera; expected is that of one host, with the bits of its "
+                "network, 1 to 30, for example 192.168.0.10/24.");
 }
 
 // What it says of its addresses, from kKnownWays on; then what is kept.
@@ -163,8 +160,8 @@ uint32_t requireSafe(const Found &camera, const Reach &to, bool evenIfLost) {
                 macOf(found.identity) != macOf(camera.identity))
                 why = nameFor(found) + " has it";
     if (!why.empty())
-        throw Error(kWrongUsage, gvcp::dotted(to.address) + " would cut the camera off: " + why +
-                                     ". Choose another, or add --even-if-lost.");
+        throw Error(kWrongUsage, gvcp::dotted(to.address), " would cut the camera off: ", why,
+                    ". Choose another, or add --even-if-lost.");
     return index;
 }
 
@@ -174,7 +171,7 @@ void keep(const Found &camera, const Request &request) {
                           gvcp::Access::Control);
     const std::vector<uint32_t> before = registersOf(camera, channel);
     if (!(before[0] & gvcp::kPersistent))
-        throw Error(kWrongUsage, nameFor(camera) + " cannot keep an address.");
+        throw Error(kWrongUsage, nameFor(camera), " cannot keep an address.");
     requireSafe(camera, to, request.evenIfLost);
     const std::vector<uint32_t> after = {
         before[0],  before[1], before[2],  before[3],
@@ -201,7 +198,7 @@ void keep(const Found &camera, const Request &request) {
         } catch (const gvcp::Error &) { // nobody knows
         }
         if (!isBack)
-            tell(nameFor(camera) + ": what had been set cannot be put back.");
+            tell(nameFor(camera), ": what had been set cannot be put back.");
         throw;
     }
 }
@@ -230,10 +227,9 @@ Found force(Found camera, const Request &request) {
                 return found;
         std::this_thread::sleep_for(kBetweenLooks);
     }
-    throw Error(kFailed, nameFor(camera) + " has not come back at " + gvcp::dotted(to.address) +
-                             ". 'kxinfo list' shows whether it does later, or has stayed where it "
-                             "was. If it is not there, switch it off and on: this address is then "
-                             "forgotten.");
+    throw Error(kFailed, nameFor(camera), " has not come back at ", gvcp::dotted(to.address),
+                ". 'kxinfo list' shows whether it does later, or has stayed where it was. If it is "
+                "not there, switch it off and on: this address is then forgotten.");
 }
 
 int address(const Request &request) {
@@ -245,10 +241,10 @@ int address(const Request &request) {
         camera = chosenCamera(request.camera);
         if (!request.force.empty()) {
             camera = force(camera, request);
-            tell(nameFor(camera) + " has this address until it restarts; --set is for good.");
+            tell(nameFor(camera), " has this address until it restarts; --set is for good.");
         } else if (!request.set.empty()) {
             keep(camera, request);
-            tell(nameFor(camera) + " does so when it restarts: switch it off and on.");
+            tell(nameFor(camera), " does so when it restarts: switch it off and on.");
         }
         return show(camera, request.json);
     } catch (const gvcp::Error &error) {
@@ -259,10 +255,9 @@ int address(const Request &request) {
 } // namespace
 
 Run declareAddress(CLI::App &command) {
-    const auto request = std::make_shared<Request>();
-    addCamera(command, request->camera);
+    const auto request = requestFor<Request>(command);
     const auto add = [&](const char *name, std::string &to, const char *what) {
-        return command.add_option(name, to, what)->type_name("ADDRESS");
+        return addOption(command, name, to, what, "ADDRESS");
     };
     const auto set = add("--set", request->set, "Start at this address, such as 192.168.0.10/24");
     add("--force", request->force, "Have this address at once, until it restarts")->excludes(set);

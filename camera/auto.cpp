@@ -1,7 +1,6 @@
 // kxinfo auto: shows automatic control of brightness, switches it on, within limits, or off.
 
 #include <charconv>
-#include <memory>
 
 #include "camera/command.h"
 
@@ -30,8 +29,8 @@ std::string levelFrom(const std::string &text) {
     const std::string unit(stop, end);
     number *= unit.empty() ? 100 : 1;
     if (error != std::errc() || (!unit.empty() && unit != "%") || !(number >= 0 && number <= 100))
-        throw Error(kWrongUsage, "--target is \"" + shortened(text) +
-                                     "\"; expected is 0 (black) to 1 (white), or 0% to 100%.");
+        throw Error(kWrongUsage, "--target is \"", shortened(text),
+                    "\"; expected is 0 (black) to 1 (white), or 0% to 100%.");
     return numberText(number) + "%";
 }
 
@@ -41,8 +40,8 @@ void addLimits(std::vector<Assignment> &settings, const char *option, const std:
     const size_t dots = text.find("..");
     // Of "0...5" nobody knows whether it is up to 5 or to .5.
     if (dots == text.npos || dots == 0 || dots + 2 == text.size() || text[dots + 2] == '.')
-        throw Error(kWrongUsage, std::string(option) + " is \"" + shortened(text) +
-                                     "\"; expected is MIN..MAX, for example 100..20000.");
+        throw Error(kWrongUsage, option, " is \"", shortened(text),
+                    "\"; expected is MIN..MAX, for example 100..20000.");
     for (const auto &[name, limit] :
          {std::pair(lower, text.substr(0, dots)), std::pair(upper, text.substr(dots + 2))}) {
         const Feature &feature = featureNamed(name);
@@ -64,7 +63,7 @@ void addEntry(std::vector<Assignment> &settings, const Camera &camera, const cha
     if (has(camera, name))
         settings.push_back({&featureNamed(name), entry});
     else
-        tell("this camera has no \"" + std::string(name) + "\"; it is left out.");
+        tell("this camera has no \"", name, "\"; it is left out.");
 }
 
 // What the options say.
@@ -113,18 +112,14 @@ int show(const Camera &camera) {
 } // namespace
 
 Run declareAuto(CLI::App &command) {
-    const auto request = std::make_shared<Request>();
-    addCamera(command, request->camera);
-    command.add_option("STATE", request->state, "on or off; without it, the state is shown")
-        ->type_name("")
+    const auto request = requestFor<Request>(command);
+    addOption(command, "STATE", request->state, "on or off; without it, the state is shown")
         ->transform(oneOf({"on", "off"}, "'kxinfo auto' does not know the state"));
-    const auto add = [&](const char *name, std::string &to, const char *type, const char *what) {
-        command.add_option(name, to, what)->type_name(type);
-    };
-    add("--target", request->target, "X", "Brightness to reach, 0 to 1 or 0% to 100%");
-    add("--gain", request->gain, "MIN..MAX", "Limits of automatic gain, in dB");
-    add("--exposure", request->exposure, "MIN..MAX",
-        "Limits of automatic exposure time, in us or with a unit");
+    addOption(command, "--target", request->target, "Brightness to reach, 0 to 1 or 0% to 100%",
+              "X");
+    addOption(command, "--gain", request->gain, "Limits of automatic gain, in dB", "MIN..MAX");
+    addOption(command, "--exposure", request->exposure,
+              "Limits of automatic exposure time, in us or with a unit", "MIN..MAX");
     command.footer(
         R"('on' lets the camera set exposure time and gain by itself, within the limits given; 'off' ends
 that.

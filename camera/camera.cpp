@@ -66,9 +66,8 @@ std::string whyNotOpened(GEV_STATUS status) {
     if (status == GEVLIB_ERROR_ACCESS_DENIED)
         remedy = ". End that program, or wait some seconds if it crashed, and try again.";
 #endif
-    return " cannot be opened: " +
-           (cause.empty() ? "the camera platform answers " + std::to_string(status) : cause) +
-           remedy;
+    return say(" cannot be opened: ",
+               cause.empty() ? say("the camera platform answers ", status) : cause, remedy);
 }
 
 Words namesOf(const FeatureList_t &features) {
@@ -155,7 +154,7 @@ void Node::write(const Value &value) const {
     else if (text && kind_ >= Kind::Enumeration)
         as<IValue>()->FromString(text->c_str(), true);
     else
-        throw Error(kFailed, "the camera has \"" + name_ + "\" as another kind of value.");
+        throw Error(kFailed, "the camera has \"", name_, "\" as another kind of value.");
 }
 
 Limits Node::limits() const {
@@ -200,13 +199,14 @@ Camera::Camera(const gvcp::Found &found, Purpose purpose) : name_(nameOf(found.i
     GEV_CAMERA_INFO record = recordOf(found);
     const std::string camera = "camera " + name_.serial;
     if (const GEV_STATUS status = open(record, purpose, handle_); status != GEVLIB_OK)
-        throw Error(kNoCamera, camera + whyNotOpened(status));
+        throw Error(kNoCamera, camera, whyNotOpened(status));
     nodeMap_ = static_cast<CNodeMapRef *>(GevGetFeatureNodeMap(handle_));
     if (nodeMap_)
         return;
     (void)GevCloseCamera(&handle_);
-    throw Error(kFailed, camera + " has no description of its features that can be read, so none "
-                                  "can be shown or set.");
+    throw Error(kFailed, camera,
+                " has no description of its features that can be read, so none can be shown or "
+                "set.");
 }
 
 Camera::~Camera() {
@@ -226,9 +226,8 @@ std::vector<Leaf> Camera::leaves(const std::string &name) const {
         if (!here.isCategory())
             return leaves.push_back({categories, each});
         if (categories.size() == kDeepestCategory)
-            throw Error(kFailed, "the camera's description has more than " +
-                                     std::to_string(kDeepestCategory) +
-                                     " categories one within the other.");
+            throw Error(kFailed, "the camera's description has more than ", kDeepestCategory,
+                        " categories one within the other.");
         categories.push_back(shortened(each)); // for each feature in it
         for (const std::string &feature : here.features())
             add(feature);
@@ -295,12 +294,12 @@ int tellWhy(const Camera &camera, const std::exception_ptr &why) {
         tell(error.what());
         return error.status();
     } catch (const GenICam_3_0::TimeoutException &) {
-        tell(name + " has stopped answering. Check its power and cable, and try again. (" +
-             reasonInFlight() + ")");
+        tell(name, " has stopped answering. Check its power and cable, and try again. (",
+             reasonInFlight(), ")");
     } catch (const GenICam_3_0::GenericException &) {
-        tell(name + " refuses: " + reasonInFlight() + ".");
+        tell(name, " refuses: ", reasonInFlight(), ".");
     } catch (...) {
-        tell("this computer does not let kxinfo do its work: " + reasonInFlight() + ".");
+        tell("this computer does not let kxinfo do its work: ", reasonInFlight(), ".");
     }
     return kFailed;
 }

@@ -17,7 +17,6 @@
 #include <thread>
 
 #include "cli/process.h"
-#include "cli/text.h"
 #include "gvcp/descriptor.h"
 
 namespace kxinfo {
@@ -75,20 +74,18 @@ ChildEnd runChild(const Words &command, Collect collect, const ChildLimits &limi
             end("was asked to", SIGTERM);
             deadline = Clock::now() + limits.toEnd;
         } else if (std::max(out.size(), err.size()) > limits.output) {
-            end("wrote more than " + std::to_string(limits.output >> 20) + " MiB", SIGKILL);
+            end(say("wrote more than ", limits.output >> 20, " MiB"), SIGKILL);
         } else if (Clock::now() >= deadline) {
-            end("had not ended after " + std::to_string(limits.time.count() / 1000) + " s",
-                SIGKILL);
+            end(say("had not ended after ", limits.time.count() / 1000, " s"), SIGKILL);
         }
         std::this_thread::sleep_for(kBetweenLooks);
     }
     const int number = WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
     if (failure.empty() && number < 0)
         // NOLINTNEXTLINE(concurrency-mt-unsafe)
-        failure =
-            "crashed, by signal " + std::to_string(-number) + " (" + strsignal(-number) + ").";
+        failure = say("crashed, by signal ", -number, " (", strsignal(-number), ").");
     else if (failure.empty() && number > kFailed)
-        failure = "ended with status " + std::to_string(number) + ", expected was 0 to 3.";
+        failure = say("ended with status ", number, ", expected was 0 to 3.");
     return {number, failure, out.text(), err.text()};
 }
 

@@ -17,10 +17,6 @@ namespace kxinfo {
 
 namespace {
 
-constexpr const char *kDescription =
-    "kxinfo lists GigE Vision cameras, shows what Dalsa ones are and how they are set, and changes "
-    "that.";
-
 constexpr const char *kFooter =
     R"(CAMERA is a serial number or how it begins, an address, a MAC address or a user name. It may be left
 out when there is one camera, or when KXINFO_CAMERA names one.
@@ -71,7 +67,8 @@ int showResults(const std::vector<FleetResult> &results) {
 
 const Program kKxinfo = {
     "kxinfo",
-    kDescription,
+    "kxinfo lists GigE Vision cameras, shows what Dalsa ones are and how they are set, and changes "
+    "that.",
     kFooter,
     {
         {"list", "Lists the cameras that answer", declareList},
@@ -95,11 +92,9 @@ const Program kKxinfo = {
     }};
 
 void addCamera(CLI::App &command, CameraArgument &camera) {
-    command
-        .add_option("CAMERA", camera,
-                    "Serial number of the camera or how it begins, its address, MAC address or "
-                    "user name; none: the only one there is")
-        ->type_name("");
+    addOption(command, "CAMERA", camera,
+              "Serial number of the camera or how it begins, its address, MAC address or user "
+              "name; none: the only one there is");
 }
 
 void addSwitch(CLI::App &command, bool &switching) {
@@ -123,8 +118,8 @@ int changeAll(const Words &arguments) {
 int allToFolder(const char *command, const std::string &folder, const char *ending,
                 const Words &options) {
     if (mkdir(folder.c_str(), 0777) < 0 && errno != EEXIST)
-        throw Error(kFailed, "the folder \"" + folder + "\" cannot be made: " +
-                                 std::generic_category().message(errno) + ".");
+        throw Error(kFailed, "the folder \"", folder,
+                    "\" cannot be made: ", std::generic_category().message(errno), ".");
     std::set<std::string> taken;
     return showResults(onAllCameras([&](const gvcp::Found &camera) {
         Words arguments{command, gvcp::dotted(camera.identity.address),
@@ -139,8 +134,8 @@ std::string requireFile(const std::string &command, CameraArgument &camera,
     if (!file)
         file.swap(camera);
     if (!file)
-        throw Error(kWrongUsage, "'kxinfo " + command + "' needs FILE. Run 'kxinfo " + command +
-                                     " --help' for what is expected.");
+        throw Error(kWrongUsage, "'kxinfo ", command, "' needs FILE. Run 'kxinfo ", command,
+                    " --help' for what is expected.");
     return *file;
 }
 
@@ -166,14 +161,14 @@ int onCamera(const CameraArgument &name, Purpose purpose,
     stopWaitingWhen(nullptr);
     const std::string changes = switches.changes();
     if (stopSignal() && !changes.empty())
-        tell("putting back " + changes + "; once more (Ctrl-C) ends at once.");
+        tell("putting back ", changes, "; once more (Ctrl-C) ends at once.");
     const std::string left = switches.putBack();
     if (!left.empty()) {
         tell(left);
         return kFailed;
     }
     if (!changes.empty())
-        tell("what had been set is put back: " + changes + ".");
+        tell("what had been set is put back: ", changes, ".");
     return status;
 }
 
@@ -200,8 +195,8 @@ int onFeatures(CameraArgument camera, Words names, Purpose purpose,
         return onCamera(camera, purpose, [&](Camera &opened, Switches &switches) {
             const Node node = opened.node(names.front());
             if (node.kind() == Kind::Missing && !node.isCategory())
-                throw Error(kNoCamera, noneFits + " Nor has camera " + opened.name().serial +
-                                           " such a feature." + nearestFeatures(names.front()));
+                throw Error(kNoCamera, noneFits, " Nor has camera ", opened.name().serial,
+                            " such a feature.", nearestFeatures(names.front()));
             return work(opened, switches, names);
         });
     }

@@ -2,6 +2,7 @@
 #ifndef KXINFO_CAMERA_COMMAND_H
 #define KXINFO_CAMERA_COMMAND_H
 
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -39,6 +40,14 @@ using CameraArgument = std::optional<std::string>;
 void addCamera(CLI::App &command, CameraArgument &camera); ///< CAMERA, which may be left out
 void addSwitch(CLI::App &command, bool &switching);        ///< --switch of commands that look
 CLI::Option *addAll(CLI::App &command, bool &all);         ///< --all, of every camera
+
+/** What such a command is asked for, read from now on; it has a CameraArgument \c camera. */
+template <class Request>
+std::shared_ptr<Request> requestFor(CLI::App &command) {
+    const auto request = std::make_shared<Request>();
+    addCamera(command, request->camera);
+    return request;
+}
 
 /** What 'kxinfo doctor' writes; \p each: of all cameras. \return the status that it ends with */
 int diagnose(const CameraArgument &camera, bool each, bool json, std::string &result);

@@ -14,10 +14,8 @@ Run declareDiff(CLI::App &command) {
         bool switching = false;
     };
     const auto request = std::make_shared<Request>();
-    command
-        .add_option("CAMERA|FILE", request->names,
-                    "Two cameras or files of settings; - is standard input")
-        ->type_name("")
+    addOption(command, "CAMERA|FILE", request->names,
+              "Two cameras or files of settings; - is standard input")
         ->expected(2)
         ->required();
     addSwitch(command, request->switching);

@@ -9,14 +9,11 @@
 #include <cstdlib>
 #include <fstream>
 #include <memory>
-#include <sstream>
 #include <system_error>
 
 #include "camera/command.h"
 #include "camera/find.h"
-#include "camera/values.h"
 #include "cli/json.h"
-#include "gvcp/environment.h"
 
 namespace kxinfo {
 
@@ -101,8 +98,6 @@ constexpr double kSlowMs = 20;
 constexpr uint64_t kUsualBuffer = 212992; // Linux' own
 constexpr size_t kMostDropped = 8;        // that are told of
 constexpr const char *kSeeRules = "to see the rules: sudo nft list ruleset";
-// A text that every camera has, as large as an answer may be.
-constexpr uint32_t kUrl = 0x0200, kUrlSize = 512;
 
 uint64_t numberIn(const std::string &file) {
     uint64_t number = 0;
@@ -272,8 +267,7 @@ bool measure(Examination &all, const gvcp::Found &camera) {
             again = channel->repetitions();
         }
         why = &large;
-        uint8_t url[kUrlSize];
-        channel->read(kUrl, url, kUrlSize);
+        (void)gvcp::readUrl(*channel, gvcp::kFirstUrl); // as large as an answer may be
     } catch (const gvcp::Error &error) {
         if (!channel)
             return false; // as its state tells
@@ -291,7 +285,7 @@ bool measure(Examination &all, const gvcp::Found &camera) {
     else if (median > kSlowMs)
         all.note(kSlow, fact, "see what else keeps the camera busy", false);
     if (!large.empty())
-        all.note(kLowMtu, say(fact, "; asked for ", kUrlSize, " bytes", large),
+        all.note(kLowMtu, say(fact, "; asked for ", gvcp::kUrlRegisterSize, " bytes", large),
                  say("sudo ip link set dev ", cardOf(all, camera).name,
                      " mtu 1500; if it has that, look in between"));
     return small.empty() && large.empty();

@@ -9,7 +9,6 @@
 
 #include "camera/camera.h"
 #include "camera/child_processes.h"
-#include "gvcp/environment.h"
 
 namespace kxinfo {
 
@@ -46,8 +45,7 @@ std::string listed(const Cameras &cameras) {
 State controlledBy(const gvcp::Controller &controller) {
     State state{"controlled", "controlled by another program", textOf(controller), controller};
     if (controller.address)
-        state.text += " (" + gvcp::dotted(controller.address) + ", port " +
-                      std::to_string(controller.port) + ")";
+        state.text += say(" (", gvcp::dotted(controller.address), ", port ", controller.port, ")");
     return state;
 }
 
@@ -70,8 +68,8 @@ State stateOf(const gvcp::Found &camera) {
 gvcp::Found only(const Cameras &cameras, const std::string &several) {
     if (cameras.size() == 1)
         return cameras.front();
-    throw Error(kNoCamera, several + ": " + listed(cameras) +
-                               ". Name one of them, for example by its address.");
+    throw Error(kNoCamera, several, ": ", listed(cameras),
+                ". Name one of them, for example by its address.");
 }
 
 // A colon or a dash stands between the bytes.
@@ -94,12 +92,11 @@ gvcp::Found cameraAt(uint32_t address) {
         // There is no way there.
     }
     const std::string outside = gvcp::whyOutside(address);
-    throw Error(kNoCamera, "no camera answers at " + gvcp::dotted(address) +
-                               (outside.empty()
-                                    ? ". Check that the camera has power, that this is its address "
-                                      "('kxinfo list' shows it), and that no firewall keeps its "
-                                      "answer away; then try again."
-                                    : ": " + outside + "." + kGiveAddress));
+    throw Error(kNoCamera, "no camera answers at ", gvcp::dotted(address),
+                (outside.empty() ? ". Check that the camera has power, that this is its address "
+                                   "('kxinfo list' shows it), and that no firewall keeps its "
+                                   "answer away; then try again."
+                                 : ": " + outside + "." + kGiveAddress));
 }
 
 // All that answer; of one with exactly this serial number or MAC address, no
@@ -207,9 +204,9 @@ std::vector<Shared> sharedBy(const Cameras &cameras) {
         if (const auto &[isAddress, text] = what; sharing.size() > 1 && !text.empty())
             shared.push_back(
                 {isAddress,
-                 std::to_string(sharing.size()) + " cameras have the " +
-                     (isAddress ? "address " : "serial number ") + text + ": " +
-                     joined(sharing, " and "),
+                 say(sharing.size(), " cameras have the ",
+                     isAddress ? "address " : "serial number ", text, ": ",
+                     joined(sharing, " and ")),
                  isAddress
                      ? "Give each of them an address of its own; until then none can be relied on"
                      : "Name each of them by its address or MAC address"});

@@ -8,8 +8,6 @@
 #include "camera/child_processes.h"
 #include "camera/find.h"
 #include "cli/process.h"
-#include "cli/text.h"
-#include "gvcp/environment.h"
 #include "gvcp/network.h"
 
 namespace kxinfo {

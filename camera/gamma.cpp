@@ -1,6 +1,5 @@
 // kxinfo gamma: shows gamma, or sets it and switches the lookup table to it.
 
-#include <memory>
 #include <regex>
 
 #include "camera/command.h"
@@ -19,7 +18,7 @@ std::string gammaText(const Camera &camera, const Reading &gamma) {
 int show(const Camera &camera) {
     const Reading gamma = readFeature(camera, featureNamed("gammaCorrection"), nullptr);
     if (gamma.kind == Kind::Missing || gamma.failed)
-        throw Error(kFailed, "this camera has no gamma: " + gamma.problem + ".");
+        throw Error(kFailed, "this camera has no gamma: ", gamma.problem, ".");
     writeOut(camera.heading() + "Gamma: " + gammaText(camera, gamma) +
              (hasValue(gamma.limits.min) ? " (" + rangeText(gamma) + ")" : "") + "\n");
     return kDone;
@@ -44,10 +43,8 @@ Run declareGamma(CLI::App &command) {
         CameraArgument camera;
         std::optional<std::string> value; ///< none: gamma is shown
     };
-    const auto request = std::make_shared<Request>();
-    addCamera(command, request->camera);
-    command.add_option("VALUE", request->value, "Gamma to set; without it, gamma is shown")
-        ->type_name("");
+    const auto request = requestFor<Request>(command);
+    addOption(command, "VALUE", request->value, "Gamma to set; without it, gamma is shown");
     command.footer(
         R"(Setting gamma switches the lookup table to the gamma curve; 'kxinfo lut off' switches it off again.
 

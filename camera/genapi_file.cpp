@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cctype>
 #include <cmath>
+#include <map>
 #include <set>
 #include <sstream>
 #include <utility>
@@ -24,7 +25,6 @@ constexpr size_t kMostSelectors = 8;
 constexpr const char *kForm =
     "NAME, a tab and the value, with {SELECTOR=ENTRY} in front of NAME or behind it, at most 8";
 
-constexpr std::string_view kMark = "\xEF\xBB\xBF"; // of the byte order
 constexpr std::string_view kDevice = "# Device = ";
 constexpr std::string_view kSerial = " -- Serial number = "; // in our own files alone
 
@@ -62,6 +62,29 @@ const Feature *rowFor(const std::string &name, const State &state) {
     return nullptr;
 }
 
+// One that is no selector.
+struct OtherLine {
+    State choices;      // what selectors were on, as far as that is known
+    std::string latest; // of them
+    std::string text;
+    bool isSetting; // of savedFeatures()
+};
+
+// Those of each name, in their order.
+std::map<std::string, std::vector<OtherLine>> otherLines(const SavedCamera &saved) {
+    std::map<std::string, std::vector<OtherLine>> others;
+    State state, choices;
+    std::string latest;
+    for (const auto &[name, text] : saved.lines) {
+        state[name] = text;
+        if (name.find("Selector") != name.npos)
+            choices[name] = latest = text;
+        else
+            others[name].push_back({choices, latest, text, rowFor(name, state) != nullptr});
+    }
+    return others;
+}
+
 std::string textOf(const Value &value) {
     if (const auto *text = std::get_if<std::string>(&value))
         return *text;
@@ -91,7 +114,7 @@ SavedValue valueFrom(const Feature &feature, const std::string &text) {
 
 // Neither a JSON document nor anything else.
 bool isGenApi(const std::string &text) {
-    const size_t begin = std::min(text.find_first_not_of(" \r\n\xEF\xBB\xBF"), text.size());
+    const size_t begin = std::min(text.find_first_not_of(" \r\n"), text.size());
     const std::string line = text.substr(begin, text.find('\n', begin) - begin);
     const auto first = static_cast<unsigned char>(line[line[0] == '{']);
     return line[0] == '#' || (std::isalpha(first) && line.find('\t') != line.npos);
@@ -104,15 +127,14 @@ std::optional<SavedCamera> genApiFrom(const std::string &file) {
         return {};
     SavedCamera saved;
     saved.unread.push_back({kLookupTable, kNoTable, true});
-    std::istringstream lines(file.substr(file.rfind(kMark, 0) == 0 ? kMark.size() : 0));
+    std::istringstream lines(file);
     size_t number = 0;
     for (std::string line; std::getline(lines, line);) {
         ++number;
         const auto expect = [&](bool holds, const std::string &what) {
             if (!holds)
-                throw Error(kWrongUsage, "is wrong in line " + std::to_string(number) +
-                                             ": expected is " + what +
-                                             ". Correct that line, or leave it out.");
+                throw Error(kWrongUsage, "is wrong in line ", number, ": expected is ", what,
+                            ". Correct that line, or leave it out.");
         };
         const auto word = [&](std::string text) {
             text.erase(0, text.find_first_not_of(' '));
@@ -121,9 +143,8 @@ std::optional<SavedCamera> genApiFrom(const std::string &file) {
                    kForm);
             return text;
         };
-        expect(number <= kMostLines, "at most " + std::to_string(kMostLines) + " lines");
-        expect(line.size() <= kLongestLine,
-               "a line of at most " + std::to_string(kLongestLine) + " bytes");
+        expect(number <= kMostLines, say("at most ", kMostLines, " lines"));
+        expect(line.size() <= kLongestLine, say("a line of at most ", kLongestLine, " bytes"));
         if (!line.empty() && line.back() == '\r')
             line.pop_back();
         if (line.rfind(kDevice, 0) == 0)
@@ -179,18 +200,34 @@ void placeLines(SavedCamera &saved, const Camera *camera) {
         saved.settings.push_back(value);
 }
 
-std::map<std::string, std::vector<OtherLine>> otherLines(const SavedCamera &saved) {
-    std::map<std::string, std::vector<OtherLine>> others;
-    State state, choices;
-    std::string latest;
-    for (const auto &[name, text] : saved.lines) {
-        state[name] = text;
-        if (name.find("Selector") != name.npos)
-            choices[name] = latest = text;
-        else
-            others[name].push_back({choices, latest, text, rowFor(name, state) != nullptr});
+std::string lineDifferences(SavedCamera &a, const SavedCamera &b) {
+    const auto number = [](const std::string &text) { return Json::parse(text, nullptr, false); };
+    std::string lines;
+    auto others = otherLines(b);
+    for (const auto &[name, ofA] : otherLines(a)) {
+        const std::vector<OtherLine> &ofB = others[name];
+        const bool isSelected = ofA.size() > 1 || ofB.size() > 1;
+        for (const OtherLine &own : ofA) {
+            if (own.isSetting)
+                continue;
+            const auto isOtherwise = [&](const OtherLine &line) {
+                return std::any_of(own.choices.begin(), own.choices.end(), [&](const auto &choice) {
+                    const auto there = line.choices.find(choice.first);
+                    return there != line.choices.end() && there->second != choice.second;
+                });
+            };
+            const auto other = std::find_if(ofB.begin(), ofB.end(), [&](const OtherLine &line) {
+                return !line.isSetting && !(isSelected && isOtherwise(line));
+            });
+            const std::string full = isSelected ? say(name, '[', own.latest, ']') : name;
+            if (other == ofB.end() && !ofB.empty())
+                a.unread.push_back({full, "it is there with other choices of selectors", true});
+            else if (other != ofB.end() && own.text != other->text &&
+                     !(number(own.text) == number(other->text)))
+                lines += changeText(full, own.text, other->text);
+        }
     }
-    return others;
+    return lines;
 }
 
 size_t readLines(const Camera &camera, Switches &switches, bool switching, SavedCamera &saved) {

@@ -1,11 +1,9 @@
 // kxinfo get: a table for people, a JSON document, or one bare value.
 
 #include <algorithm>
-#include <memory>
 
 #include "camera/command.h"
 #include "camera/fleet.h"
-#include "camera/values.h"
 #include "cli/json.h"
 
 namespace kxinfo {
@@ -51,9 +49,9 @@ int tellProblems(const std::vector<Reading> &readings, bool named, bool mayHint)
         const bool unknown =
             reading.kind == Kind::Missing && reading.feature->kind == Kind::Missing;
         const bool needs = mayHint && reading.problem.rfind("it needs ", 0) == 0;
-        tell((unknown ? "\"" + shortened(name) + "\"" : name) +
-             (hasValue(reading.value) ? " has no range: " : " has no value: ") + reading.problem +
-             "." + (needs ? " --switch reaches it." : "") + (unknown ? nearestFeatures(name) : ""));
+        tell(unknown ? "\"" + shortened(name) + "\"" : name,
+             hasValue(reading.value) ? " has no range: " : " has no value: ", reading.problem, ".",
+             needs ? " --switch reaches it." : "", unknown ? nearestFeatures(name) : "");
         worst = std::max<int>(worst, unknown ? kWrongUsage : kFailed);
     }
     return worst;
@@ -128,11 +126,9 @@ int getAll(const Request &request) {
 } // namespace
 
 Run declareGet(CLI::App &command) {
-    const auto request = std::make_shared<Request>();
-    addCamera(command, request->camera);
-    command
-        .add_option("FEATURE", request->names, "Names of features; none: those that kxinfo knows")
-        ->type_name("");
+    const auto request = requestFor<Request>(command);
+    addOption(command, "FEATURE", request->names,
+              "Names of features; none: those that kxinfo knows");
     CLI::Option *const json =
         command.add_flag("--json", request->json, "Write a JSON document in place of the table");
     CLI::Option *const value =

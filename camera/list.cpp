@@ -6,7 +6,6 @@
 #include "camera/command.h"
 #include "camera/find.h"
 #include "cli/json.h"
-#include "gvcp/environment.h"
 
 namespace kxinfo {
 
@@ -77,7 +76,7 @@ int list(bool json) {
     if (const std::string why = noDalsaCamera(cameras); !why.empty())
         tell(why);
     for (const Shared &shared : sharedBy(cameras))
-        tell(shared.seen + ". " + shared.remedy + ".");
+        tell(shared.seen, ". ", shared.remedy, ".");
     for (const std::string &why : unreachable)
         tell(why);
     return cameras.empty() ? kNoCamera : kDone;
@@ -88,8 +87,7 @@ int list(bool json) {
 Run declareList(CLI::App &command) {
     const auto json = std::make_shared<bool>(false);
     command.add_flag("--json", *json, "Write a JSON document");
-    command.footer("Example:\n"
-                   "  kxinfo list");
+    command.footer("Example:\n  kxinfo list");
     return [json] { return list(*json); };
 }
 

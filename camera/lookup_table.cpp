@@ -6,7 +6,6 @@
 #include <charconv>
 #include <chrono>
 #include <sstream>
-#include <string_view>
 #include <utility>
 
 #include "cli/process.h"
@@ -53,16 +52,13 @@ std::string entryOf(const Camera &camera, const char *name) {
                : "";
 }
 
-constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
-
 int wholeNumber(const std::string &digits, const std::string &name, int line) {
     int value = 0;
     const char *const end = digits.data() + digits.size();
     const auto [stop, error] = std::from_chars(digits.data(), end, value);
     if (error != std::errc() || stop != end)
-        throw wrongLine(name, line,
-                        '"' + shortened(cleaned(digits)) +
-                            "\" is no whole number; expected is one value, or index,value.");
+        throw wrongLine(name, line, '"', shortened(cleaned(digits)),
+                        "\" is no whole number; expected is one value, or index,value.");
     return value;
 }
 
@@ -122,10 +118,9 @@ LookupTable::LookupTable(const Camera &camera, Switches &switches)
     const int64_t first = index_->GetMin();
     const int64_t last = index_->GetMax();
     if (first != 0 || last < 0 || last >= kMostEntries)
-        throw Error(kFailed, "the lookup table cannot be used: \"LUTIndex\" goes from " +
-                                 std::to_string(first) + " to " + std::to_string(last) +
-                                 "; expected is a table from 0 on, of at most " +
-                                 std::to_string(kMostEntries) + " entries.");
+        throw Error(kFailed, "the lookup table cannot be used: \"LUTIndex\" goes from ", first,
+                    " to ", last, "; expected is a table from 0 on, of at most ", kMostEntries,
+                    " entries.");
     size_ = static_cast<size_t>(last) + 1;
 }
 
@@ -143,10 +138,7 @@ void LookupTable::select(const std::string &channel) {
 
 std::string LookupTable::problemOf(const TableEntry &entry) const {
     const auto problem = [](const char *what, int64_t is, int64_t first, int64_t last) {
-        return is >= first && is <= last
-                   ? ""
-                   : what + std::to_string(is) + " is outside " + std::to_string(first) + " to " +
-                         std::to_string(last);
+        return is >= first && is <= last ? "" : say(what, is, " is outside ", first, " to ", last);
     };
     const std::string ofIndex = problem("index ", entry.index, 0, index_->GetMax());
     return ofIndex.empty() ? problem("value ", entry.value, value_->GetMin(), value_->GetMax())
@@ -157,8 +149,8 @@ int LookupTable::read(int index) {
     index_->SetValue(index, true);
     const int64_t value = value_->GetValue(false, false);
     if (value != static_cast<int>(value))
-        throw Error(kFailed, "entry " + std::to_string(index) + " of the lookup table holds " +
-                                 std::to_string(value) + ", which is more than kxinfo can keep.");
+        throw Error(kFailed, "entry ", index, " of the lookup table holds ", value,
+                    ", which is more than kxinfo can keep.");
     return static_cast<int>(value);
 }
 
@@ -227,17 +219,12 @@ int LookupTable::giveUp() {
     return status;
 }
 
-Error wrongLine(const std::string &file, int line, const std::string &what) {
-    return {kWrongUsage, file + ", line " + std::to_string(line) + ": " + what};
-}
-
 TableFile readTable(const std::string &text, const std::string &name) {
-    const bool marked = text.compare(0, kByteOrderMark.size(), kByteOrderMark) == 0;
-    std::istringstream lines(marked ? text.substr(kByteOrderMark.size()) : text);
+    std::istringstream lines(text);
     TableFile table;
     std::vector<int> lineOf(kMostTableEntries); // of an index; 0: it has not been there
     int number = 0;
-    const auto wrong = [&](const std::string &what) { return wrongLine(name, number, what); };
+    const auto wrong = [&](const auto &...what) { return wrongLine(name, number, what...); };
     for (std::string line; std::getline(lines, line);) {
         ++number;
         line.resize(std::min(line.find('#'), line.size()));
@@ -258,17 +245,16 @@ TableFile readTable(const std::string &text, const std::string &name) {
         const std::string last = third.empty() ? second : say(second, ',', third);
         const int value = wholeNumber(single ? first : last, name, number);
         if (index < 0 || index >= kMostTableEntries)
-            throw wrong("index " + std::to_string(index) + " is outside 0 to " +
-                        std::to_string(kMostTableEntries - 1) + "; no camera has a longer table.");
+            throw wrong("index ", index, " is outside 0 to ", kMostTableEntries - 1,
+                        "; no camera has a longer table.");
         int &before = lineOf[static_cast<size_t>(index)];
         if (before)
-            throw wrong("index " + std::to_string(index) + " stands in line " +
-                        std::to_string(before) + " already.");
+            throw wrong("index ", index, " stands in line ", before, " already.");
         before = number;
         table.entries.push_back({index, value, number});
     }
     if (table.entries.empty())
-        throw Error(kWrongUsage, '"' + name + "\" holds no values. " + kExpectedTable);
+        throw Error(kWrongUsage, '"', name, "\" holds no values. ", kExpectedTable);
     return table;
 }
 

@@ -114,7 +114,10 @@ constexpr const char *kExpectedTable = "Expected is one value a line, or lines o
 TableFile readTable(const std::string &text, const std::string &name);
 
 /** What is said of a line of a file. */
-Error wrongLine(const std::string &file, int line, const std::string &what);
+template <class... Parts>
+Error wrongLine(const std::string &file, int line, const Parts &...what) {
+    return {kWrongUsage, file, ", line ", line, ": ", what...};
+}
 
 } // namespace kxinfo
 

@@ -3,7 +3,6 @@
 // written. When loading fails, the entries that were written get their old values.
 
 #include <algorithm>
-#include <memory>
 
 #include "camera/command.h"
 #include "camera/lookup_table.h"
@@ -29,8 +28,8 @@ Words chosenOf(const LookupTable &camera, const std::string &colour) {
     for (const std::string &channel : camera.channels())
         if (sameWord(channel, colour))
             return {channel};
-    throw Error(kWrongUsage, "this camera has no lookup table for " + colour +
-                                 " alone. Leave out --channel to mean that of all colours.");
+    throw Error(kWrongUsage, "this camera has no lookup table for ", colour,
+                " alone. Leave out --channel to mean that of all colours.");
 }
 
 std::string stateText(const Camera &camera) {
@@ -69,13 +68,12 @@ int load(const Camera &camera, Switches &switches, const Request &request, const
     const std::string before = stateText(camera);
     LookupTable table(camera, switches);
     if (file.whole && file.entries.size() != table.size())
-        throw Error(kWrongUsage,
-                    "\"" + request.file + "\" holds " + std::to_string(file.entries.size()) +
-                        " values, but the camera's table has " + std::to_string(table.size()) +
-                        " entries. Lines of index,value may set some of them.");
+        throw Error(kWrongUsage, "\"", request.file, "\" holds ", file.entries.size(),
+                    " values, but the camera's table has ", table.size(),
+                    " entries. Lines of index,value may set some of them.");
     for (const TableEntry &entry : file.entries)
         if (const std::string why = table.problemOf(entry); !why.empty())
-            throw wrongLine(request.file, entry.line, why + ".");
+            throw wrongLine(request.file, entry.line, why, ".");
     const Words chosen = chosenOf(table, request.channel);
     std::string after;
     try {
@@ -87,9 +85,9 @@ int load(const Camera &camera, Switches &switches, const Request &request, const
         return table.giveUp();
     }
     const std::string colours = joined(chosen, ", ");
-    tellChange(camera, before,
-               after + ", " + std::to_string(file.entries.size()) + " entries" +
-                   (colours.empty() ? "" : " of " + colours));
+    tellChange(
+        camera, before,
+        say(after, ", ", file.entries.size(), " entries", colours.empty() ? "" : " of ", colours));
     return kDone;
 }
 
@@ -105,7 +103,7 @@ int save(const Camera &camera, Switches &switches, const Request &request, NewFi
         text += std::to_string(entry) + "\n";
     stopWaitingWhen(nullptr);
     if (const std::string left = switches.putBack(); !left.empty())
-        throw Error(kFailed, left + " Nothing is saved.");
+        throw Error(kFailed, left, " Nothing is saved.");
     file.write(text); // whose reader may take its time
     if (!file.isStandardOutput())
         writeOut(camera.heading() + std::to_string(table.size()) +
@@ -119,9 +117,9 @@ int lut(const Request &request) {
     const bool saves = action == "save";
     const bool usesFile = loads || saves;
     if (usesFile == request.file.empty() || (!usesFile && !request.channel.empty()))
-        throw Error(kWrongUsage, "'kxinfo lut " + action + "' takes " +
-                                     (usesFile ? "a file" : "neither a file nor --channel") +
-                                     ". Run 'kxinfo lut --help' for what is expected.");
+        throw Error(kWrongUsage, "'kxinfo lut ", action, "' takes ",
+                    usesFile ? "a file" : "neither a file nor --channel",
+                    ". Run 'kxinfo lut --help' for what is expected.");
     TableFile table;
     std::optional<NewFile> newFile;
     if (loads)
@@ -146,14 +144,12 @@ int lut(const Request &request) {
 } // namespace
 
 Run declareLut(CLI::App &command) {
-    const auto request = std::make_shared<Request>();
-    addCamera(command, request->camera);
+    const auto request = requestFor<Request>(command);
     command.add_option("ACTION", request->action, "What to do; show unless told otherwise")
         ->type_name(":{" + joined(kActions, ",", ",") + "}");
-    command.add_option("FILE", request->file, "With load and save; - is standard input or output")
-        ->type_name("");
-    command.add_option("--channel", request->channel, "With a file: only this colour's table")
-        ->type_name("COLOUR")
+    addOption(command, "FILE", request->file, "With load and save; - is standard input or output");
+    addOption(command, "--channel", request->channel, "With a file: only this colour's table",
+              "COLOUR")
         ->transform(oneOf({"red", "green", "blue"}, "--channel is"));
     command.footer(
         R"(Actions:

@@ -15,10 +15,8 @@
 #include "camera/command.h"
 #include "camera/find.h"
 #include "camera/fleet.h"
-#include "camera/values.h"
 #include "cli/host_options.h"
 #include "cli/json.h"
-#include "gvcp/environment.h"
 
 namespace kxinfo {
 
@@ -71,8 +69,9 @@ std::string hostProgram() {
             return file;
         looked.push_back(std::move(file));
     }
-    throw Error(kWrongUsage, "the program that runs plug-ins is not where kxinfo looks for it: " +
-                                 joined(looked) + ". Install it with kxinfo.");
+    throw Error(kWrongUsage,
+                "the program that runs plug-ins is not where kxinfo looks for it: ", joined(looked),
+                ". Install it with kxinfo.");
 }
 
 // Tells of which parameters the values are not the camera's, and says so in the document; nothing
@@ -121,7 +120,7 @@ std::optional<gvcp::Found> choose(std::string &name) {
             if (!isDalsa(camera.identity) || camera.identity.serial.rfind(name, 0) != 0)
                 continue;
             if (!name.empty())
-                tell(std::string(error.what()) + " The first by address is probed.");
+                tell(error.what(), " The first by address is probed.");
             askAlone(camera);
             return camera;
         }
@@ -140,7 +139,7 @@ int probeOne(HostOptions options) {
     if (end.status == -SIGPIPE)
         dieOf(SIGPIPE); // the reader of standard output has gone away
     if (!end.failure.empty())
-        throw Error(kFailed, "the probe " + end.failure + " " + kHintOfLog);
+        throw Error(kFailed, "the probe ", end.failure, " ", kHintOfLog);
     if (end.status != kDone)
         return end.status;
     Json document = options.json ? Json::parse(end.out, nullptr, false) : Json();

@@ -6,7 +6,6 @@
 #include <algorithm>
 #include <cmath>
 #include <ctime>
-#include <memory>
 #include <sstream>
 
 #include "camera/command.h"
@@ -346,9 +345,8 @@ Run declareReport(CLI::App &command) {
         std::string folder;
         bool switching = false;
     };
-    const auto request = std::make_shared<Request>();
-    addCamera(command, request->camera);
-    command.add_option("FILE", request->file, "Page to write; - is standard output")->type_name("");
+    const auto request = requestFor<Request>(command);
+    addOption(command, "FILE", request->file, "Page to write; - is standard output");
     const auto add = [&](const char *name, auto &to, const char *type, const char *what) {
         return command.add_option(name, to, what)->type_name(type)->allow_extra_args(false);
     };

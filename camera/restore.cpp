@@ -3,11 +3,9 @@
 
 #include <algorithm>
 #include <map>
-#include <memory>
 
 #include "camera/command.h"
 #include "camera/saved_camera.h"
-#include "camera/values.h"
 
 namespace kxinfo {
 
@@ -19,9 +17,8 @@ std::vector<TableEntry> entriesFor(const LookupTable &table, const SavedTable &s
     if (std::find(channels.begin(), channels.end(), saved.channel) == channels.end())
         throw Error(kFailed, "the camera has no such table");
     if (saved.entries.size() != table.size())
-        throw Error(kFailed, "the file holds " + std::to_string(saved.entries.size()) +
-                                 " entries, but the camera's table has " +
-                                 std::to_string(table.size()));
+        throw Error(kFailed, "the file holds ", saved.entries.size(),
+                    " entries, but the camera's table has ", table.size());
     std::vector<TableEntry> entries;
     for (const int value : saved.entries) {
         entries.push_back({static_cast<int>(entries.size()), value, 0});
@@ -143,7 +140,7 @@ private:
             return;
         switches_.write(feature, wanted_[&feature]);
         if (!isKept())
-            throw Error(kFailed, "the camera does not keep " + wanted);
+            throw Error(kFailed, "the camera does not keep ", wanted);
     }
 
     const Camera &camera_;
@@ -158,10 +155,10 @@ private:
 void tellWhose(const SavedCamera &saved, const std::string &file, const Camera &camera) {
     const std::string whose = '"' + file + "\" was saved from ";
     if (!saved.name.model.empty() && saved.name.model != camera.name().model)
-        tell(whose + "a camera of another model, " + saved.name.model +
+        tell(whose, "a camera of another model, ", saved.name.model,
              "; what this one does not take is left as it is.");
     else if (!saved.name.serial.empty() && saved.name.serial != camera.name().serial)
-        tell(whose + "another camera, " + saved.name.serial + ".");
+        tell(whose, "another camera, ", saved.name.serial, ".");
 }
 
 int restore(const Camera &camera, Switches &switches, const SavedCamera &saved, bool dry) {
@@ -197,12 +194,9 @@ Run declareRestore(CLI::App &command) {
         bool dryRun = false;
         bool all = false;
     };
-    const auto request = std::make_shared<Request>();
-    addCamera(command, request->camera);
-    command
-        .add_option("FILE", request->file,
-                    "File of 'kxinfo save', or of a program over GenApi; - is standard input")
-        ->type_name("");
+    const auto request = requestFor<Request>(command);
+    addOption(command, "FILE", request->file,
+              "File of 'kxinfo save', or of a program over GenApi; - is standard input");
     command.add_flag("--dry-run", request->dryRun,
                      "Tell what would change and write nothing to the camera");
     addAll(command, request->all);

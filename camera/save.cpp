@@ -1,7 +1,6 @@
 // kxinfo save: what can be read is saved, and what is left out is told.
 
 #include <algorithm>
-#include <memory>
 
 #include "camera/command.h"
 #include "camera/saved_camera.h"
@@ -38,7 +37,7 @@ int save(const CameraArgument &name, const std::string &fileName, const Request 
         stopWaitingWhen(nullptr);
         // A camera that is lost meanwhile looks like one that lacks the rest.
         if (const std::string left = switches.putBack(); !left.empty())
-            throw Error(kFailed, left + " Nothing is saved.");
+            throw Error(kFailed, left, " Nothing is saved.");
         file.write(isJson ? settingsText(saved) : genApiText(saved));
         size_t entries = 0;
         for (const SavedTable &table : saved.tables)
@@ -60,20 +59,17 @@ int save(const CameraArgument &name, const std::string &fileName, const Request 
 } // namespace
 
 Run declareSave(CLI::App &command) {
-    const auto request = std::make_shared<Request>();
-    addCamera(command, request->camera);
-    command.add_option("FILE", request->file, "File to write; - is standard output")->type_name("");
-    command
-        .add_option("--all", request->folder,
-                    "Save every camera that answers to this folder, each to SERIAL.json or .txt")
-        ->type_name("FOLDER");
+    const auto request = requestFor<Request>(command);
+    addOption(command, "FILE", request->file, "File to write; - is standard output");
+    addOption(command, "--all", request->folder,
+              "Save every camera that answers to this folder, each to SERIAL.json or .txt",
+              "FOLDER");
     command.add_flag("--no-table", request->noTable, "Leave the user's lookup table out");
     addSwitch(command, request->switching);
-    command
-        .add_option("--format", request->format,
-                    "json, or genapi: the text file of programs over GenApi, with every feature "
-                    "that can be set and without the table")
-        ->type_name("FORM")
+    addOption(command, "--format", request->format,
+              "json, or genapi: the text file of programs over GenApi, with every feature that can "
+              "be set and without the table",
+              "FORM")
         ->transform(oneOf({"json", "genapi"}, "--format is"));
     command.footer(
         R"(Writes nothing to the camera unless --switch says so. The file appears whole or not at all.

@@ -5,7 +5,6 @@
 #ifndef KXINFO_CAMERA_SAVED_CAMERA_H
 #define KXINFO_CAMERA_SAVED_CAMERA_H
 
-#include <map>
 #include <optional>
 #include <string>
 #include <utility>
@@ -98,16 +97,8 @@ size_t readLines(const Camera &camera, Switches &switches, bool switching, Saved
 /** Makes settings of the lines, if any. \param camera  null: of those that savedFeatures() has */
 void placeLines(SavedCamera &saved, const Camera *camera);
 
-/** A line that is no selector. */
-struct OtherLine {
-    std::map<std::string, std::string> choices; ///< what selectors were on, as far as that is known
-    std::string latest;                         ///< of them
-    std::string text;
-    bool isSetting; ///< of savedFeatures()
-};
-
-/** Those of each name, in their order. */
-std::map<std::string, std::vector<OtherLine>> otherLines(const SavedCamera &saved);
+/** As differences(), of lines that are no selectors: of what both have with the same choices of these. */
+std::string lineDifferences(SavedCamera &a, const SavedCamera &b);
 
 /** Whether a word that may name a camera or a file names a file. */
 bool isFile(const std::string &word);

@@ -1,6 +1,5 @@
 // kxinfo set: all of what was asked for, or nothing.
 
-#include <memory>
 #include <utility>
 
 #include "camera/command.h"
@@ -12,14 +11,14 @@ namespace {
 Assignment assignmentFrom(const std::string &text) {
     const size_t sign = text.find('=');
     if (sign == text.npos || sign == 0)
-        throw Error(kWrongUsage, "\"" + shortened(text) +
-                                     "\" is no setting; expected is FEATURE=VALUE, for example "
-                                     "Gain=6. Run 'kxinfo get' to see features and ranges.");
+        throw Error(kWrongUsage, "\"", shortened(text),
+                    "\" is no setting; expected is FEATURE=VALUE, for example Gain=6. Run 'kxinfo "
+                    "get' to see features and ranges.");
     const std::string name = text.substr(0, sign);
     const auto meant = featuresMeant({name});
     if (meant.size() > 1)
-        throw Error(kWrongUsage, "\"" + name + "\" names several features, such as " +
-                                     meant.front()->name + "; write which.");
+        throw Error(kWrongUsage, "\"", name, "\" names several features, such as ",
+                    meant.front()->name, "; write which.");
     return {meant.front(), text.substr(sign + 1)};
 }
 
@@ -80,10 +79,8 @@ Run declareSet(CLI::App &command) {
         Words settings;
         bool all = false;
     };
-    const auto request = std::make_shared<Request>();
-    addCamera(command, request->camera);
-    command.add_option("FEATURE=VALUE", request->settings, "What to set, for example Gain=6")
-        ->type_name("");
+    const auto request = requestFor<Request>(command);
+    addOption(command, "FEATURE=VALUE", request->settings, "What to set, for example Gain=6");
     addAll(command, request->all);
     command.footer(
         R"(All are set, or none: what cannot be set puts the others back. Values may have units: 5ms, 0.02s,

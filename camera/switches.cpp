@@ -37,12 +37,10 @@ std::vector<Value> choicesOf(const std::string &selector, const Node &node, bool
             choices.emplace_back(at);
     }
     if (choices.empty() || choices.size() > kMostSelections)
-        throw Error(kFailed,
-                    selector + ", which selects it, has " +
-                        (choices.empty() ? "no" : "more than " + std::to_string(kMostSelections)) +
-                        " values.");
+        throw Error(kFailed, selector, ", which selects it, has ",
+                    choices.empty() ? "no" : say("more than ", kMostSelections), " values.");
     if (std::find(choices.begin(), choices.end(), node.read()) == choices.end())
-        throw Error(kFailed, selector + ", which selects it, could not be put back.");
+        throw Error(kFailed, selector, ", which selects it, could not be put back.");
     return choices;
 }
 
@@ -157,9 +155,8 @@ void Switches::eachChoice(const Words &selectors, bool all,
     const std::function<void()> choose = [&] {
         stopIfAsked();
         if (selectors.size() > kMostSelectors || count == kMostSelections)
-            throw Error(kFailed, "more than " + std::to_string(kMostSelectors) + " selectors, or " +
-                                     std::to_string(kMostSelections) +
-                                     " of their choices, are not walked.");
+            throw Error(kFailed, "more than ", kMostSelectors, " selectors, or ", kMostSelections,
+                        " of their choices, are not walked.");
         if (needs.size() == selectors.size()) {
             ++count;
             return work(needs);
@@ -268,7 +265,7 @@ std::string Switches::changes() const {
 
 void Switches::tellSwitched() const {
     if (!switched_.empty())
-        tell("switched for a moment, and put back: " + joined(switched_, ", ") + ".");
+        tell("switched for a moment, and put back: ", joined(switched_, ", "), ".");
 }
 
 // The range of a feature may depend on another that is put back after it, so what has failed is

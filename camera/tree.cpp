@@ -1,9 +1,6 @@
 // kxinfo tree: every feature as the camera's own description has it, by category.
 
-#include <memory>
-
 #include "camera/command.h"
-#include "camera/values.h"
 #include "cli/json.h"
 
 namespace kxinfo {
@@ -44,7 +41,7 @@ void addSelections(const Camera &camera, Switches &switches, Entry &entry) {
     if (why.empty() || !entry.reading.problem.empty())
         return;
     entry.reading.problem = why;
-    tell(entry.reading.feature->name + ": " + why + ".");
+    tell(entry.reading.feature->name, ": ", why, ".");
 }
 
 std::string asTable(const Camera &camera, const std::vector<Entry> &tree) {
@@ -103,8 +100,8 @@ int tree(const Request &request) {
         const Node node = camera.node(name);
         if (node.kind() == Kind::Missing && !node.isCategory())
             throw Error(names.empty() ? kFailed : kWrongUsage,
-                        "the camera has neither a feature nor a category \"" + shortened(name) +
-                            "\"." + (names.empty() ? " Name another." : nearestFeatures(name)));
+                        "the camera has neither a feature nor a category \"", shortened(name),
+                        "\".", (names.empty() ? " Name another." : nearestFeatures(name)));
         if (node.isCategory())
             camera.readAhead();
         auto selectors = camera.selectors();
@@ -128,12 +125,9 @@ int tree(const Request &request) {
 } // namespace
 
 Run declareTree(CLI::App &command) {
-    const auto request = std::make_shared<Request>();
-    addCamera(command, request->camera);
-    command
-        .add_option("FEATURE", request->names,
-                    "Name of a feature, or of a category; none: everything")
-        ->type_name("")
+    const auto request = requestFor<Request>(command);
+    addOption(command, "FEATURE", request->names,
+              "Name of a feature, or of a category; none: everything")
         ->expected(0, 1);
     command.add_flag("--json", request->json, "Write a JSON document in place of the table");
     command.add_flag("--switch", request->switches,

@@ -37,6 +37,14 @@ constexpr Suffix kSuffixes[] = {
     {Unit::Level, "%", [](double n) { return n / 100 * kWhite; }},
 };
 
+const char *nameOf(EAccessMode access) {
+    return access == GenApi_3_0::RW   ? "RW"
+           : access == GenApi_3_0::RO ? "RO"
+           : access == GenApi_3_0::WO ? "WO"
+           : access == GenApi_3_0::NA ? "NA"
+                                      : "NI";
+}
+
 // Why a feature of that mode cannot be read or written, as a clause.
 const char *whyNot(EAccessMode access) {
     return access == GenApi_3_0::RO   ? "it can only be read"
@@ -148,11 +156,11 @@ Value checkedNumber(const Camera &camera, const Reading &reading, const std::str
     if (beyond == 0 || isConverted)
         return narrow(hasNext && 2 * beyond >= step ? below + step : below);
     const auto shown = [&](Number own) { return valueText(feature, narrow(own)); };
-    throw Error(kWrongUsage, feature.name + "=" + text + " is not possible: its step is " +
-                                 shown(step) + "; the nearest " +
-                                 (hasNext ? "are " + shown(below) + " and " + shown(below + step)
-                                          : "is " + shown(below)) +
-                                 ".");
+    throw Error(kWrongUsage, feature.name, "=", text, " is not possible: its step is ", shown(step),
+                "; the nearest ",
+                hasNext ? "are " + shown(below) + " and " + shown(below + step)
+                        : "is " + shown(below),
+                ".");
 }
 
 // In decibels the value that the first step leads to: steps of the camera's factor are not equally
@@ -395,16 +403,16 @@ Value checkedValue(const Camera &camera, const Reading &reading, const std::stri
     const bool isLocked = reading.feature->setBy && reading.access == GenApi_3_0::RO;
     const bool isNumber = reading.kind == Kind::Integer || reading.kind == Kind::Float;
     if (isMissing || reading.failed)
-        throw Error(isUnknown ? kWrongUsage : kFailed,
-                    (isUnknown ? '"' + shortened(name) + '"' : name) + " cannot be set: " +
-                        reading.problem + "." + (isUnknown ? nearestFeatures(name) : ""));
+        throw Error(
+            isUnknown ? kWrongUsage : kFailed, isUnknown ? '"' + shortened(name) + '"' : name,
+            " cannot be set: ", reading.problem, ".", isUnknown ? nearestFeatures(name) : "");
     if (reading.access != GenApi_3_0::RW && reading.access != GenApi_3_0::WO)
-        throw Error(kWrongUsage, name + " cannot be set: " + whyNot(reading.access) +
-                                     (isLocked ? ", probably because the camera sets it by "
-                                                 "itself; 'kxinfo auto off' ends that."
-                                               : "."));
+        throw Error(kWrongUsage, name, " cannot be set: ", whyNot(reading.access),
+                    isLocked ? ", probably because the camera sets it by "
+                               "itself; 'kxinfo auto off' ends that."
+                             : ".");
     if (isNumber && !hasValue(reading.limits.min)) // a selector has not taken its choice
-        throw Error(kFailed, name + " cannot be set: " + reading.problem + ".");
+        throw Error(kFailed, name, " cannot be set: ", reading.problem, ".");
     if (isNumber)
         return checkedNumber(camera, reading, text);
     if (reading.kind == Kind::Boolean)
@@ -419,19 +427,10 @@ void checkLimits(const Feature &changed, const std::function<Value(const Feature
         const Feature &upper = featureNamed(lower.upTo);
         const Value low = valueOf(lower), high = valueOf(upper);
         if (numberOf(low) > numberOf(high))
-            throw Error(kWrongUsage, lower.name + " would be " + quantityText(lower, low) +
-                                         ", above " + upper.name + ", " +
-                                         quantityText(upper, high) +
-                                         ". Give limits whose lower is below the upper.");
+            throw Error(kWrongUsage, lower.name, " would be ", quantityText(lower, low), ", above ",
+                        upper.name, ", ", quantityText(upper, high),
+                        ". Give limits whose lower is below the upper.");
     }
-}
-
-const char *nameOf(EAccessMode access) {
-    return access == GenApi_3_0::RW   ? "RW"
-           : access == GenApi_3_0::RO ? "RO"
-           : access == GenApi_3_0::WO ? "WO"
-           : access == GenApi_3_0::NA ? "NA"
-                                      : "NI";
 }
 
 } // namespace kxinfo

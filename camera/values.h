@@ -118,9 +118,6 @@ struct Assignment {
     std::string text; ///< as a user types it
 };
 
-/** "NA", "RO", ... */
-const char *nameOf(GenApi_3_0::EAccessMode access);
-
 } // namespace kxinfo
 
 #endif

@@ -5,11 +5,9 @@
 #include <algorithm>
 #include <chrono>
 #include <ctime>
-#include <memory>
 #include <thread>
 
 #include "camera/command.h"
-#include "camera/values.h"
 #include "cli/json.h"
 
 namespace kxinfo {
@@ -97,8 +95,8 @@ int watch(const Request &request) {
         for (const Feature *feature : features)
             if (camera.node(feature->node).kind() == Kind::Missing)
                 throw Error(kWrongUsage,
-                            whyMissing(camera, *feature, '"' + shortened(feature->name) + '"') +
-                                "." + nearestFeatures(feature->name));
+                            whyMissing(camera, *feature, '"' + shortened(feature->name) + '"'), ".",
+                            nearestFeatures(feature->name));
         std::vector<std::optional<std::string>> shown(features.size());
         for (unsigned look = 0; !brokenPipe(); wait(Seconds(request.interval))) {
             stopIfAsked();
@@ -134,16 +132,13 @@ int watch(const Request &request) {
 } // namespace
 
 Run declareWatch(CLI::App &command) {
-    const auto request = std::make_shared<Request>();
-    addCamera(command, request->camera);
-    command.add_option("FEATURE", request->names, "Names of features; none: DeviceTemperature")
-        ->type_name("");
-    command
-        .add_option("--interval", request->interval, "Seconds between two looks; 1 unless given")
-        ->type_name("SECONDS")
+    const auto request = requestFor<Request>(command);
+    addOption(command, "FEATURE", request->names, "Names of features; none: DeviceTemperature");
+    addOption(command, "--interval", request->interval, "Seconds between two looks; 1 unless given",
+              "SECONDS")
         ->check(CLI::Range(kShortestInterval, kLongestInterval));
-    command.add_option("--count", request->count, "End after so many looks; none: when stopped")
-        ->type_name("COUNT");
+    addOption(command, "--count", request->count, "End after so many looks; none: when stopped",
+              "COUNT");
     const auto table = command.add_flag("--table", request->table, "Show a table that stays");
     const auto json =
         command.add_flag("--json", request->json, "Write JSON, a line for each change");

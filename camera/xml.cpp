@@ -26,9 +26,8 @@ int xml(const CameraArgument &camera) {
             channel, {identity.manufacturer, identity.model, identity.version}, nullptr);
     } catch (const gvcp::Error &error) {
         stopIfAsked();
-        throw Error(kNoCamera, "camera " + nameOf(identity).serial +
-                                   " does not give its description: " + cleaned(error.what()) +
-                                   ".");
+        throw Error(kNoCamera, "camera ", nameOf(identity).serial,
+                    " does not give its description: ", cleaned(error.what()), ".");
     }
     if (isatty(STDOUT_FILENO)) {
         std::string shown;

@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstring>
 #include <random>
 #include <system_error>
 #include <utility>
@@ -21,6 +22,8 @@ namespace {
 
 // Three tables of 16 bits, one entry a line with its index, take 2 MiB; a file of settings less.
 constexpr size_t kLargestFile = 16 << 20;
+
+constexpr const char *kByteOrderMark = "\xEF\xBB\xBF";
 
 std::string errorText(int error) {
     return std::generic_category().message(error);
@@ -48,7 +51,7 @@ std::string readFile(const std::string &name, const std::string &expected) {
     const bool standard = name == "-";
     const std::string quoted = standard ? "standard input" : '"' + name + '"';
     const auto refuse = [&](const std::string &why) {
-        throw Error(kWrongUsage, quoted + " cannot be read: " + why);
+        throw Error(kWrongUsage, quoted, " cannot be read: ", why);
     };
     // Neither opening nor reading waits: a device might for ever.
     const Descriptor opened(
@@ -74,10 +77,11 @@ std::string readFile(const std::string &name, const std::string &expected) {
         if (got > 0)
             text.append(part, static_cast<size_t>(got));
     }
+    if (text.size() <= kLargestFile && text.rfind(kByteOrderMark, 0) == 0)
+        text.erase(0, strlen(kByteOrderMark));
     if (text.empty() || text.size() > kLargestFile)
-        throw Error(kWrongUsage, quoted +
-                                     (text.empty() ? " is empty. " : " is longer than 16 MiB. ") +
-                                     expected);
+        throw Error(kWrongUsage, quoted, text.empty() ? " is empty. " : " is longer than 16 MiB. ",
+                    expected);
     return text;
 }
 
@@ -168,7 +172,7 @@ void NewFile::fail(int error) const {
 }
 
 void NewFile::fail(const std::string &why) const {
-    throw Error(kFailed, '"' + name_ + "\" cannot be written: " + why);
+    throw Error(kFailed, '"', name_, "\" cannot be written: ", why);
 }
 
 } // namespace kxinfo

@@ -9,8 +9,8 @@
 namespace kxinfo {
 
 /**
- * What a regular file, a pipe or standard input ("-") holds. Devices are refused, since they may
- * have no end or wait for ever.
+ * What a regular file, a pipe or standard input ("-") holds, without the byte order mark that some
+ * editors put first. Devices are refused, since they may have no end or wait for ever.
  *
  * \param expected  what it should hold, as a sentence for the user when it is empty or too long
  * \throws Error (kWrongUsage)

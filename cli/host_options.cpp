@@ -19,36 +19,27 @@ Words HostOptions::command(const std::string &program) const {
 
 void HostOptions::check(bool all) const {
     if (!serial && !all && json)
-        throw Error(kWrongUsage,
-                    "--json shows the settings of a camera: give its serial number, or "
-                    "\"\" for the first camera. 'kxinfo list --json' lists them.");
+        throw Error(kWrongUsage, "--json shows the settings of a camera: give its serial number, "
+                                 "or \"\" for the first camera. 'kxinfo list --json' lists them.");
     if ((serial || all) && !level.empty() && sink == "none")
         throw Error(kWrongUsage, "--level says how much is logged, and needs --log to say where. "
                                  "Add '--log stdout', for example.");
 }
 
 void addHostOptions(CLI::App &command, HostOptions &options, const char *camera) {
-    command
-        .add_option(camera, options.serial,
-                    "How the camera's serial number begins; \"\" fits the first camera. Without, "
-                    "the plug-in lists the cameras")
-        ->type_name("");
+    addOption(command, camera, options.serial,
+              "How the camera's serial number begins; \"\" fits the first camera. Without, the "
+              "plug-in lists the cameras");
     command.add_flag("--json", options.json, "Write a JSON document, alone on standard output");
-    command
-        .add_option("--log", options.sink,
-                    "Where the plug-in's log goes: none (unless told otherwise), stdout, syslog or "
-                    "both")
-        ->type_name("SINK")
+    addOption(command, "--log", options.sink,
+              "Where the plug-in's log goes: none (unless told otherwise), stdout, syslog or both",
+              "SINK")
         ->transform(oneOf({"none", "stdout", "syslog", "both"}, "--log is"));
-    command
-        .add_option("--level", options.level,
-                    "How much is logged: error, warning, info (unless told otherwise) or debug")
-        ->type_name("LEVEL")
+    addOption(command, "--level", options.level,
+              "How much is logged: error, warning, info (unless told otherwise) or debug", "LEVEL")
         ->transform(oneOf({"error", "warning", "info", "debug"}, "--level is"));
-    command
-        .add_option("--plugin", options.plugin,
-                    "Library file of the plug-in, in place of the one that kxinfo comes with")
-        ->type_name("FILE");
+    addOption(command, "--plugin", options.plugin,
+              "Library file of the plug-in, in place of the one that kxinfo comes with", "FILE");
 }
 
 } // namespace kxinfo

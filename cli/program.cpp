@@ -73,7 +73,7 @@ int run(const Program &program, Words arguments) {
         tell("there is not enough memory. End other programs, or allow this one more, and try "
              "again.");
     } catch (const std::exception &error) {
-        tell("this computer does not let kxinfo do its work: " + std::string(error.what()) + ".");
+        tell("this computer does not let kxinfo do its work: ", error.what(), ".");
     }
     return kFailed;
 }
@@ -147,8 +147,8 @@ CLI::Validator oneOf(const Words &names, const std::string &wrong) {
             const auto name = std::find_if(names.begin(), names.end(),
                                            [&](const auto &each) { return sameWord(each, given); });
             if (name == names.end())
-                throw Error(kWrongUsage, wrong + " \"" + shortened(given) + "\"; expected is " +
-                                             joined(names) + ".");
+                throw Error(kWrongUsage, wrong, " \"", shortened(given), "\"; expected is ",
+                            joined(names), ".");
             given = *name;
             return {};
         },

@@ -47,6 +47,16 @@ Run readCommandLine(const Program &program, Words arguments);
 int runProgram(const Program &program, int argc, char **argv);
 
 /**
+ * Declares an argument, or an option that help shows with a \p type; what is read \p to must outlive
+ * the parsing.
+ */
+template <class To>
+CLI::Option *addOption(CLI::App &command, const char *name, To &to, const char *what,
+                       const char *type = "") {
+    return command.add_option(name, to, what)->type_name(type);
+}
+
+/**
  * For CLI::Option::transform(): refuses what is none of the names, whatever its capitals, in a
  * sentence that begins as given; what is one becomes it.
  */

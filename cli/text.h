@@ -18,11 +18,21 @@ constexpr const char *kNoDalsaCamera =
     "no Dalsa camera answered. Check that the camera has power, is on this computer's network, and "
     "that no firewall keeps its answer away; then try again.";
 
-/** Ends a command: what it ends with, and why, as sentences for the user. */
+/** All parts in one text; numbers with three digits. */
+template <class... Parts>
+std::string say(const Parts &...parts) {
+    std::ostringstream text;
+    text.precision(3);
+    (text << ... << parts);
+    return text.str();
+}
+
+/** Ends a command: what it ends with, and why, as parts of sentences for the user. */
 class Error : public std::runtime_error {
 public:
-    Error(ExitStatus status, const std::string &sentences)
-        : std::runtime_error(sentences), status_(status) {}
+    template <class... Parts>
+    Error(ExitStatus status, const Parts &...parts)
+        : std::runtime_error(say(parts...)), status_(status) {}
 
     ExitStatus status() const { return status_; }
 
@@ -34,14 +44,9 @@ using Words = std::vector<std::string>;
 
 /** Writes sentences to standard error, behind "kxinfo: ", in one line. */
 void tell(const std::string &sentences);
-
-/** All parts in one text; numbers with three digits. */
 template <class... Parts>
-std::string say(const Parts &...parts) {
-    std::ostringstream text;
-    text.precision(3);
-    (text << ... << parts);
-    return text.str();
+void tell(const Parts &...parts) {
+    tell(say(parts...));
 }
 
 /**

@@ -8,7 +8,7 @@
 #include <memory>
 #include <new>
 
-#include "gvcp/document.h"
+#include "gvcp/description.h"
 #include "gvcp/error.h"
 
 // The end record, which is the last, says where the directory is, and that where the files are.

@@ -13,8 +13,8 @@
 #include <vector>
 
 #include "gvcp/bounds.h"
+#include "gvcp/description.h"
 #include "gvcp/descriptor.h"
-#include "gvcp/document.h"
 #include "gvcp/error.h"
 #include "gvcp/packets.h"
 

@@ -16,7 +16,6 @@
 
 #include "gvcp/description.h"
 #include "gvcp/descriptor.h"
-#include "gvcp/document.h"
 #include "gvcp/error.h"
 #include "gvcp/packets.h"
 

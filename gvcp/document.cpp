@@ -1,4 +1,4 @@
-#include "gvcp/document.h"
+#include "gvcp/description.h"
 
 #include <expat.h>
 #include <strings.h>
@@ -9,7 +9,6 @@
 #include <memory>
 #include <new>
 #include <numeric>
-#include <string>
 
 #include "gvcp/error.h"
 

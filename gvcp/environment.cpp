@@ -1,11 +1,12 @@
-#include "gvcp/environment.h"
-
 #include <algorithm>
 #include <charconv>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <sstream>
+
+#include "gvcp/description.h"
+#include "gvcp/discovery.h"
 
 namespace gvcp {
 namespace {

@@ -40,8 +40,8 @@ std::string ownFile() {
     const fs::path folder = fs::read_symlink("/proc/self/exe").parent_path();
     std::string file = folder / "libkxinfo-dalsa.so";
     if (std::error_code ignored; !fs::exists(file, ignored))
-        throw Error(kWrongUsage, "the plug-in is not where kxinfo looks for it, at " + file +
-                                     ". Install it there, or name its file with --plugin.");
+        throw Error(kWrongUsage, "the plug-in is not where kxinfo looks for it, at ", file,
+                    ". Install it there, or name its file with --plugin.");
     return file;
 }
 
@@ -53,9 +53,9 @@ Plugin load(const HostOptions &options) {
         path = "./" + path; // otherwise the loader searches its own folders
     void *library = dlopen(path.c_str(), RTLD_LAZY);
     if (!library)
-        throw Error(kWrongUsage, "the plug-in cannot be loaded: " + std::string(dlerror()) +
-                                     ". Expected is a plug-in's shared library, built for this "
-                                     "computer, and the libraries that it needs.");
+        throw Error(kWrongUsage, "the plug-in cannot be loaded: ", dlerror(),
+                    ". Expected is a plug-in's shared library, built for this computer, and the "
+                    "libraries that it needs.");
     // Also looked for in the libraries that the plug-in needs.
     const auto find = [library](auto &function, const char *name) {
         function =
@@ -67,11 +67,10 @@ Plugin load(const HostOptions &options) {
     find(plugin.cause, "KxGigeCause");
     find(stopWhen, "KxGigeStopWhen");
     if (!plugin.entry)
-        throw Error(kWrongUsage,
-                    "\"" + path +
-                        "\" is a library, but no plug-in: it has no function "
-                        "Vendor__Proc. Name a plug-in's library file with --plugin, or "
-                        "leave --plugin out to use the one that kxinfo comes with.");
+        throw Error(kWrongUsage, "\"", path,
+                    "\" is a library, but no plug-in: it has no function Vendor__Proc. Name a "
+                    "plug-in's library file with --plugin, or leave --plugin out to use the one "
+                    "that kxinfo comes with.");
     if (stopWhen)
         stopWhen(stopOnSignals());
     return plugin;
@@ -97,7 +96,7 @@ bool call(const Plugin &plugin, const char *serial, int logMode, int logLevel) {
     if (code < 0 || code > 1)
         failure = ": it returned " + std::to_string(code);
     if (!failure.empty())
-        throw Error(kFailed, "the plug-in failed" + failure + ". " + kHintOfLog);
+        throw Error(kFailed, "the plug-in failed", failure, ". ", kHintOfLog);
     return code == 0;
 }
 
@@ -191,13 +190,13 @@ void complete(std::vector<Published> &published, const std::string &log) {
             it->json["problem"] = "gamma could not be read: " + gammaError;
     }
     if (!missing.empty())
-        tell("the plug-in published " + std::to_string(count) + " of " +
-             std::to_string(kParameters.size()) + " settings; missing: " + joined(missing, ", ") +
+        tell("the plug-in published ", count, " of ", kParameters.size(),
+             " settings; missing: ", joined(missing, ", "),
              (error.empty() ? ". An error of the camera may have cut the probe short: add '--log "
                               "stdout --level debug' to see it."
                             : ". A" + ended + "."));
     if (!gammaError.empty())
-        tell("KxScParamGamma: gamma could not be read: " + gammaError + ".");
+        tell("KxScParamGamma: gamma could not be read: ", gammaError, ".");
 }
 
 int probe(const Plugin &plugin, const HostOptions &options) {
@@ -217,17 +216,17 @@ int probe(const Plugin &plugin, const HostOptions &options) {
     if (!run.done)
         throw Error(kNoCamera, whyNoCamera(run, options));
     if (!publication.exported)
-        throw Error(kFailed, "the plug-in reported success, but exported no settings; there is "
-                             "nothing to show. Check that --plugin names a plug-in that fits this "
-                             "kxinfo.");
+        throw Error(kFailed,
+                    "the plug-in reported success, but exported no settings; there is nothing to "
+                    "show. Check that --plugin names a plug-in that fits this kxinfo.");
 
     Words ignored;
     for (const KxScParamId id : publication.ignored)
         ignored.push_back(std::to_string(id));
     if (!ignored.empty())
         tell("the plug-in published settings that kxinfo does not know, which are left out: "
-             "identifier " +
-             joined(ignored, ", ") + ".");
+             "identifier ",
+             joined(ignored, ", "), ".");
     std::vector<Published> all = *publication.exported;
     complete(all, run.log);
     if (options.json)

@@ -7,7 +7,7 @@
 
 #include "GenApi/GenApi.h"
 #include "errors.h"
-#include "gvcp/environment.h"
+#include "gvcp/discovery.h"
 #include "gvcp/packets.h"
 #include "kxgige.h"
 #include "session.h"

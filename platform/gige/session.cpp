@@ -1,7 +1,6 @@
 #include "session.h"
 
 #include "gvcp/description.h"
-#include "gvcp/environment.h"
 
 namespace gige {
 namespace {

@@ -215,6 +215,16 @@ TEST_F(Files, AreReadUpTo16MiB) {
     EXPECT_EQ('"' + at("empty") + "\" is empty. Expected is more.", refusalToRead(at("empty")));
 }
 
+TEST_F(Files, AreReadWithoutAByteOrderMark) {
+    const std::string mark = "\xEF\xBB\xBF";
+    EXPECT_EQ("read: a" + mark, refusalToRead(file("marked", mark + "a" + mark)));
+    EXPECT_EQ('"' + at("marked") + "\" is empty. Expected is more.",
+              refusalToRead(file("marked", mark)));
+    file("large", mark + std::string((16 << 20) - 2, 'x'));
+    EXPECT_EQ('"' + at("large") + "\" is longer than 16 MiB. Expected is more.",
+              refusalToRead(at("large")));
+}
+
 TEST_F(Files, AreReadFromAPipeHoweverLateItIsWrittenTo) {
     ASSERT_EQ(0, mkfifo(at("pipe").c_str(), 0600));
     std::thread writer([&] {

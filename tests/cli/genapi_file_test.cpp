@@ -98,7 +98,7 @@ TEST(GenApiFile, MeansTheCamerasOwnValuesOfSettingsWithTheirSelectors) {
     };
     for (const auto &expected : cases) {
         EXPECT_EQ(expected.settings, settingsIn(expected.text)) << expected.text;
-        EXPECT_EQ(expected.settings, settingsIn("\xEF\xBB\xBF\n \n# a\n\n" + expected.text));
+        EXPECT_EQ(expected.settings, settingsIn("\n \n# a\n\n" + expected.text));
     }
 }
 

@@ -4,7 +4,7 @@
 
 #include <vector>
 
-#include "gvcp/document.h"
+#include "gvcp/description.h"
 #include "gvcp/error.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {

@@ -11,7 +11,7 @@
 #include <pugixml.hpp>
 #include <vector>
 
-#include "gvcp/document.h"
+#include "gvcp/description.h"
 #include "gvcp/error.h"
 
 namespace {

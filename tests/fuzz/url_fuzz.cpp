@@ -4,7 +4,7 @@
 
 #include <cctype>
 
-#include "gvcp/document.h"
+#include "gvcp/description.h"
 #include "gvcp/error.h"
 
 namespace {

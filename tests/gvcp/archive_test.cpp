@@ -2,7 +2,7 @@
 
 #include <gmock/gmock.h>
 
-#include "gvcp/document.h"
+#include "gvcp/description.h"
 #include "problem.h"
 #include "zip_file.h"
 

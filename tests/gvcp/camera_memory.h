@@ -7,7 +7,7 @@
 #include <optional>
 #include <string>
 
-#include "gvcp/document.h"
+#include "gvcp/description.h"
 #include "gvcp/error.h"
 #include "gvcp/packets.h"
 

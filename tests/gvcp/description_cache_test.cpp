@@ -13,7 +13,6 @@
 
 #include "camera_memory.h"
 #include "gvcp/description.h"
-#include "gvcp/environment.h"
 #include "zip_file.h"
 
 namespace {

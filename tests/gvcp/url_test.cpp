@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "camera_memory.h"
-#include "gvcp/document.h"
+#include "gvcp/description.h"
 #include "problem.h"
 
 namespace {
