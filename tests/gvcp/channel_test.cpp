@@ -152,9 +152,10 @@ TEST_F(SeveralAnswers, ToOneCommandAreNotTakenForThoseOfTheNext) {
 TEST_F(SeveralAnswers, AreReadUntilTheRightOneHoweverMuchRubbishComesBefore) {
     device.set(kRegister, 42);
     device.behave(forRegister(kRegister, [](const Received &, const Bytes &good, int before) {
-        // More than a socket holds: the right answer may be lost among it, but not always.
+        // More than a socket holds: the right answer may be lost among it, however often it comes.
+        // So the last one comes when there is room again.
         Replies replies(before < 3 ? 3000 : 0, Reply{Bytes(500, 0xaa)});
-        replies.push_back({good});
+        replies.push_back({good, before < 3 ? 0ms : 1000ms});
         return replies;
     }));
     Waits waits;
