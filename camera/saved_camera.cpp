@@ -1,6 +1,6 @@
-// A number stands in the file twice: as "value" in its unit, for people, and as "raw", exactly as
-// the camera holds it, since decibels cannot be turned back without a rest. Who edits "value" or
-// "unit" means it: "raw" counts while it belongs to them.
+// In a file of settings a number stands twice: as "value" in its unit, for people, and as "raw",
+// exactly as the camera holds it, since decibels cannot be turned back without a rest. Who edits
+// "value" or "unit" means it: "raw" counts while it belongs to them.
 
 #include "camera/saved_camera.h"
 

@@ -97,7 +97,7 @@ size_t readLines(const Camera &camera, Switches &switches, bool switching, Saved
 /** Makes settings of the lines, if any. \param camera  null: of those that savedFeatures() has */
 void placeLines(SavedCamera &saved, const Camera *camera);
 
-/** As differences(), of lines that are no selectors: of what both have with the same choices of these. */
+/** As differences(), of lines: of what is selected, what both have with the same choices. */
 std::string lineDifferences(SavedCamera &a, const SavedCamera &b);
 
 /** Whether a word that may name a camera or a file names a file. */

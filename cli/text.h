@@ -18,21 +18,22 @@ constexpr const char *kNoDalsaCamera =
     "no Dalsa camera answered. Check that the camera has power, is on this computer's network, and "
     "that no firewall keeps its answer away; then try again.";
 
-/** All parts in one text; numbers with three digits. */
+/** All parts in one text; numbers with three digits. \throws std::bad_alloc */
 template <class... Parts>
 std::string say(const Parts &...parts) {
     std::ostringstream text;
+    text.exceptions(std::ios::badbit);
     text.precision(3);
     (text << ... << parts);
     return text.str();
 }
 
-/** Ends a command: what it ends with, and why, as parts of sentences for the user. */
+/** Ends a command: what it ends with, and why, as sentences for the user, of parts as of say(). */
 class Error : public std::runtime_error {
 public:
-    template <class... Parts>
-    Error(ExitStatus status, const Parts &...parts)
-        : std::runtime_error(say(parts...)), status_(status) {}
+    template <class First, class... Rest>
+    Error(ExitStatus status, const First &first, const Rest &...rest)
+        : std::runtime_error(say(first, rest...)), status_(status) {}
 
     ExitStatus status() const { return status_; }
 
@@ -42,11 +43,11 @@ private:
 
 using Words = std::vector<std::string>;
 
-/** Writes sentences to standard error, behind "kxinfo: ", in one line. */
+/** Writes sentences to standard error, behind "kxinfo: ", in one line; or parts, as of say(). */
 void tell(const std::string &sentences);
-template <class... Parts>
-void tell(const Parts &...parts) {
-    tell(say(parts...));
+template <class First, class... Rest>
+void tell(const First &first, const Rest &...rest) {
+    tell(say(first, rest...));
 }
 
 /**

@@ -1,7 +1,7 @@
 /**
  * How long a camera is waited for, and how much is taken from it. What someone else chooses (a
  * camera, a neighbour on the network) ends at one of these. Those of the description stand beside
- * it: in document.h and description.h.
+ * it, in description.h.
  */
 #ifndef KXINFO_GVCP_BOUNDS_H
 #define KXINFO_GVCP_BOUNDS_H

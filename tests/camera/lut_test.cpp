@@ -129,7 +129,8 @@ TEST_F(Lut, IsLoadedInPartsWithLinesOfIndexAndValue) {
 
 TEST_F(Lut, IsLoadedOnceForAllColoursWhereTheCameraHasOneTable) {
     WatchedCamera camera({smallTables(), without("LUTSelector")});
-    const std::string file = camera.folder().file("curve.csv", "1,5\n");
+    const std::string file = camera.folder().file("curve.csv", "\xEF\xBB\xBF" // as some editors do
+                                                               "1,5\n");
 
     EXPECT_EQ(done("off -> the user's table, 1 entries"), kxinfo({"lut", "S1234", "load", file}));
     EXPECT_THAT(camera.changes(), testing::Contains("LUTValue[Red][1]: (none) -> 5"));

@@ -220,6 +220,10 @@ TEST_F(Files, AreReadWithoutAByteOrderMark) {
     EXPECT_EQ("read: a" + mark, refusalToRead(file("marked", mark + "a" + mark)));
     EXPECT_EQ('"' + at("marked") + "\" is empty. Expected is more.",
               refusalToRead(file("marked", mark)));
+    withInput(at("marked"),
+              [] { EXPECT_EQ("standard input is empty. Expected is more.", refusalToRead("-")); });
+    file("large", mark + std::string((16 << 20) - 3, 'x'));
+    EXPECT_EQ("read: xxxxxxxxxxxxxxxxxxxx", refusalToRead(at("large")));
     file("large", mark + std::string((16 << 20) - 2, 'x'));
     EXPECT_EQ('"' + at("large") + "\" is longer than 16 MiB. Expected is more.",
               refusalToRead(at("large")));
