@@ -61,6 +61,7 @@ TEST_F(List, TellsWhoControlsACameraAndWritesNothingToIt) {
     Client other;
     for (const uint32_t privilege : {2u, 1u}) { // control; nobody else may even read
         ASSERT_EQ("0000", other.write(0xA00, privilege));
+        ASSERT_EQ("0000", other.write(0x938, 60000)); // ms without a heartbeat
         const std::string by = "127.0.0.1, port " + std::to_string(other.port());
         const Result result = kxinfo({"list"});
         EXPECT_EQ("", result.err);
@@ -72,7 +73,7 @@ TEST_F(List, TellsWhoControlsACameraAndWritesNothingToIt) {
         EXPECT_THAT(result.out, HasSubstr("  controlled by another program (" + by + ")  yes"));
         EXPECT_EQ((json{{"address", "127.0.0.1"}, {"port", other.port()}}), listed["controller"]);
     }
-    EXPECT_THAT(camera.stop().output, HasSubstr("writereg=2 "));
+    EXPECT_THAT(camera.stop().output, HasSubstr("writereg=4 "));
 }
 
 TEST_F(List, ShowsEightyCamerasWithThoseThatFallSilentAndTheEightThatAHostLooksAt) {

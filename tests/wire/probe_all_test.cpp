@@ -134,6 +134,7 @@ TEST_F(ProbeAll, TellsWhichCameraIsControlledByAnotherProgram) {
     const Simcam taken({"--camera", "S0@127.0.0.2"});
     Client other;
     ASSERT_EQ("0000", other.write(0x0A00, 2));
+    ASSERT_EQ("0000", other.write(0x0938, 60000)); // ms without a heartbeat
 
     const std::string table = kxinfo({"probe", "S1"}).out;
     const Result result = kxinfo({"probe", "--all"});
