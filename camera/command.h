@@ -44,7 +44,7 @@ CLI::Option *addAll(CLI::App &command, bool &all);         ///< --all, of every 
 /** What such a command is asked for, read from now on; it has a CameraArgument \c camera. */
 template <class Request>
 std::shared_ptr<Request> requestFor(CLI::App &command) {
-    const auto request = std::make_shared<Request>();
+    auto request = std::make_shared<Request>();
     addCamera(command, request->camera);
     return request;
 }
